@@ -5,9 +5,9 @@
 #if defined(_WIN32)
 #include <windows.h>
 #else
+#include <climits>
 #include <dlfcn.h>
 #include <unistd.h>
-#include <climits>
 #endif
 
 namespace vh {

@@ -42,7 +42,9 @@ void SetStatusText(std::string_view text) {
     statusSink()(text);
 }
 
-const std::string& LastStatusText() { return lastStatus(); }
+const std::string& LastStatusText() {
+  return lastStatus();
+}
 
 MessageSink SetStatusSink(MessageSink sink) {
   MessageSink old = std::move(statusSink());

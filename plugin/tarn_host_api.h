@@ -14,20 +14,20 @@
 // Scrip details as pu_get_scrip_details fills them. All fields are text.
 struct TarnScripDetails {
   enum Field {
-    Segment = 0,      // "NSE" or "BSE"
-    Symbol = 1,       // NSE: symbol; BSE: scrip code
-    Series = 2,       // NSE: series ("EQ"); BSE: group ("A")
+    Segment = 0,       // "NSE" or "BSE"
+    Symbol = 1,        // NSE: symbol; BSE: scrip code
+    Series = 2,        // NSE: series ("EQ"); BSE: group ("A")
     TradingSymbol = 3, // NSE: "SYMBOL-SERIES"; BSE: symbol
-    Token = 4,        // exchange token
-    Name = 5,         // company name
-    ClosePrice = 6,   // close price in rupees, as text ("1234.50")
-    Isin = 7,         // the eighth field, the one the plug-in reads
-    BseCode = 8,      // BSE scrip code of the same security ("" if none)
-    BseSymbol = 9,    // BSE symbol of the same security ("" if none)
-    BseGroup = 10,    // BSE group of the same security
-    NseSymbol = 11,   // NSE symbol of the same security ("" if none)
-    NseSeries = 12,   // NSE series of the same security
-    LotSize = 13,     // market lot
+    Token = 4,         // exchange token
+    Name = 5,          // company name
+    ClosePrice = 6,    // close price in rupees, as text ("1234.50")
+    Isin = 7,          // the eighth field, the one the plug-in reads
+    BseCode = 8,       // BSE scrip code of the same security ("" if none)
+    BseSymbol = 9,     // BSE symbol of the same security ("" if none)
+    BseGroup = 10,     // BSE group of the same security
+    NseSymbol = 11,    // NSE symbol of the same security ("" if none)
+    NseSeries = 12,    // NSE series of the same security
+    LotSize = 13,      // market lot
     Count = 14
   };
   QString field[Count];
@@ -63,16 +63,16 @@ using pu_load_client_id_combo_fn = void (*)(QWidget* dialog, int comboId);
 // NSE row: (25001, 21002, 21003, 21010, 21011, 21008), mode 0 or 1.
 // BSE row: (21004, 21005, 21006, 21010, 21009, 21008), mode 0..3.
 using pu_fill_scrip_combos_with_bse_grp_fn = void (*)(QWidget* dialog, int exchange, int symbol,
-                                                     int seriesOrGroup, int aux1, int aux2,
-                                                     int aux3, int mode);
+                                                      int seriesOrGroup, int aux1, int aux2,
+                                                      int aux3, int mode);
 // Trading symbol and token of the scrip selected in the given combos.
 using pu_get_trading_symbol_n_token_fn = void (*)(QWidget* dialog, int exchange, int symbol,
-                                                 int series, int aux1, int aux2, int aux3,
-                                                 QString* tradingSymbol, QString* token);
+                                                  int series, int aux1, int aux2, int aux3,
+                                                  QString* tradingSymbol, QString* token);
 // Fill `details` for `symbol` of `segment` ("NSE" symbol or "SYMBOL-SERIES";
 // "BSE" scrip code or symbol). Unknown scrips leave every field empty.
 using pu_get_scrip_details_fn = void (*)(QString segment, QString symbol,
-                                        TarnScripDetails* details);
+                                         TarnScripDetails* details);
 // The host's back-end control with `receiver` attached, or NULL.
 using GetBrioRxControl_fn = TarnBackendControl* (*)(int zero, CBrioRxNotifierBase* receiver);
 }

@@ -29,8 +29,8 @@ TARN_PLUGIN_EXPORT int32_t GetTarnPluginInfo(QString* name, QString* version, vo
 TARN_PLUGIN_EXPORT void GetOptionalTarnPluginInfo(QString* title, QStringList* actions, void*,
                                                   void*);
 // Opens (first call: creates) the view.
-TARN_PLUGIN_EXPORT void InitTarnPlugin(TarnHostContext* host, const char* userId,
-                                       uint32_t userType, QString unused);
+TARN_PLUGIN_EXPORT void InitTarnPlugin(TarnHostContext* host, const char* userId, uint32_t userType,
+                                       QString unused);
 // Does nothing; returns 0.
 TARN_PLUGIN_EXPORT int32_t ProcessTarnPluginMsg(void* hostMessage);
 // Saves the view's settings (when it exists) and frees the header images.

@@ -1,0 +1,38 @@
+// Loads libviewholdings with dlopen the way a host does and resolves its five
+// entry points by name; records the plug-in's messages from its log category.
+#pragma once
+
+#include <dlfcn.h>
+
+#include <QString>
+#include <QStringList>
+#include <gtest/gtest.h>
+
+#include "plugin/tarn_plugin_api.h"
+
+struct LoadedPlugin {
+  void* handle = nullptr;
+  GetTarnPluginInfoFn getInfo = nullptr;
+  GetOptionalTarnPluginInfoFn getOptionalInfo = nullptr;
+  InitTarnPluginFn init = nullptr;
+  ProcessTarnPluginMsgFn process = nullptr;
+  ExitTarnPluginFn exit = nullptr;
+
+  bool load() {
+    handle = dlopen(VIEWHOLDINGS_PATH, RTLD_NOW | RTLD_LOCAL);
+    if (!handle)
+      return false;
+    getInfo = reinterpret_cast<GetTarnPluginInfoFn>(dlsym(handle, "GetTarnPluginInfo"));
+    getOptionalInfo =
+        reinterpret_cast<GetOptionalTarnPluginInfoFn>(dlsym(handle, "GetOptionalTarnPluginInfo"));
+    init = reinterpret_cast<InitTarnPluginFn>(dlsym(handle, "InitTarnPlugin"));
+    process = reinterpret_cast<ProcessTarnPluginMsgFn>(dlsym(handle, "ProcessTarnPluginMsg"));
+    exit = reinterpret_cast<ExitTarnPluginFn>(dlsym(handle, "ExitTarnPlugin"));
+    return getInfo && getOptionalInfo && init && process && exit;
+  }
+};
+
+// Messages the plug-in showed, in order (its sink logs them under
+// "viewholdings.message" when there is no screen to show a box on).
+QStringList& PluginMessages();
+void InstallPluginMessageCapture();

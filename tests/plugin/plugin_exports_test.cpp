@@ -1,0 +1,105 @@
+// Plays the host: loads libviewholdings with dlopen and calls its exports,
+// with the host services exported from this executable.
+#include <cstddef>
+#include <filesystem>
+
+#include <QApplication>
+#include <QDialog>
+#include <QPointer>
+#include <QWidget>
+#include <gtest/gtest.h>
+
+#include "host_services.h"
+#include "loaded_plugin.h"
+
+namespace {
+
+static_assert(offsetof(TarnHostContext, parentWindow) == 8 * sizeof(void*),
+              "the parent window is the ninth pointer of the host context");
+
+LoadedPlugin& Plugin() {
+  static LoadedPlugin plugin;
+  return plugin;
+}
+
+QWidget* OpenViewWindow(QWidget* frame) {
+  for (QWidget* w : QApplication::topLevelWidgets())
+    if (w != frame && w->parentWidget() == frame && qobject_cast<QDialog*>(w))
+      return w;
+  return nullptr;
+}
+
+TEST(PluginInfo, FixedValuesAreFilledBeforeAnyInit) {
+  QString name, version;
+  uint32_t stamp = 0, code = 0;
+  int marker = 0;
+  EXPECT_EQ(Plugin().getInfo(&name, &version, &marker, &stamp, &code), 1);
+  EXPECT_EQ(name, "View Holdings");
+  EXPECT_EQ(version, "5.3.1.0");
+  EXPECT_EQ(stamp, 29032010u);
+  EXPECT_EQ(code, 126u);
+}
+
+TEST(PluginInfo, OptionalInfoAppendsTheOneActionRight) {
+  QString title;
+  QStringList actions{"Other Plugin: Trade"};
+  Plugin().getOptionalInfo(&title, &actions, nullptr, nullptr);
+  EXPECT_EQ(title, "RMS View Holdings");
+  EXPECT_EQ(actions, (QStringList{"Other Plugin: Trade", "RMS View Holdings: Mark/UnMark"}));
+}
+
+TEST(PluginInfo, ProcessMessageIgnoresItsArgument) {
+  EXPECT_EQ(Plugin().process(nullptr), 0);
+  EXPECT_EQ(Plugin().process(reinterpret_cast<void*>(0x1)), 0); // never dereferenced
+}
+
+// Runs before the Init tests (gtest keeps declaration order within a file).
+TEST(PluginLifecycle, ExitBeforeAnyInitWritesNothing) {
+  const auto dir = std::filesystem::path(QCoreApplication::applicationDirPath().toStdString());
+  Plugin().exit();
+  EXPECT_FALSE(std::filesystem::exists(dir / "UserSetting.ini"));
+  EXPECT_FALSE(std::filesystem::exists(dir / "DialogPos.ini"));
+  EXPECT_TRUE(PluginMessages().isEmpty());
+}
+
+TEST(PluginLifecycle, FirstInitCreatesTheViewUnderTheHostFrame) {
+  QWidget frame;
+  frame.setObjectName("frame");
+  TarnHostContext ctx{};
+  ctx.parentWindow = &frame;
+  PluginMessages().clear();
+  Plugin().init(&ctx, "U1", 2, QString("unused"));
+  QPointer<QWidget> view = OpenViewWindow(&frame);
+  ASSERT_NE(view, nullptr);
+  EXPECT_EQ(view->windowTitle(), "View Holdings");
+  EXPECT_TRUE(view->isVisible());
+  EXPECT_TRUE(PluginMessages().isEmpty()) << PluginMessages().join('|').toStdString();
+
+  // A later open re-shows the same window, whatever its arguments.
+  view->hide();
+  QWidget otherFrame;
+  TarnHostContext other{};
+  other.parentWindow = &otherFrame;
+  Plugin().init(&other, "SOMEONE_ELSE", 0, QString());
+  EXPECT_EQ(OpenViewWindow(&frame), view.data());
+  EXPECT_EQ(OpenViewWindow(&otherFrame), nullptr);
+  EXPECT_TRUE(view->isVisible());
+
+  Plugin().exit();
+  EXPECT_TRUE(view) << "exit does not destroy the window";
+  view->setParent(nullptr); // frame goes out of scope before the module
+  view->hide();
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  QApplication app(argc, argv);
+  InstallPluginMessageCapture();
+  ::testing::InitGoogleTest(&argc, argv);
+  if (!Plugin().load()) {
+    fprintf(stderr, "cannot load %s: %s\n", VIEWHOLDINGS_PATH, dlerror());
+    return 1;
+  }
+  return RUN_ALL_TESTS();
+}
