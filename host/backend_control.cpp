@@ -1,0 +1,159 @@
+#include "host/backend_control.h"
+
+#include <QLoggingCategory>
+#include <QtEndian>
+#include <algorithm>
+#include <cstring>
+
+Q_LOGGING_CATEGORY(lcBackend, "tarntrader.backend")
+
+namespace host {
+namespace {
+
+constexpr int kFirstBackoffMs = 200;
+constexpr int kMaxBackoffMs = 5000;
+// Messages delivered per turn of the event loop; small enough to keep the
+// window responsive, large enough that a big answer is not slowed much.
+constexpr int kSlice = 2000;
+
+void setError(KdlError* err, int32_t code, const char* text) {
+  if (!err)
+    return;
+  err->code = code;
+  std::snprintf(err->text, sizeof err->text, "%s", text);
+}
+
+} // namespace
+
+BackendControl::BackendControl(QObject* parent) : QObject(parent) {
+  reconnect_.setSingleShot(true);
+  connect(&reconnect_, &QTimer::timeout, this, [this] {
+    if (running_)
+      socket_.connectToHost(host_, port_);
+  });
+  connect(&socket_, &QTcpSocket::connected, this, [this] {
+    backoffMs_ = 0;
+    socket_.setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    qCInfo(lcBackend) << "connected to" << host_ << port_;
+    emit connectedChanged(true);
+  });
+  connect(&socket_, &QTcpSocket::disconnected, this, [this] {
+    qCWarning(lcBackend) << "back-end connection lost";
+    inbox_.clear();
+    emit connectedChanged(false);
+    scheduleReconnect();
+  });
+  connect(&socket_, &QTcpSocket::errorOccurred, this, [this](QAbstractSocket::SocketError) {
+    if (socket_.state() == QAbstractSocket::UnconnectedState)
+      scheduleReconnect();
+  });
+  connect(&socket_, &QTcpSocket::readyRead, this, &BackendControl::onReadyRead);
+}
+
+BackendControl::~BackendControl() {
+  Stop();
+}
+
+void BackendControl::Start(const QString& host, quint16 port) {
+  host_ = host;
+  port_ = port;
+  running_ = true;
+  socket_.connectToHost(host_, port_);
+}
+
+void BackendControl::Stop() {
+  running_ = false;
+  reconnect_.stop();
+  socket_.abort();
+}
+
+void BackendControl::scheduleReconnect() {
+  if (!running_ || reconnect_.isActive())
+    return;
+  backoffMs_ = backoffMs_ == 0 ? kFirstBackoffMs : std::min(backoffMs_ * 2, kMaxBackoffMs);
+  reconnect_.start(backoffMs_);
+}
+
+int BackendControl::Attach(CBrioRxNotifierBase* receiver) {
+  if (!receiver)
+    return 0;
+  if (std::find(receivers_.begin(), receivers_.end(), receiver) == receivers_.end())
+    receivers_.push_back(receiver);
+  return 1;
+}
+
+void BackendControl::Detach(CBrioRxNotifierBase* receiver) {
+  receivers_.erase(std::remove(receivers_.begin(), receivers_.end(), receiver), receivers_.end());
+}
+
+int BackendControl::IsConnected() const {
+  return socket_.state() == QAbstractSocket::ConnectedState ? 1 : 0;
+}
+
+int BackendControl::Send(uint64_t* outSlot, KdlMsg* msg, int, KdlError* err) {
+  if (!IsConnected()) {
+    setError(err, KDL_E_STATE, "not connected to the back-end");
+    return 0;
+  }
+  const void* bytes = nullptr;
+  uint32_t length = 0;
+  if (!msg || !kdl_serialise(msg, &bytes, &length, err))
+    return 0;
+  char prefix[4];
+  qToLittleEndian<quint32>(length, prefix);
+  socket_.write(prefix, 4);
+  socket_.write(static_cast<const char*>(bytes), length);
+  if (outSlot)
+    *outSlot = ++sequence_;
+  return 1;
+}
+
+void BackendControl::onReadyRead() {
+  inbox_.append(socket_.readAll());
+  qsizetype at = 0;
+  while (inbox_.size() - at >= 4) {
+    const quint32 length = qFromLittleEndian<quint32>(inbox_.constData() + at);
+    if (length > kMaxFrame) {
+      qCWarning(lcBackend) << "oversize frame of" << length << "bytes; reconnecting";
+      inbox_.clear();
+      socket_.abort();
+      scheduleReconnect();
+      return;
+    }
+    if (inbox_.size() - at - 4 < static_cast<qsizetype>(length))
+      break;
+    pending_.push_back(inbox_.mid(at + 4, length));
+    at += 4 + length;
+  }
+  inbox_.remove(0, at);
+  if (!delivering_ && !pending_.empty()) {
+    delivering_ = true;
+    QTimer::singleShot(0, this, &BackendControl::deliverSlice);
+  }
+}
+
+void BackendControl::deliverSlice() {
+  for (int i = 0; i < kSlice && !pending_.empty(); ++i) {
+    const QByteArray frame = std::move(pending_.front());
+    pending_.pop_front();
+    KdlMsg* msg = nullptr;
+    KdlError err{};
+    if (!kdl_parse(frame.constData(), static_cast<uint32_t>(frame.size()), &msg, &err)) {
+      qCWarning(lcBackend) << "malformed message ignored:" << err.text;
+      continue;
+    }
+    // A receiver may detach (or attach) while handling a message.
+    const auto receivers = receivers_;
+    for (CBrioRxNotifierBase* r : receivers)
+      r->OnResponse(nullptr, msg, nullptr);
+    kdl_dtor_primecb(&msg, &err);
+  }
+  if (!pending_.empty()) {
+    QTimer::singleShot(0, this, &BackendControl::deliverSlice);
+    return;
+  }
+  delivering_ = false;
+  emit idle();
+}
+
+} // namespace host

@@ -1,0 +1,72 @@
+#include <gtest/gtest.h>
+
+#include "host/host_options.h"
+
+namespace {
+
+struct Case {
+  const char* name;
+  QStringList args;
+  bool ok;
+  const char* errorPart; // for failures
+};
+
+TEST(HostOptions, AcceptsAndRejects) {
+  const Case cases[] = {
+      {"nothing", {}, true, ""},
+      {"fullLogin",
+       {"--user", "U7", "--user-type", "2", "--rights", "A,B", "--backend", "127.0.0.1:7000"},
+       true,
+       ""},
+      {"headlessScrip",
+       {"--scrip", "NSE:ACME-EQ", "--snapshot", "v.png", "--wait-ms", "500"},
+       true,
+       ""},
+      {"headlessBse", {"--scrip", "BSE:ACME"}, true, ""},
+      {"badPort", {"--backend", "127.0.0.1:99999"}, false, "HOST:PORT"},
+      {"noPort", {"--backend", "localhost"}, false, "HOST:PORT"},
+      {"badType", {"--user-type", "x"}, false, "--user-type"},
+      {"clientAndScrip", {"--client", "C1", "--scrip", "NSE:A-EQ"}, false, "not both"},
+      {"scripWithoutExchange", {"--scrip", "ACME-EQ"}, false, "NSE:SYMBOL-SERIES"},
+      {"zeroWait", {"--client", "C1", "--wait-ms", "0"}, false, "--wait-ms"},
+      {"negativeRows", {"--rows", "-5"}, false, "--rows"},
+      {"stray", {"oops"}, false, "unexpected"},
+      {"unknownOption", {"--frobnicate"}, false, "frobnicate"},
+  };
+  for (const Case& c : cases) {
+    host::HostOptions o;
+    QString error;
+    bool help = false;
+    QStringList argv{"tarntrader"};
+    argv += c.args;
+    EXPECT_EQ(host::ParseHostOptions(argv, o, error, help), c.ok)
+        << c.name << ": " << error.toStdString();
+    if (!c.ok) {
+      EXPECT_TRUE(error.contains(c.errorPart)) << c.name << ": " << error.toStdString();
+    }
+  }
+}
+
+TEST(HostOptions, ValuesLandWhereTheyBelong) {
+  host::HostOptions o;
+  QString error;
+  bool help = false;
+  ASSERT_TRUE(host::ParseHostOptions({"t", "--user", "U7", "--user-type", "2", "--rights", "A,,B",
+                                      "--backend", "127.0.0.1:7000", "--client", "C9", "--custom",
+                                      "X=\"7\"*2", "--custom", "Y=1"},
+                                     o, error, help));
+  EXPECT_EQ(o.userId, "U7");
+  EXPECT_FALSE(o.administrator());
+  EXPECT_EQ(o.userType, 2u);
+  EXPECT_EQ(o.rights, (QStringList{"A", "B"}));
+  EXPECT_EQ(o.backendHost, "127.0.0.1");
+  EXPECT_EQ(o.backendPort, 7000);
+  EXPECT_TRUE(o.headless());
+  EXPECT_EQ(o.custom, (QStringList{"X=\"7\"*2", "Y=1"}));
+  host::HostOptions admin;
+  ASSERT_TRUE(host::ParseHostOptions({"t"}, admin, error, help));
+  EXPECT_TRUE(admin.administrator());
+  EXPECT_FALSE(admin.headless());
+}
+
+} // namespace

@@ -1,0 +1,177 @@
+// The exported host services, called by name through HostProc exactly as the
+// plug-in calls them, against a small scrip master and real combo boxes.
+#include <QApplication>
+#include <QComboBox>
+#include <QDialog>
+#include <gtest/gtest.h>
+
+#include "common/host_proc.h"
+#include "host/host_context.h"
+#include "plugin/tarn_host_api.h"
+
+namespace {
+
+using host::ScripLeg;
+
+ScripLeg Leg(std::initializer_list<std::pair<ScripLeg::Field, const char*>> fields) {
+  ScripLeg leg;
+  for (const auto& [f, v] : fields)
+    leg.field[f] = v;
+  return leg;
+}
+
+class HostServices : public ::testing::Test {
+protected:
+  void SetUp() override {
+    auto& h = host::TheHost();
+    h.master.Clear();
+    h.master.Add(Leg({{ScripLeg::Segment, "NSE"},
+                      {ScripLeg::Symbol, "ACME"},
+                      {ScripLeg::Series, "EQ"},
+                      {ScripLeg::TradingSymbol, "ACME-EQ"},
+                      {ScripLeg::Token, "11"},
+                      {ScripLeg::Isin, "INE000A01011"},
+                      {ScripLeg::BseCode, "500001"}}));
+    h.master.Add(Leg({{ScripLeg::Segment, "NSE"},
+                      {ScripLeg::Symbol, "ACME"},
+                      {ScripLeg::Series, "BE"},
+                      {ScripLeg::TradingSymbol, "ACME-BE"},
+                      {ScripLeg::Token, "12"}}));
+    h.master.Add(Leg({{ScripLeg::Segment, "NSE"},
+                      {ScripLeg::Symbol, "BOLT"},
+                      {ScripLeg::Series, "EQ"},
+                      {ScripLeg::TradingSymbol, "BOLT-EQ"},
+                      {ScripLeg::Token, "21"}}));
+    h.master.Add(Leg({{ScripLeg::Segment, "BSE"},
+                      {ScripLeg::Symbol, "500001"},
+                      {ScripLeg::Series, "A"},
+                      {ScripLeg::TradingSymbol, "ACME"},
+                      {ScripLeg::Token, "500001"},
+                      {ScripLeg::Isin, "INE000A01011"}}));
+    h.master.Add(Leg({{ScripLeg::Segment, "BSE"},
+                      {ScripLeg::Symbol, "500009"},
+                      {ScripLeg::Series, "B"},
+                      {ScripLeg::TradingSymbol, "ZED"},
+                      {ScripLeg::Token, "500009"}}));
+    h.master.Finish();
+    h.user = {};
+    h.user.id = "U1";
+    h.user.exchanges = {"NSE", "BSE"};
+    h.user.clientIds = {"C000001", "C000002"};
+    h.user.rights = {"RMS View Holdings: Mark/UnMark"};
+    for (int id :
+         {21000, 9013, 25001, 21002, 21003, 21004, 21005, 21006, 21008, 21009, 21010, 21011}) {
+      auto* c = new QComboBox(&dialog);
+      SetControlId(c, id);
+    }
+  }
+  QComboBox* Combo(int id) { return qobject_cast<QComboBox*>(GetDlgItem(&dialog, id)); }
+  static QStringList Items(QComboBox* c) {
+    QStringList out;
+    for (int i = 0; i < c->count(); ++i)
+      out << c->itemText(i);
+    return out;
+  }
+  void FillNse(int mode) {
+    vh::HostProcAs<pu_fill_scrip_combos_with_bse_grp_fn>("pu_fill_scrip_combos_with_bse_grp")(
+        &dialog, 25001, 21002, 21003, 21010, 21011, 21008, mode);
+  }
+  void FillBse(int mode) {
+    vh::HostProcAs<pu_fill_scrip_combos_with_bse_grp_fn>("pu_fill_scrip_combos_with_bse_grp")(
+        &dialog, 21004, 21005, 21006, 21010, 21009, 21008, mode);
+  }
+  QDialog dialog;
+};
+
+TEST_F(HostServices, EveryServiceIsExportedByName) {
+  for (const char* name :
+       {"pu_is_actionright_enabled", "pu_load_exchange_combo", "pu_load_client_id_combo",
+        "pu_fill_scrip_combos_with_bse_grp", "pu_get_trading_symbol_n_token",
+        "pu_get_scrip_details", "GetBrioRxControl"})
+    EXPECT_NE(vh::HostProc(name), nullptr) << name;
+}
+
+TEST_F(HostServices, ActionRightsFollowTheUser) {
+  auto enabled = vh::HostProcAs<pu_is_actionright_enabled_fn>("pu_is_actionright_enabled");
+  EXPECT_EQ(enabled("RMS View Holdings: Mark/UnMark"), 1);
+  EXPECT_EQ(enabled("RMS View Holdings: Other"), 0);
+  EXPECT_EQ(enabled(nullptr), 0);
+  host::TheHost().user.administrator = true;
+  EXPECT_EQ(enabled("RMS View Holdings: Other"), 1);
+}
+
+TEST_F(HostServices, ExchangeAndClientCombosAreFilledWithoutSelection) {
+  vh::HostProcAs<pu_load_exchange_combo_fn>("pu_load_exchange_combo")(&dialog, 21000);
+  vh::HostProcAs<pu_load_client_id_combo_fn>("pu_load_client_id_combo")(&dialog, 9013);
+  EXPECT_EQ(Items(Combo(21000)), (QStringList{"NSE", "BSE"}));
+  EXPECT_EQ(Items(Combo(9013)), (QStringList{"C000001", "C000002"}));
+  EXPECT_EQ(Combo(9013)->currentIndex(), -1);
+}
+
+TEST_F(HostServices, NseRowCascadesFromExchangeToTradingSymbols) {
+  Combo(25001)->addItems({"--", "NSE"});
+  Combo(25001)->setCurrentIndex(1);
+  FillNse(0);
+  EXPECT_EQ(Items(Combo(21002)), (QStringList{"ACME", "BOLT"}));
+  EXPECT_EQ(Combo(21002)->currentIndex(), -1);
+  Combo(21002)->setCurrentIndex(0);
+  FillNse(1);
+  EXPECT_EQ(Items(Combo(21003)), (QStringList{"ACME-BE", "ACME-EQ"}));
+  Combo(21003)->setCurrentIndex(1);
+  QString ts, token;
+  vh::HostProcAs<pu_get_trading_symbol_n_token_fn>("pu_get_trading_symbol_n_token")(
+      &dialog, 25001, 21002, 21003, 21010, 21009, 21008, &ts, &token);
+  EXPECT_EQ(ts, "ACME-EQ");
+  EXPECT_EQ(token, "11");
+  // Back to "--": the row empties.
+  Combo(25001)->setCurrentIndex(0);
+  FillNse(0);
+  EXPECT_EQ(Combo(21002)->count(), 0);
+  EXPECT_EQ(Combo(21003)->count(), 0);
+}
+
+TEST_F(HostServices, BseRowOffersGroupsAndTheSymbolsOfEach) {
+  Combo(21004)->addItems({"--", "BSE"});
+  Combo(21004)->setCurrentIndex(1);
+  FillBse(0);
+  EXPECT_EQ(Items(Combo(21009)), (QStringList{"A", "B"}));
+  EXPECT_EQ(Items(Combo(21005)), (QStringList{"ACME"}));
+  Combo(21009)->setCurrentIndex(1);
+  FillBse(3);
+  EXPECT_EQ(Items(Combo(21005)), (QStringList{"ZED"}));
+  Combo(21005)->setCurrentIndex(0);
+  FillBse(1);
+  EXPECT_EQ(Items(Combo(21006)), (QStringList{"B"}));
+}
+
+TEST_F(HostServices, ScripDetailsByEveryKindOfName) {
+  auto details = vh::HostProcAs<pu_get_scrip_details_fn>("pu_get_scrip_details");
+  const struct {
+    const char* name;
+    const char* segment;
+    const char* symbol;
+    const char* token; // "" when unknown
+  } cases[] = {
+      {"nseTradingSymbol", "NSE", "ACME-BE", "12"}, {"nseBareSymbolPrefersEq", "NSE", "ACME", "11"},
+      {"bseCode", "BSE", "500009", "500009"},       {"bseSymbol", "BSE", "ZED", "500009"},
+      {"unknownSymbol", "NSE", "NOPE", ""},         {"wrongSegment", "BSE", "ACME-EQ", ""},
+  };
+  for (const auto& c : cases) {
+    TarnScripDetails d;
+    d.field[TarnScripDetails::Token] = "stale";
+    details(c.segment, c.symbol, &d);
+    EXPECT_EQ(d.field[TarnScripDetails::Token], c.token) << c.name;
+  }
+  TarnScripDetails acme;
+  details("NSE", "ACME-EQ", &acme);
+  EXPECT_EQ(acme.field[TarnScripDetails::Isin], "INE000A01011");
+  EXPECT_EQ(acme.field[TarnScripDetails::BseCode], "500001");
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  QApplication app(argc, argv);
+  ::testing::InitGoogleTest(&argc, argv);
+  return RUN_ALL_TESTS();
+}
