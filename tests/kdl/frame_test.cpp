@@ -1,0 +1,83 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "kdl/frame.h"
+#include "tests/kdl/wire_bytes.h"
+
+using namespace kdltest;
+
+namespace {
+
+std::vector<std::string> Split(kdl::FrameSplitter& s, const std::string& stream, size_t chunk) {
+  std::vector<std::string> out;
+  for (size_t at = 0; at < stream.size(); at += chunk) {
+    EXPECT_TRUE(s.Feed(stream.data() + at, std::min(chunk, stream.size() - at)));
+    std::string_view payload;
+    while (s.Next(&payload))
+      out.emplace_back(payload);
+  }
+  return out;
+}
+
+TEST(Frame, EncodesLengthThenPayload) {
+  std::string out = "prefix";
+  ASSERT_TRUE(kdl::AppendFrame(out, "abc"));
+  EXPECT_EQ(out, "prefix" + U32(3) + "abc");
+  ASSERT_TRUE(kdl::AppendFrame(out, ""));
+  EXPECT_EQ(out, "prefix" + U32(3) + "abc" + U32(0));
+}
+
+TEST(Frame, SplitsAStreamHoweverItArrives) {
+  const std::vector<std::string> payloads = {"one", "", std::string(300, 'z'), "last"};
+  std::string stream;
+  for (const std::string& p : payloads)
+    kdl::AppendFrame(stream, p);
+  for (size_t chunk : {size_t{1}, size_t{3}, size_t{5}, size_t{64}, stream.size()}) {
+    kdl::FrameSplitter s(1024);
+    EXPECT_EQ(Split(s, stream, chunk), payloads) << "chunks of " << chunk;
+    EXPECT_EQ(s.pending(), 0u);
+  }
+}
+
+TEST(Frame, KeepsAPartialFrameUntilTheRestArrives) {
+  kdl::FrameSplitter s(1024);
+  std::string stream;
+  kdl::AppendFrame(stream, "abcdef");
+  std::string_view payload;
+  ASSERT_TRUE(s.Feed(stream.data(), 7));
+  EXPECT_FALSE(s.Next(&payload));
+  EXPECT_EQ(s.pending(), 7u);
+  ASSERT_TRUE(s.Feed(stream.data() + 7, stream.size() - 7));
+  ASSERT_TRUE(s.Next(&payload));
+  EXPECT_EQ(payload, "abcdef");
+}
+
+TEST(Frame, OversizeLengthFailsTheStreamForGood) {
+  const struct {
+    const char* name;
+    uint32_t max;
+    uint32_t length;
+    bool accepted;
+  } cases[] = {
+      {"at the maximum", 8, 8, true},
+      {"one above", 8, 9, false},
+      {"2^32-1", 1u << 24, 0xFFFFFFFF, false},
+  };
+  for (const auto& c : cases) {
+    kdl::FrameSplitter s(c.max);
+    const std::string stream = U32(c.length) + std::string(c.length <= c.max ? c.length : 0, 'q');
+    ASSERT_TRUE(s.Feed(stream.data(), stream.size())) << c.name;
+    std::string_view payload;
+    EXPECT_EQ(s.Next(&payload), c.accepted) << c.name;
+    EXPECT_EQ(s.failed(), !c.accepted) << c.name;
+    if (!c.accepted) {
+      EXPECT_EQ(s.oversizeLength(), c.length) << c.name;
+      EXPECT_FALSE(s.Feed(stream.data(), 4)) << c.name;
+      EXPECT_FALSE(s.Next(&payload)) << c.name;
+    }
+  }
+}
+
+} // namespace

@@ -1,0 +1,235 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "kdl/kdl.h"
+#include "kdl/message.h"
+#include "tests/kdl/wire_bytes.h"
+
+using namespace kdltest;
+
+namespace {
+
+struct Add {
+  uint32_t tag;
+  std::vector<std::string> values; // empty: add the field with count 0
+};
+
+std::string Build(const std::vector<Add>& adds, uint32_t scratchSize = 4096) {
+  kdl::Message m(scratchSize);
+  EXPECT_TRUE(m.valid());
+  for (const Add& a : adds) {
+    std::vector<KdlValue> v;
+    for (const std::string& s : a.values)
+      v.push_back({s.data(), static_cast<uint32_t>(s.size())});
+    KdlError err{};
+    EXPECT_TRUE(kdl_add_data(m.get(), a.tag, static_cast<uint32_t>(v.size()), v.data(), &err))
+        << err.text;
+  }
+  return std::string(m.Serialise());
+}
+
+TEST(KdlBuild, EncodesFieldsInFirstAddedOrderWithRepeatsMerged) {
+  const struct {
+    const char* name;
+    std::vector<Add> adds;
+    std::string expected;
+  } cases[] = {
+      {"empty", {}, U32(0)},
+      {"one field",
+       {{0, {"display_holding_detail"}}},
+       U32(1) + FieldBytes(0, {"display_holding_detail"})},
+      {"zero-value field", {{7, {}}}, U32(1) + FieldBytes(7, {})},
+      {"empty value", {{7, {""}}}, U32(1) + FieldBytes(7, {""})},
+      {"repeat of the first field moves the rest",
+       {{0, {"a"}}, {9, {"b"}}, {0, {"cc"}}},
+       U32(2) + FieldBytes(0, {"a", "cc"}) + FieldBytes(9, {"b"})},
+      {"repeat into a zero-value field",
+       {{1, {}}, {2, {"x"}}, {1, {"y"}}},
+       U32(2) + FieldBytes(1, {"y"}) + FieldBytes(2, {"x"})},
+      {"repeat after an empty last value",
+       {{1, {""}}, {2, {"x"}}, {1, {"z"}}},
+       U32(2) + FieldBytes(1, {"", "z"}) + FieldBytes(2, {"x"})},
+      {"count 0 on an existing field changes nothing",
+       {{1, {"a"}}, {1, {}}},
+       U32(1) + FieldBytes(1, {"a"})},
+      {"several values in one call",
+       {{5, {"1", "22", "333"}}, {5, {"4"}}},
+       U32(1) + FieldBytes(5, {"1", "22", "333", "4"})},
+      {"tags at the limits",
+       {{0xFFFFFFFF, {"hi"}}, {0, {"lo"}}},
+       U32(2) + FieldBytes(0xFFFFFFFF, {"hi"}) + FieldBytes(0, {"lo"})},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ(Build(c.adds), c.expected) << c.name;
+}
+
+TEST(KdlBuild, ReadsBackAfterRepeatsShiftLaterFields) {
+  kdl::Message m;
+  ASSERT_TRUE(m.Add(1, "a"));
+  ASSERT_TRUE(m.AddEmpty(2));
+  ASSERT_TRUE(m.Add(3, "ccc"));
+  ASSERT_TRUE(m.Add(1, ""));
+  ASSERT_TRUE(m.Add(2, "bb"));
+  ASSERT_TRUE(m.Add(1, "a2"));
+  const struct {
+    uint32_t tag, index;
+    const char* text;
+  } reads[] = {{1, 0, "a"}, {1, 1, ""}, {1, 2, "a2"}, {2, 0, "bb"}, {3, 0, "ccc"}};
+  for (const auto& r : reads)
+    EXPECT_EQ(m.Text(r.tag, r.index), std::string_view(r.text)) << r.tag << "/" << r.index;
+  EXPECT_EQ(m.Count(1), 3u);
+  EXPECT_EQ(m.Count(2), 1u);
+  EXPECT_FALSE(m.Text(1, 3));
+  EXPECT_FALSE(m.Count(4));
+}
+
+TEST(KdlBuild, FullScratchFailsAndLeavesTheMessageAsItWas) {
+  // An empty message takes 4 bytes; a field with one value 8 + 4 + length.
+  const struct {
+    const char* name;
+    uint32_t scratch;
+    std::vector<Add> before;
+    Add failing;
+  } cases[] = {
+      {"no room for a field header", 4, {}, {1, {}}},
+      {"one byte short for a new field", 4 + 12 + 2, {}, {1, {"abc"}}},
+      {"one byte short for a repeat", 4 + 13 + 4, {{1, {"a"}}}, {1, {"b"}}},
+      {"repeat that would shift a later field",
+       40,
+       {{1, {"a"}}, {2, {"0123456789"}}},
+       {1, {"xxxxxxxxxx"}}},
+  };
+  for (const auto& c : cases) {
+    kdl::Message m(c.scratch);
+    ASSERT_TRUE(m.valid()) << c.name;
+    for (const Add& a : c.before)
+      ASSERT_TRUE(a.values.empty() ? m.AddEmpty(a.tag) : m.Add(a.tag, a.values[0])) << c.name;
+    const std::string before(m.Serialise());
+    const bool added = c.failing.values.empty() ? m.AddEmpty(c.failing.tag)
+                                                : m.Add(c.failing.tag, c.failing.values[0]);
+    EXPECT_FALSE(added) << c.name;
+    EXPECT_EQ(m.lastError().code, KDL_E_FULL) << c.name;
+    EXPECT_EQ(std::string(m.Serialise()), before) << c.name;
+    auto reparsed = kdl::Message::Parse(before);
+    EXPECT_TRUE(reparsed) << c.name;
+  }
+}
+
+TEST(KdlBuild, ExactFitSucceeds) {
+  kdl::Message m(4 + 8 + 4 + 3);
+  EXPECT_TRUE(m.Add(1, "abc"));
+  EXPECT_FALSE(m.AddEmpty(2));
+  EXPECT_EQ(m.lastError().code, KDL_E_FULL);
+}
+
+TEST(KdlBuild, MisuseFailsWithItsCode) {
+  KdlMsg* msg = nullptr;
+  void* scratch = nullptr;
+  KdlError err{};
+  ASSERT_TRUE(kdl_ctor_primecb(&msg, &err));
+  const KdlValue v{"x", 1};
+  const KdlValue noData{nullptr, 3};
+  char foreign[64] = {};
+
+  const struct {
+    const char* name;
+    int32_t (*call)(KdlMsg*, void**, KdlError*);
+    int32_t code;
+  } cases[] = {
+      {"add before start",
+       [](KdlMsg* m, void**, KdlError* e) {
+         const KdlValue x{"x", 1};
+         return kdl_add_data(m, 1, 1, &x, e);
+       },
+       KDL_E_STATE},
+      {"read before start",
+       [](KdlMsg* m, void**, KdlError* e) {
+         uint32_t n = 0;
+         return kdl_get_field(m, 1, &n, e);
+       },
+       KDL_E_STATE},
+      {"scratch too small",
+       [](KdlMsg*, void** s, KdlError* e) { return kdl_open_scratch(s, 3, e); }, KDL_E_ARG},
+      {"scratch too large",
+       [](KdlMsg*, void** s, KdlError* e) { return kdl_open_scratch(s, 0x80000000u, e); },
+       KDL_E_TOOBIG},
+      {"null handle address",
+       [](KdlMsg*, void**, KdlError* e) { return kdl_ctor_primecb(nullptr, e); }, KDL_E_ARG},
+      {"close a null scratch",
+       [](KdlMsg*, void** s, KdlError* e) { return kdl_close_scratch(s, e); }, KDL_E_ARG},
+  };
+  for (const auto& c : cases) {
+    err = KdlError{};
+    EXPECT_EQ(c.call(msg, &scratch, &err), 0) << c.name;
+    EXPECT_EQ(err.code, c.code) << c.name;
+    EXPECT_NE(err.text[0], '\0') << c.name;
+  }
+
+  err = KdlError{};
+  EXPECT_FALSE(kdl_start_msg(msg, foreign + 16, &err));
+  EXPECT_EQ(err.code, KDL_E_ARG) << "a buffer that is not ours";
+
+  ASSERT_TRUE(kdl_open_scratch(&scratch, 64, &err));
+  ASSERT_TRUE(kdl_start_msg(msg, scratch, &err));
+  EXPECT_FALSE(kdl_add_data(msg, 1, 1, &noData, &err));
+  EXPECT_EQ(err.code, KDL_E_ARG);
+  EXPECT_FALSE(kdl_add_data(msg, 1, 2, nullptr, &err));
+  EXPECT_EQ(err.code, KDL_E_ARG);
+  EXPECT_TRUE(kdl_add_data(msg, 1, 1, &v, nullptr)) << "the error record is optional";
+
+  EXPECT_TRUE(kdl_close_scratch(&scratch, &err));
+  EXPECT_EQ(scratch, nullptr);
+  EXPECT_TRUE(kdl_dtor_primecb(&msg, &err));
+  EXPECT_EQ(msg, nullptr);
+  EXPECT_FALSE(kdl_dtor_primecb(&msg, &err));
+}
+
+TEST(KdlBuild, RestartEmptiesTheMessage) {
+  kdl::Message m;
+  ASSERT_TRUE(m.Add(1, "a"));
+  ASSERT_TRUE(m.Restart());
+  EXPECT_EQ(m.Serialise(), U32(0));
+  EXPECT_FALSE(m.Count(1));
+  ASSERT_TRUE(m.Add(2, "b"));
+  EXPECT_EQ(m.Serialise(), U32(1) + FieldBytes(2, {"b"}));
+}
+
+TEST(KdlBuild, LookupFailuresReportNotFound) {
+  kdl::Message m;
+  ASSERT_TRUE(m.AddEmpty(1));
+  ASSERT_TRUE(m.Add(2, "v"));
+  KdlValue value{};
+  uint32_t count = 99;
+  KdlError err{};
+  const struct {
+    const char* name;
+    uint32_t tag, index;
+  } cases[] = {{"absent field", 3, 0}, {"zero-value field", 1, 0}, {"index past the end", 2, 1}};
+  for (const auto& c : cases) {
+    err = KdlError{};
+    EXPECT_FALSE(kdl_get_data(m.get(), c.tag, c.index, &value, &err)) << c.name;
+    EXPECT_EQ(err.code, KDL_E_NOTFOUND) << c.name;
+  }
+  EXPECT_FALSE(kdl_get_field(m.get(), 3, &count, &err));
+  EXPECT_EQ(err.code, KDL_E_NOTFOUND);
+  EXPECT_EQ(count, 99u) << "a failed lookup leaves the count alone";
+  EXPECT_TRUE(kdl_get_field(m.get(), 1, &count, &err));
+  EXPECT_EQ(count, 0u);
+}
+
+TEST(KdlBuild, ParsedMessageIsReadOnlyAndMovesKeepOwnership) {
+  auto parsed = kdl::Message::Parse(U32(1) + FieldBytes(4, {"v"}));
+  ASSERT_TRUE(parsed);
+  EXPECT_FALSE(parsed->Add(5, "w"));
+  EXPECT_EQ(parsed->lastError().code, KDL_E_STATE);
+  kdl::Message moved = std::move(*parsed);
+  EXPECT_FALSE(parsed->valid());
+  EXPECT_EQ(moved.Text(4), "v");
+  kdl::Message other;
+  other = std::move(moved);
+  EXPECT_EQ(other.Text(4), "v");
+}
+
+} // namespace

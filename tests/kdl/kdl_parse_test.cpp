@@ -1,0 +1,123 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "kdl/kdl.h"
+#include "kdl/message.h"
+#include "tests/kdl/wire_bytes.h"
+
+using namespace kdltest;
+
+namespace {
+
+// A message with a repeated field, a zero-value field and an empty value.
+std::string Sample() {
+  return U32(3) + FieldBytes(32767, {"display_holding_detail"}) + FieldBytes(10, {"A", "", "CC"}) +
+         FieldBytes(32766, {});
+}
+
+int32_t ParseCode(const std::string& bytes) {
+  KdlMsg* msg = nullptr;
+  KdlError err{};
+  if (kdl_parse(bytes.data(), static_cast<uint32_t>(bytes.size()), &msg, &err)) {
+    kdl_dtor_primecb(&msg, nullptr);
+    return KDL_OK;
+  }
+  EXPECT_EQ(msg, nullptr);
+  return err.code;
+}
+
+TEST(KdlParse, RoundTripsByteForByte) {
+  const std::string cases[] = {
+      U32(0),
+      Sample(),
+      U32(1) + FieldBytes(0xFFFFFFFF, {std::string(5000, 'x')}),
+      U32(2) + FieldBytes(1, {}) + FieldBytes(2, {}),
+  };
+  for (const std::string& bytes : cases) {
+    auto m = kdl::Message::Parse(bytes);
+    ASSERT_TRUE(m) << bytes.size();
+    EXPECT_EQ(std::string(m->Serialise()), bytes);
+  }
+}
+
+TEST(KdlParse, IndexesEveryValue) {
+  auto m = kdl::Message::Parse(Sample());
+  ASSERT_TRUE(m);
+  EXPECT_EQ(m->Text(32767), "display_holding_detail");
+  EXPECT_EQ(m->Count(10), 3u);
+  EXPECT_EQ(m->Text(10, 0), "A");
+  EXPECT_EQ(m->Text(10, 1), "");
+  EXPECT_EQ(m->Text(10, 2), "CC");
+  EXPECT_EQ(m->Count(32766), 0u);
+  EXPECT_FALSE(m->Text(32766, 0));
+}
+
+TEST(KdlParse, EveryTruncationIsRejected) {
+  const std::string whole = Sample();
+  for (size_t n = 0; n < whole.size(); ++n)
+    EXPECT_EQ(ParseCode(whole.substr(0, n)), KDL_E_FORMAT) << "first " << n << " bytes";
+}
+
+TEST(KdlParse, MalformedBytesAreRejected) {
+  const struct {
+    const char* name;
+    std::string bytes;
+    int32_t code;
+  } cases[] = {
+      {"empty buffer", "", KDL_E_FORMAT},
+      {"trailing garbage", Sample() + "x", KDL_E_FORMAT},
+      {"trailing zero word", U32(0) + U32(0), KDL_E_FORMAT},
+      {"field count beyond the buffer", U32(2) + FieldBytes(1, {"a"}), KDL_E_FORMAT},
+      {"field count 2^32-1", U32(0xFFFFFFFF) + FieldBytes(1, {}), KDL_E_FORMAT},
+      {"field count whose 8x overflows 32 bits", U32(0x20000001) + FieldBytes(1, {}), KDL_E_FORMAT},
+      {"value count beyond the buffer", U32(1) + U32(1) + U32(2) + Value("a"), KDL_E_FORMAT},
+      {"value count whose 4x overflows 32 bits", U32(1) + U32(1) + U32(0x40000001) + Value("a"),
+       KDL_E_FORMAT},
+      {"value count 2^32-1", U32(1) + U32(1) + U32(0xFFFFFFFF), KDL_E_FORMAT},
+      {"length one past the end", U32(1) + U32(1) + U32(1) + U32(3) + "ab", KDL_E_FORMAT},
+      {"length 2^32-1", U32(1) + U32(1) + U32(1) + U32(0xFFFFFFFF) + "ab", KDL_E_FORMAT},
+      {"length that wraps an offset", U32(1) + U32(1) + U32(2) + U32(0xFFFFFFF0) + Value("a"),
+       KDL_E_FORMAT},
+      {"length word cut short", U32(1) + U32(1) + U32(1) + "\x01\x00", KDL_E_FORMAT},
+      {"tag in two fields", U32(2) + FieldBytes(7, {"a"}) + FieldBytes(7, {"b"}), KDL_E_FORMAT},
+      {"tag in two distant fields",
+       U32(3) + FieldBytes(7, {}) + FieldBytes(8, {}) + FieldBytes(7, {}), KDL_E_FORMAT},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ(ParseCode(c.bytes), c.code) << c.name;
+}
+
+TEST(KdlParse, ErrorsSayWhereAndBadArgumentsAreRefused) {
+  KdlMsg* msg = nullptr;
+  KdlError err{};
+  const std::string bytes = U32(1) + U32(42) + U32(1) + U32(9) + "abc";
+  EXPECT_FALSE(kdl_parse(bytes.data(), static_cast<uint32_t>(bytes.size()), &msg, &err));
+  EXPECT_NE(std::string(err.text).find("42"), std::string::npos) << err.text;
+  EXPECT_NE(std::string(err.text).find("offset 16"), std::string::npos) << err.text;
+
+  EXPECT_FALSE(kdl_parse(nullptr, 4, &msg, &err));
+  EXPECT_EQ(err.code, KDL_E_ARG);
+  EXPECT_FALSE(kdl_parse(bytes.data(), 4, nullptr, &err));
+  EXPECT_EQ(err.code, KDL_E_ARG);
+}
+
+TEST(KdlParse, ParsedMessageOwnsItsCopy) {
+  std::string bytes = Sample();
+  auto m = kdl::Message::Parse(bytes);
+  ASSERT_TRUE(m);
+  bytes.assign(bytes.size(), '\xFF');
+  EXPECT_EQ(m->Text(32767), "display_holding_detail");
+}
+
+TEST(KdlParse, BuiltAndParsedMessagesAgree) {
+  kdl::Message built;
+  ASSERT_TRUE(built.Add(32767, "display_holding_detail"));
+  ASSERT_TRUE(built.Add(10, "A"));
+  ASSERT_TRUE(built.AddEmpty(32766));
+  ASSERT_TRUE(built.Add(10, ""));
+  ASSERT_TRUE(built.Add(10, "CC"));
+  EXPECT_EQ(std::string(built.Serialise()), Sample());
+}
+
+} // namespace
