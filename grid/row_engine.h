@@ -1,0 +1,227 @@
+// The Qt-free row engine beneath the filtering grid: it keeps, per row, only
+// the owner's 64-bit item data and a check state, plus the display index map
+// that filters and sorts rearrange. Cell texts are asked of the owner (or
+// computed, for custom columns) at the moment they are needed.
+//
+//   row store   [d0 d1 d2 d3 ...]        insertion order, data index = slot
+//   display map [d2 d0 d3]               one data index per displayed row
+//   position p  -> map[p], or map[count-1-p] with the reverse-display flag
+//
+// The widget above calls in only in data-descriptor mode; what it must do
+// on its side (base list insertion, selection, header marks, item count) is
+// reported through RowEngineObserver. Single-threaded.
+#pragma once
+
+#include "grid/col_info.h"
+#include "grid/row_formula.h"
+#include "grid/sort_keys.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vh {
+
+// Owner form: called with the owner window; preferred when both are set.
+using OwnerDataSource = int (*)(void* owner, uint64_t itemData, int column, std::string& text,
+                                CellStyle& style);
+// Plain form: the same less the window.
+using PlainDataSource = int (*)(uint64_t itemData, int column, std::string& text, CellStyle& style);
+
+// Everything here happens after the engine's own state is consistent.
+class RowEngineObserver {
+public:
+  virtual ~RowEngineObserver() = default;
+  // The base list must insert a row at `position` with `text`.
+  virtual void OnRowInserted(int /*position*/, std::string_view /*text*/) {}
+  // The row shown at `position` is gone; the count is already lowered. If
+  // that row was selected and was not the last one, select the next; with
+  // the reverse-display flag and no focus, scroll the first row into view.
+  virtual void OnRowDeleted(int /*position*/) {}
+  // A reindexing fault emptied the rows.
+  virtual void OnRowsReset() {}
+  // A filter pass finished: the displayed rows are new; repaint all.
+  virtual void OnFiltered(int /*displayedCount*/) {}
+  // A sort rewrote the display order (same rows, same count).
+  virtual void OnRowsReordered() {}
+  // Header sort marks: clear the image of `clearColumn` (-1: none) and show
+  // `image` (0 or 1) on `column`, right of the text.
+  virtual void OnSortMark(int /*clearColumn*/, int /*column*/, int /*image*/) {}
+  // Show `text` in the filter field of header item `headerItem`. The engine
+  // has already taken the change; the header must not report it back.
+  virtual void OnHeaderFilterText(int /*headerItem*/, std::string_view /*text*/) {}
+  virtual void OnClearHeaderFilters() {}
+};
+
+class RowEngine final : public CellTextSource {
+public:
+  RowEngine();
+  ~RowEngine();
+  RowEngine(const RowEngine&) = delete;
+  RowEngine& operator=(const RowEngine&) = delete;
+
+  // --- data source and observer ---------------------------------------
+  void SetOwnerDataSource(OwnerDataSource source, void* owner);
+  void SetPlainDataSource(PlainDataSource source);
+  bool HasDataSource() const { return ownerSource_ != nullptr || plainSource_ != nullptr; }
+  void SetObserver(RowEngineObserver* observer) { observer_ = observer; }
+
+  // --- columns ----------------------------------------------------------
+  // Columns [0, dataColumnCount) come from the data source, the rest are
+  // custom. `positions` gives each column's header position (-1 hidden);
+  // empty means every column in its own order. Positions outside the
+  // header (duplicates, out of range) make that column hidden.
+  void SetColumns(std::vector<sTarnColInfo> columns, int dataColumnCount,
+                  std::vector<int32_t> positions = {});
+  // Replaces one column's description (recompiling a custom one); false
+  // for an unknown column.
+  bool SetColumnInfo(int column, const sTarnColInfo& info);
+  // Installs the compiler of custom columns and recompiles them all.
+  void SetCustomColumnCompiler(CustomColumnCompiler compiler);
+  int ColumnCount() const { return int(columns_.size()); }
+  int DataColumnCount() const { return dataColumnCount_; }
+  // Null for an unknown column.
+  const sTarnColInfo* ColumnInfo(int column) const;
+  // Header position of `column`, -1 when hidden or unknown.
+  int ColumnPosition(int column) const;
+  // The column shown at header position `displayColumn`, -1 when none.
+  int DataColumnAt(int displayColumn) const;
+  int HeaderItemCount() const { return int(columnAt_.size()); }
+
+  // --- rows -------------------------------------------------------------
+  void SetReverseDisplay(bool reverse) { reverse_ = reverse; }
+  bool ReverseDisplay() const { return reverse_; }
+  // Adds a row with zero item data. Position 0, or one at or past the store
+  // size, appends (deliberately not the top). Returns the new data index
+  // (mirrored with the reverse flag); 0 without a data source or after a
+  // reindexing fault ("Insert Item: Reindexing Error", rows reset).
+  int InsertItem(int position, std::string_view text);
+  // Removes the row shown at `position`. Returns 1, or 0 when the position
+  // is not displayed or on a fault ("Delete item: Item not found",
+  // "Delete item: Reindexing Error", which also resets the rows).
+  int DeleteItem(int position);
+  // Removes the row at store slot `dataIndex`, displayed or not. Returns 1,
+  // or 0 for an unknown slot or a fault of DeleteItem; a displayed slot
+  // beyond the displayed count shows "Error occured while deleting map item".
+  int DeleteItemByDataIndex(int dataIndex);
+  // Empties the store and the map.
+  void DeleteAllItems();
+  // Pre-sizes the store for `rows` rows (a known answer size).
+  void Reserve(size_t rows);
+  // Sets the item data of the row shown at `position`; false when nothing
+  // is shown there.
+  bool SetItemData(int position, uint64_t itemData);
+  // 0 when nothing is shown at `position`.
+  uint64_t GetItemData(int position) const;
+  // Check state of the row shown at `position`; 0 when nothing is shown.
+  int GetCheck(int position) const;
+  // False (nothing written) when nothing is shown at `position`.
+  bool SetCheck(int position, int state);
+  int DisplayedCount() const { return displayedCount_; }
+  size_t RowCount() const { return items_.size(); }
+  // Store slot shown at `position` (after mirroring), -1 when none.
+  int DataIndexAt(int position) const;
+  uint64_t ItemDataOfIndex(int dataIndex) const;
+
+  // The text of display cell (position, displayColumn): empty when nothing
+  // is shown there or the row has no item data; "no data descriptor
+  // initialised" without a data source.
+  std::string GetItemText(int position, int displayColumn);
+  // The text of `column` for `itemData`: false without a data source or for
+  // a negative column; true for a custom column (computed, never stored;
+  // `text` unchanged when it cannot be computed or refers to itself);
+  // otherwise the data source's result.
+  bool GetCellText(uint64_t itemData, int column, std::string& text, CellStyle& style) override;
+
+  // --- filters ----------------------------------------------------------
+  // The header reported a new filter text at `headerItem`: an empty text
+  // removes that column's filter, another replaces or adds it; then filters.
+  void OnHeaderFilterChanged(int headerItem, std::string_view text);
+  // Filters `dataColumn` with `text`; `exact` asks whole-text equality for
+  // this one pass. A hidden column's filter is stored directly and the
+  // filter field of header item 0 is cleared (deliberately).
+  void SetFilter(int dataColumn, std::string_view text, bool exact);
+  void ResetFilters();
+  // Flips the persistent exact-match mode and filters again.
+  void ToggleExactMatch();
+  bool ExactMatchMode() const { return (exactFlags_ & 0xFF00) != 0; }
+  // Takes a saved filter set as is; unequal lengths are reported by the
+  // next pass ("Error occured while filtering") and show no rows.
+  void RestoreFilters(std::vector<int32_t> columns, std::vector<std::string> texts);
+  const std::vector<int32_t>& FilterColumns() const { return filterColumns_; }
+  const std::vector<std::string>& FilterTexts() const { return filterTexts_; }
+  // Rebuilds the display map from every row with item data that passes
+  // all filters. Nothing happens without a data source or header items.
+  void Filter();
+
+  // --- sort ---------------------------------------------------------------
+  // A click on header position `displayColumn`: the same column again
+  // reverses, another starts ascending (latest first for dates and times).
+  void SortOnColumn(int displayColumn);
+  int SortColumn() const { return sortColumn_; }
+  int PreviousSortColumn() const { return previousSortColumn_; }
+  int SortDirection() const { return direction_; }
+  // Store slots of the `n` displayed rows with the largest values of
+  // `column`, largest first (ties in any order); empty for an unknown column.
+  std::vector<int32_t> LargestRows(int column, size_t n);
+
+  // --- distinct values ------------------------------------------------------
+  // Non-empty texts of `column` over the displayed rows, each once, in
+  // display order of first appearance.
+  std::vector<std::string> DistinctValues(int column);
+  // The same with "--ALL-- " on top, for a combo box.
+  std::vector<std::string> ComboValues(int column);
+
+  // Bytes the engine holds per row store and map (capacity, not size).
+  size_t ResidentBytes() const;
+
+private:
+  friend struct RowEngineProbe; // tests corrupt the map on purpose
+
+  int Mirror(int position) const { return reverse_ ? displayedCount_ - 1 - position : position; }
+  int MapSlotOf(int position) const;
+  bool FetchCell(uint64_t itemData, int column, std::string& text, CellStyle& style);
+  void ResetRows();
+  void RemoveSlot(int dataIndex);
+  bool ShiftDownAbove(int dataIndex, bool stopOnEqual);
+  void CompileFormula(int column);
+  void RebuildColumnAt();
+  void EditFilter(int dataColumn, std::string_view text);
+  void WriteHeaderFilter(int headerItem, std::string_view text);
+  void SortDisplayed(int column, int type, int direction);
+  bool BuildKeys(int column, int type, size_t n, std::vector<SortEntry>& keys);
+  std::vector<uint32_t> OrderByDateTime(int column, size_t n, int direction);
+
+  OwnerDataSource ownerSource_ = nullptr;
+  void* owner_ = nullptr;
+  PlainDataSource plainSource_ = nullptr;
+  RowEngineObserver* observer_ = nullptr;
+
+  std::vector<sTarnColInfo> columns_;
+  int dataColumnCount_ = 0;
+  std::vector<int32_t> positions_;
+  std::vector<int32_t> columnAt_;
+  CustomColumnCompiler compiler_;
+  std::vector<std::unique_ptr<CustomColumnFormula>> formulas_;
+  int customDepth_ = 0;
+
+  std::vector<uint64_t> items_;
+  std::vector<int32_t> checks_;
+  std::vector<int32_t> map_;
+  int displayedCount_ = 0;
+  bool reverse_ = false;
+
+  std::vector<int32_t> filterColumns_;
+  std::vector<std::string> filterTexts_;
+  uint16_t exactFlags_ = 0;
+
+  int sortColumn_ = -1;
+  int previousSortColumn_ = -1;
+  int direction_ = -1;
+  int sortDataColumn_ = -1;
+  int sortType_ = 0;
+};
+
+} // namespace vh

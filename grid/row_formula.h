@@ -1,0 +1,48 @@
+// How the row engine computes custom columns without knowing how formulas
+// are compiled: the engine is a source of cell texts, a formula turns one
+// row's cells into the custom cell's text, and a compiler builds a formula
+// from a stored expression once per definition.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace vh {
+
+// The three extra outputs of a data source: colours are colour values and
+// image an image index; -1 means "use the grid's default" / "no image".
+struct CellStyle {
+  int32_t textColour = -1;
+  int32_t background = -1;
+  int32_t image = -1;
+};
+
+class CellTextSource {
+public:
+  // Writes the text of `column` for the row keyed `itemData`; false when
+  // there is no data source or the source failed.
+  virtual bool GetCellText(uint64_t itemData, int column, std::string& text, CellStyle& style) = 0;
+
+protected:
+  ~CellTextSource() = default;
+};
+
+class CustomColumnFormula {
+public:
+  virtual ~CustomColumnFormula() = default;
+  // Writes the custom cell's text for `itemData`, fetching referenced cells
+  // from `cells`; leaves `outText` unchanged when a referenced cell cannot
+  // be read or the value cannot be computed.
+  virtual void Calculate(uint64_t itemData, CellTextSource& cells, int dataColumnCount,
+                         std::string& outText) = 0;
+};
+
+// Builds the formula of one stored expression; may return null, in which
+// case the column's cells keep whatever text the caller passed in.
+using CustomColumnCompiler =
+    std::function<std::unique_ptr<CustomColumnFormula>(std::string_view storedExpression)>;
+
+} // namespace vh

@@ -1,0 +1,155 @@
+// Header-click sorting of the displayed rows. Each row's text is fetched and
+// converted once per pass; the order then comes from integer keys, which
+// gives the same result as converting inside every comparison (rows that
+// compare equal keep no defined order either way).
+#include "grid/row_engine.h"
+
+#include "grid/distinct_interner.h"
+#include "grid/row_convert.h"
+#include "grid/sort_compare.h"
+#include "grid/sort_keys.h"
+
+#include <algorithm>
+
+namespace vh {
+namespace {
+
+bool HasNumericKey(int type) {
+  return type == kCompareInteger || type == kCompareDecimal || type == kCompareDecimalAlt ||
+         type == kCompareLong;
+}
+
+// The difference formulas of the integer types wrap on extreme values,
+// which orders nothing; the converted values themselves are compared.
+uint64_t NumericKey(int type, std::string_view text) {
+  switch (type) {
+  case kCompareInteger:
+    return SignedKey(CAtoi(text));
+  case kCompareLong:
+    return SignedKey(CAtol(text));
+  default:
+    return DecimalKey(CAtof(text));
+  }
+}
+
+} // namespace
+
+void RowEngine::SortOnColumn(int displayColumn) {
+  if (displayedCount_ <= 0)
+    return;
+  const bool sameColumn = displayColumn == previousSortColumn_;
+  sortColumn_ = displayColumn;
+  direction_ = sameColumn ? -direction_ : -1;
+  if (observer_) {
+    if (direction_ == 1 && sameColumn) {
+      observer_->OnSortMark(-1, displayColumn, 1);
+    } else {
+      const bool clearOld =
+          !sameColumn && previousSortColumn_ >= 0 && previousSortColumn_ < HeaderItemCount();
+      observer_->OnSortMark(clearOld ? previousSortColumn_ : -1, displayColumn, 0);
+    }
+  }
+  sortDataColumn_ = DataColumnAt(displayColumn);
+  const sTarnColInfo* info = ColumnInfo(sortDataColumn_);
+  sortType_ = info ? info->nType : 0;
+  SortDisplayed(sortDataColumn_, sortType_, direction_);
+  previousSortColumn_ = displayColumn;
+  if (observer_)
+    observer_->OnRowsReordered();
+}
+
+// Fills `keys` for the first `n` map slots and returns true for the types
+// whose order is an integer order (text by rank among the distinct texts).
+bool RowEngine::BuildKeys(int column, int type, size_t n, std::vector<SortEntry>& keys) {
+  if (!HasNumericKey(type) && type != kCompareText)
+    return false;
+  keys.resize(n);
+  std::string text;
+  CellStyle style;
+  TextInterner texts;
+  for (size_t i = 0; i < n; ++i) {
+    text.clear();
+    const uint64_t item = ItemDataOfIndex(map_[i]);
+    if (item != 0 && column >= 0)
+      GetCellText(item, column, text, style);
+    keys[i].key = type == kCompareText ? texts.Intern(text) : NumericKey(type, text);
+    keys[i].index = uint32_t(i);
+  }
+  if (type == kCompareText) {
+    const std::vector<uint32_t> rank = texts.Ranks();
+    for (SortEntry& e : keys)
+      e.key = rank[e.key];
+  }
+  return true;
+}
+
+// Date and time columns keep their pairwise rule; a merge sort stays within
+// bounds even if that rule is not a consistent order.
+std::vector<uint32_t> RowEngine::OrderByDateTime(int column, size_t n, int direction) {
+  std::string text;
+  CellStyle style;
+  TextInterner texts;
+  std::vector<uint32_t> ids(n);
+  for (size_t i = 0; i < n; ++i) {
+    text.clear();
+    const uint64_t item = ItemDataOfIndex(map_[i]);
+    if (item != 0 && column >= 0)
+      GetCellText(item, column, text, style);
+    ids[i] = texts.Intern(text);
+  }
+  std::vector<uint32_t> order(n);
+  for (uint32_t i = 0; i < n; ++i)
+    order[i] = i;
+  std::stable_sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) {
+    return CompareDateTime(texts.Text(ids[a]), texts.Text(ids[b]), direction) < 0;
+  });
+  return order;
+}
+
+void RowEngine::SortDisplayed(int column, int type, int direction) {
+  const size_t n = std::min(size_t(std::max(displayedCount_, 0)), map_.size());
+  std::vector<uint32_t> order;
+  std::vector<SortEntry> keys;
+  if (BuildKeys(column, type, n, keys)) {
+    std::vector<SortEntry> scratch;
+    RadixSortByKey(keys, scratch);
+    order.resize(n);
+    for (size_t i = 0; i < n; ++i)
+      order[i] = keys[direction == 1 ? n - 1 - i : i].index;
+  } else if (type == kCompareDateTime) {
+    order = OrderByDateTime(column, n, direction);
+  } else {
+    return; // every row compares equal
+  }
+  std::vector<int32_t> sorted(n);
+  for (size_t i = 0; i < n; ++i)
+    sorted[i] = map_[order[i]];
+  for (size_t i = 0; i < n; ++i)
+    map_[reverse_ ? n - 1 - i : i] = sorted[i];
+}
+
+std::vector<int32_t> RowEngine::LargestRows(int column, size_t n) {
+  const sTarnColInfo* info = ColumnInfo(column);
+  if (!info || !HasDataSource())
+    return {};
+  const size_t count = std::min(size_t(std::max(displayedCount_, 0)), map_.size());
+  n = std::min(n, count);
+  std::vector<int32_t> result;
+  result.reserve(n);
+  std::vector<SortEntry> keys;
+  if (BuildKeys(column, info->nType, count, keys)) {
+    const auto larger = [](const SortEntry& a, const SortEntry& b) { return a.key > b.key; };
+    std::partial_sort(keys.begin(), keys.begin() + ptrdiff_t(n), keys.end(), larger);
+    for (size_t i = 0; i < n; ++i)
+      result.push_back(map_[keys[i].index]);
+  } else if (info->nType == kCompareDateTime) {
+    const std::vector<uint32_t> order = OrderByDateTime(column, count, -1);
+    for (size_t i = 0; i < n; ++i)
+      result.push_back(map_[order[i]]);
+  } else {
+    result.assign(map_.begin(), map_.begin() + ptrdiff_t(n));
+  }
+  return result;
+}
+
+} // namespace vh
