@@ -1,0 +1,93 @@
+// Answers as streams of framed records, produced as the connection drains
+// so that a million-row answer never sits whole in memory.
+//
+// Every answer is data records (field 32767 = the request answered, no
+// field 32766) closed by one status record (32767 + 32766 = "1", or 32766
+// with no value for the lien report).
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "kdl/message.h"
+#include "riskd/sqlite.h"
+
+namespace riskd {
+
+inline constexpr uint32_t kTagRequest = 0;
+inline constexpr uint32_t kTagAnswered = 32767;
+inline constexpr uint32_t kTagStatus = 32766;
+inline constexpr uint32_t kTagSubKind = 32760;
+inline constexpr uint32_t kTagUser = 31003;
+
+class Answer {
+public:
+  virtual ~Answer() = default;
+  // Appends whole frames to `out`, stopping once about `budget` bytes were
+  // added. Returns true while frames remain, false once the last is out.
+  virtual bool Fill(std::string& out, size_t budget) = 0;
+};
+
+// Builds records of one answered name in one reused message.
+class RecordWriter {
+public:
+  explicit RecordWriter(std::string answered);
+
+  // Starts a record that carries 32767 (and 32760 when `subKind` is given).
+  void Start(std::string_view subKind = {});
+  void Add(uint32_t tag, std::string_view text);
+  void Add(uint32_t tag, int64_t value) { Add(tag, std::string_view(std::to_string(value))); }
+  void AddEmpty(uint32_t tag);
+  // Frames the record onto `out`. A record that overflowed its buffer is
+  // dropped whole (false), never sent half-filled.
+  bool Emit(std::string& out);
+  // The closing record: 32766 = `code`, or 32766 without a value when
+  // `code` is empty.
+  void EmitStatus(std::string& out, std::string_view code = "1");
+
+  const std::string& answered() const { return answered_; }
+
+private:
+  std::string answered_;
+  kdl::Message msg_;
+  bool failed_ = false;
+};
+
+// Frames prepared up front; for answers of a few records.
+class FramesAnswer : public Answer {
+public:
+  explicit FramesAnswer(std::string frames) : frames_(std::move(frames)) {}
+  bool Fill(std::string& out, size_t budget) override;
+
+private:
+  std::string frames_;
+  size_t sent_ = 0;
+};
+
+// A stepped statement: each row adds its fields to the open record, which is
+// emitted every `rowsPerRecord` rows; then the status record closes it.
+class SqlAnswer : public Answer {
+public:
+  using RowFn = std::function<void(const Stmt& row, RecordWriter& record)>;
+  SqlAnswer(Stmt stmt, std::string answered, RowFn row, std::string status = "1",
+            int rowsPerRecord = 1, std::string subKind = {});
+  bool Fill(std::string& out, size_t budget) override;
+
+private:
+  Stmt stmt_;
+  RecordWriter writer_;
+  RowFn row_;
+  std::string status_;
+  std::string subKind_;
+  int rowsPerRecord_;
+  int inRecord_ = 0;
+  bool done_ = false;
+};
+
+// The status record alone: an answer with no data.
+std::unique_ptr<Answer> StatusOnly(std::string_view answered, std::string_view code = "1");
+
+} // namespace riskd

@@ -1,0 +1,49 @@
+// One client connection of the server loop: bytes in, answers out.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <string>
+
+#include "kdl/frame.h"
+#include "riskd/handlers.h"
+
+namespace riskd {
+
+class Connection {
+public:
+  Connection(int fd, uint64_t id, uint32_t maxFrame) : fd_(fd), id_(id), in_(maxFrame) {}
+  ~Connection();
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+
+  int fd() const { return fd_; }
+  uint64_t id() const { return id_; }
+  kdl::FrameSplitter& in() { return in_; }
+  Subscription& subscription() { return sub_; }
+
+  // Bytes framed but not yet written.
+  size_t queuedBytes() const { return out_.size() - head_; }
+  size_t queuedAnswers() const { return answers_.size(); }
+  void Queue(std::unique_ptr<Answer> answer) { answers_.push_back(std::move(answer)); }
+  // Appends frames pushed outside any answer (price ticks).
+  void Push(const std::string& frames) { out_ += frames; }
+  // Lets the queued answers add frames until `lowWater` bytes wait.
+  void Refill(size_t lowWater);
+  // Reads what arrived; false on end of stream or a read error.
+  bool Read();
+  // Writes what the socket takes; false on a write error.
+  bool Write();
+
+private:
+  int fd_;
+  uint64_t id_;
+  kdl::FrameSplitter in_;
+  std::string out_;
+  size_t head_ = 0;
+  std::deque<std::unique_ptr<Answer>> answers_;
+  Subscription sub_;
+};
+
+} // namespace riskd

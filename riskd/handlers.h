@@ -1,0 +1,54 @@
+// Request handlers: one request message in, zero or more answers out.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "kdl/message.h"
+#include "riskd/answer.h"
+#include "riskd/scrip_book.h"
+#include "riskd/sqlite.h"
+
+namespace riskd {
+
+struct Services {
+  Db& db;
+  ScripBook& book;
+  std::function<void(const std::string&)> log;
+};
+
+// What a connection watches after its last holdings query: the scrips whose
+// prices and present values it is sent.
+struct Subscription {
+  static constexpr size_t kMaxScrips = 2000;
+  std::vector<int64_t> scrips;
+  std::string userId;
+  std::string clientId; // set for a query by client
+  bool active() const { return !scrips.empty(); }
+};
+
+using Answers = std::vector<std::unique_ptr<Answer>>;
+
+// Handles one parsed request. Returns false for a message that is no known
+// request (no field 0, or an unknown name); nothing is then answered.
+bool HandleRequest(Services& services, const kdl::Message& request, Subscription* subscription,
+                   Answers* answers);
+
+// The handlers behind HandleRequest, by request name.
+void HandleHoldings(Services& s, const kdl::Message& req, Subscription* sub, Answers* out);
+void HandleTopTen(Services& s, const kdl::Message& req, Answers* out);
+void HandleMarginTransfer(Services& s, const kdl::Message& req);
+
+// One "mrv_master" tick for `sub`: a record per leg of each scrip, then the
+// status record. `now` goes to 63179 (seconds since the epoch).
+std::string PriceFrames(const ScripBook& book, const Subscription& sub, int64_t now);
+// One "om_get_prsnt_values" answer for `sub`, built when it is first filled.
+std::unique_ptr<Answer> PresentValues(Services& s, const Subscription& sub);
+
+// Text of value 0 of `tag`, or empty.
+std::string FieldText(const kdl::Message& msg, uint32_t tag, uint32_t index = 0);
+
+} // namespace riskd

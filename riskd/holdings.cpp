@@ -1,0 +1,193 @@
+// "display_holding_detail", and the two streams it starts: prices
+// ("mrv_master") and present values ("om_get_prsnt_values").
+#include <sqlite3.h>
+
+#include <algorithm>
+
+#include "riskd/csv.h"
+#include "riskd/handlers.h"
+#include "riskd/users.h"
+
+namespace riskd {
+namespace {
+
+// Quantity columns 3..11 of kHoldingColumns, in this order of tags.
+constexpr uint32_t kQuantityTags[] = {64044, 64300, 64205, 64297, 64301,
+                                      64461, 64462, 64204, 64435};
+
+#define HOLDING_COLUMNS                                                                            \
+  "client_id,scrip_id,product,holdings_qty,holdings_update_qty,used_qty,collateral_qty,"           \
+  "collateral_update_qty,withheld_holding_qty,withheld_collateral_qty,t1_qty,"                     \
+  "t1_collateral_qty,haircut_bp,collateral_type"
+
+// The legs go as value 0 and 1 of 63001/63100/10100, NSE first.
+void AddLegs(const ScripInfo& sc, RecordWriter& rec) {
+  if (sc.hasNse()) {
+    rec.Add(63001, "nse_cm");
+    rec.Add(63100, sc.nseTradingSymbol());
+    rec.Add(10100, sc.nseToken);
+  }
+  if (sc.hasBse()) {
+    rec.Add(63001, "bse_cm");
+    rec.Add(63100, sc.bseSymbol);
+    rec.Add(10100, sc.bseCode);
+  }
+}
+
+void HoldingRecord(const ScripBook& book, const Stmt& row, RecordWriter& rec) {
+  rec.Add(54001, row.Text(0));
+  const ScripInfo* sc = book.ById(row.Int(1));
+  if (sc) {
+    AddLegs(*sc, rec);
+    if (sc->hasBse())
+      rec.Add(63003, sc->bseCode);
+    rec.Add(59351, sc->close);
+  }
+  rec.Add(64030, row.Text(2));
+  for (int i = 0; i < 9; ++i)
+    rec.Add(kQuantityTags[i], row.Int(3 + i));
+  rec.Add(64172, FormatHundredths(row.Int(12)));
+  if (!row.IsNull(13))
+    rec.Add(64171, row.Int(13));
+}
+
+// The scrips a scrip-mode request names: each leg i is 63001[i] with
+// 10100[i]; 63003 (a BSE code) is the fall-back when no leg is known.
+std::vector<int64_t> RequestedScrips(const ScripBook& book, const kdl::Message& req) {
+  std::vector<int64_t> ids;
+  const uint32_t legs = req.Count(63001).value_or(0);
+  for (uint32_t i = 0; i < legs && i < 2; ++i)
+    if (const ScripInfo* sc = book.Find(FieldText(req, 63001, i), FieldText(req, 10100, i)))
+      ids.push_back(sc->id);
+  if (ids.empty())
+    if (const ScripInfo* sc = book.FindBse(FieldText(req, 63003)))
+      ids.push_back(sc->id);
+  std::sort(ids.begin(), ids.end());
+  ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
+  return ids;
+}
+
+std::vector<int64_t> ClientScrips(const Db& db, const std::string& client) {
+  std::vector<int64_t> ids;
+  Stmt s =
+      db.Prepare("SELECT DISTINCT scrip_id FROM holding WHERE client_id=? ORDER BY 1", nullptr);
+  s.Bind(1, client);
+  while (s.Step() == SQLITE_ROW && ids.size() < Subscription::kMaxScrips)
+    ids.push_back(s.Int(0));
+  return ids;
+}
+
+// Built on first Fill, so it shows the state after the answers before it.
+class DeferredAnswer : public Answer {
+public:
+  explicit DeferredAnswer(std::function<std::unique_ptr<Answer>()> make) : make_(std::move(make)) {}
+  bool Fill(std::string& out, size_t budget) override {
+    if (!inner_)
+      inner_ = make_();
+    return inner_->Fill(out, budget);
+  }
+
+private:
+  std::function<std::unique_ptr<Answer>()> make_;
+  std::unique_ptr<Answer> inner_;
+};
+
+} // namespace
+
+void HandleHoldings(Services& s, const kdl::Message& req, Subscription* sub, Answers* out) {
+  const auto user = LoadUser(s.db, FieldText(req, kTagUser));
+  const std::string client = FieldText(req, 54001);
+  const bool byClient = req.Count(54001).has_value();
+  Subscription next;
+  next.userId = user ? user->id : "";
+  next.clientId = client;
+  Stmt rows;
+  if (byClient && user && MaySee(s.db, *user, client)) {
+    rows = s.db.Prepare("SELECT " HOLDING_COLUMNS " FROM holding WHERE client_id=?1", nullptr);
+    rows.Bind(1, client);
+    next.scrips = ClientScrips(s.db, client);
+  } else if (!byClient && user) {
+    next.scrips = RequestedScrips(s.book, req);
+    // No ORDER BY: the (scrip_id, ...) index yields the rows without a sort,
+    // which a hot scrip's million rows would otherwise need.
+    rows = s.db.Prepare("SELECT " HOLDING_COLUMNS " FROM holding h WHERE scrip_id IN (?1,?2)"
+                        " AND (?3 OR EXISTS(SELECT 1 FROM user_client u WHERE u.user_id=?4"
+                        " AND u.client_id=h.client_id))",
+                        nullptr);
+    const int64_t none = -1;
+    rows.Bind(1, next.scrips.empty() ? none : next.scrips[0]);
+    rows.Bind(2, next.scrips.size() > 1 ? next.scrips[1] : none);
+    rows.Bind(3, int64_t{user->admin}).Bind(4, user->id);
+  }
+  if (!rows.ok()) {
+    s.log("display_holding_detail refused: user '" + next.userId + "'" +
+          (byClient ? " may not see client '" + client + "'" : " unknown"));
+    out->push_back(StatusOnly("display_holding_detail"));
+    *sub = Subscription();
+    return;
+  }
+  const ScripBook* book = &s.book;
+  out->push_back(std::make_unique<SqlAnswer>(
+      std::move(rows), "display_holding_detail",
+      [book](const Stmt& row, RecordWriter& rec) { HoldingRecord(*book, row, rec); }));
+  *sub = std::move(next);
+  out->push_back(PresentValues(s, *sub));
+}
+
+std::string PriceFrames(const ScripBook& book, const Subscription& sub, int64_t now) {
+  RecordWriter w("mrv_master");
+  std::string frames;
+  for (int64_t id : sub.scrips) {
+    const ScripInfo* sc = book.ById(id);
+    if (!sc)
+      continue;
+    for (const bool nse : {true, false}) {
+      if (nse ? !sc->hasNse() : !sc->hasBse())
+        continue;
+      w.Start(nse ? "NSE_LTP" : "BSE_LTP");
+      w.Add(6, sc->ltp);
+      w.Add(63100, nse ? sc->nseTradingSymbol() : sc->bseSymbol);
+      w.Add(32, sc->close);
+      w.Add(63179, now);
+      w.Emit(frames);
+    }
+  }
+  w.EmitStatus(frames);
+  return frames;
+}
+
+std::unique_ptr<Answer> PresentValues(Services& s, const Subscription& sub) {
+  Services* services = &s;
+  return std::make_unique<DeferredAnswer>([services, sub]() -> std::unique_ptr<Answer> {
+    const auto user = LoadUser(services->db, sub.userId);
+    Stmt sum = services->db.Prepare(
+        "SELECT sum(holdings_qty) FROM holding h WHERE scrip_id=?1 AND (?2='' OR client_id=?2)"
+        " AND (?3 OR EXISTS(SELECT 1 FROM user_client u WHERE u.user_id=?4"
+        " AND u.client_id=h.client_id))",
+        nullptr);
+    RecordWriter w("om_get_prsnt_values");
+    std::string frames;
+    for (int64_t id : sub.scrips) {
+      const ScripInfo* sc = services->book.ById(id);
+      if (!sc || !user || !sum.ok())
+        continue;
+      sum.Bind(1, id).Bind(2, sub.clientId).Bind(3, int64_t{user->admin}).Bind(4, user->id);
+      const int64_t qty = sum.Step() == SQLITE_ROW ? sum.Int(0) : 0;
+      sum.Reset();
+      w.Start();
+      if (!sub.clientId.empty())
+        w.Add(54001, sub.clientId);
+      AddLegs(*sc, w);
+      w.Add(61002, sc->isin);
+      w.Add(6, sc->ltp);
+      w.Add(59351, sc->close);
+      w.Add(64044, qty);
+      w.Add(41231, qty * sc->ltp);
+      w.Emit(frames);
+    }
+    w.EmitStatus(frames);
+    return std::make_unique<FramesAnswer>(std::move(frames));
+  });
+}
+
+} // namespace riskd

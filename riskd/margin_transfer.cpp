@@ -1,0 +1,148 @@
+#include "riskd/margin_transfer.h"
+
+#include <sqlite3.h>
+
+#include <charconv>
+
+#include "riskd/handlers.h"
+#include "riskd/users.h"
+
+namespace riskd {
+namespace {
+
+struct Holding {
+  int64_t holdings = 0, update = 0, used = 0, withheld = 0, t1 = 0, haircutBp = 0, close = 0;
+};
+
+// Leading decimal digits, as the decimal-to-long conversion reads them; 0
+// when there are none or they overflow.
+int64_t LeadingWhole(const std::string& text) {
+  size_t i = 0;
+  while (i < text.size() && (text[i] == ' ' || text[i] == '\t'))
+    ++i;
+  int64_t v = 0;
+  const auto [end, ec] = std::from_chars(text.data() + i, text.data() + text.size(), v);
+  return ec == std::errc() ? v : 0;
+}
+
+std::optional<Holding> LoadHolding(const Db& db, const TransferRequest& r) {
+  Stmt s = db.Prepare("SELECT holdings_qty,holdings_update_qty,used_qty,withheld_holding_qty,"
+                      "t1_qty,haircut_bp,close_paise FROM holding h JOIN scrip ON scrip.id="
+                      "h.scrip_id WHERE client_id=? AND scrip_id=? AND product=?",
+                      nullptr);
+  if (!s.ok() || s.Bind(1, r.clientId).Bind(2, r.scripId).Bind(3, r.product).Step() != SQLITE_ROW)
+    return std::nullopt;
+  return Holding{s.Int(0), s.Int(1), s.Int(2), s.Int(3), s.Int(4), s.Int(5), s.Int(6)};
+}
+
+std::string Check(const Db& db, const TransferRequest& r, int64_t qty, Holding* h) {
+  const bool fo = r.action == "MF" || r.action == "UF";
+  if (!fo && r.action != "MC" && r.action != "UC")
+    return "unknown action '" + r.action + "'";
+  const auto user = LoadUser(db, r.userId);
+  if (!user)
+    return "unknown user '" + r.userId + "'";
+  if (!user->HasRight(kMarkRight))
+    return "user '" + r.userId + "' lacks the right '" + std::string(kMarkRight) + "'";
+  if (!MaySee(db, *user, r.clientId))
+    return "user '" + r.userId + "' may not see client '" + r.clientId + "'";
+  const auto holding = LoadHolding(db, r);
+  if (!holding)
+    return "no holding of this scrip and product";
+  *h = *holding;
+  if (qty <= 0)
+    return "quantity '" + r.quantity + "' is not positive";
+  int64_t limit;
+  if (r.action[0] == 'M')
+    limit = std::min(h->holdings, h->holdings + h->t1 - h->used);
+  else
+    limit = fo ? h->update : h->withheld;
+  if (qty > limit)
+    return "quantity " + std::to_string(qty) + " exceeds " + std::to_string(limit);
+  return {};
+}
+
+bool Apply(Db& db, const TransferRequest& r, int64_t qty, const Holding& h) {
+  const bool mark = r.action[0] == 'M';
+  const bool fo = r.action[1] == 'F';
+  const int64_t q = mark ? qty : -qty;
+  Stmt upd = db.Prepare(
+      fo ? "UPDATE holding SET holdings_qty=holdings_qty-?1,"
+           " holdings_update_qty=holdings_update_qty+?1,"
+           " collateral_qty=max(0,collateral_qty+?1) WHERE client_id=?2 AND scrip_id=?3 AND"
+           " product=?4"
+         : "UPDATE holding SET holdings_qty=holdings_qty-?1,"
+           " withheld_holding_qty=withheld_holding_qty+?1,"
+           " withheld_collateral_qty=max(0,withheld_collateral_qty+?1) WHERE client_id=?2 AND"
+           " scrip_id=?3 AND product=?4",
+      nullptr);
+  const int64_t value = q * h.close * (10000 - h.haircutBp) / 10000;
+  Stmt lien = db.Prepare("INSERT INTO lien(client_id,segment,lien_paise) VALUES(?1,?2,max(0,?3))"
+                         " ON CONFLICT DO UPDATE SET lien_paise=max(0,lien_paise+?3)",
+                         nullptr);
+  return upd.ok() && lien.ok() &&
+         upd.Bind(1, q).Bind(2, r.clientId).Bind(3, r.scripId).Bind(4, r.product).Run() &&
+         lien.Bind(1, r.clientId).Bind(2, fo ? "FO" : "CUR").Bind(3, value).Run();
+}
+
+bool Ledger(Db& db, const TransferRequest& r, int64_t qty, const std::string& reason) {
+  Stmt s = db.Prepare("INSERT INTO ledger(user_id,client_id,scrip_id,product,action,qty,applied,"
+                      "reason) VALUES(?,?,?,?,?,?,?,?)",
+                      nullptr);
+  s.Bind(1, r.userId).Bind(2, r.clientId).Bind(4, r.product).Bind(5, r.action).Bind(6, qty);
+  if (r.scripId)
+    s.Bind(3, r.scripId);
+  return s.Bind(7, int64_t{reason.empty()}).Bind(8, reason).Run();
+}
+
+} // namespace
+
+std::string ApplyTransfer(Db& db, const TransferRequest& request) {
+  Transaction tx(db);
+  if (!tx.ok())
+    return "database busy: " + db.LastError();
+  const int64_t qty = LeadingWhole(request.quantity);
+  Holding h;
+  std::string why = Check(db, request, qty, &h);
+  if (why.empty()) {
+    // A failure half-way is undone, while the ledger still records it.
+    db.Exec("SAVEPOINT apply", nullptr);
+    if (!Apply(db, request, qty, h)) {
+      why = "database: " + db.LastError();
+      db.Exec("ROLLBACK TO apply", nullptr);
+    }
+    db.Exec("RELEASE apply", nullptr);
+  }
+  std::string error;
+  if (!Ledger(db, request, qty, why) || !tx.Commit(&error))
+    return why.empty() ? "ledger: " + db.LastError() : why;
+  return why;
+}
+
+// The scrip is found by the request's legs (a token or BSE code in 10100),
+// then its ISIN (61002), then 63003 (a BSE code).
+void HandleMarginTransfer(Services& s, const kdl::Message& req) {
+  TransferRequest r;
+  r.userId = FieldText(req, 54247);
+  if (r.userId.empty())
+    r.userId = FieldText(req, kTagUser);
+  r.clientId = FieldText(req, 54001);
+  r.product = FieldText(req, 64030);
+  r.action = FieldText(req, 20008);
+  r.quantity = FieldText(req, 64044);
+  const ScripInfo* sc = nullptr;
+  const uint32_t legs = req.Count(63001).value_or(0);
+  for (uint32_t i = 0; i < legs && !sc; ++i)
+    sc = s.book.Find(FieldText(req, 63001, i), FieldText(req, 10100, i));
+  if (!sc)
+    sc = s.book.FindIsin(FieldText(req, 61002));
+  if (!sc)
+    sc = s.book.FindBse(FieldText(req, 63003));
+  r.scripId = sc ? sc->id : 0;
+  const std::string why = ApplyTransfer(s.db, r);
+  s.log("om_stock_margin_transfer " + r.action + " " + r.quantity + " of " + (sc ? sc->isin : "?") +
+        " for " + r.clientId + " by " + r.userId + ": " +
+        (why.empty() ? "applied" : "refused, " + why));
+}
+
+} // namespace riskd

@@ -1,0 +1,261 @@
+#include "riskd/server.h"
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <vector>
+
+#include "riskd/connection.h"
+#include "riskd/scrip_book.h"
+
+namespace riskd {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+// Answers are produced until this much waits per connection: enough to keep
+// the socket busy, small enough that a million-row answer stays in SQLite.
+constexpr size_t kLowWater = 256 * 1024;
+constexpr int kMaxAcceptsPerTurn = 64;
+
+bool SetNonBlocking(int fd) {
+  const int flags = fcntl(fd, F_GETFL, 0);
+  return flags >= 0 && fcntl(fd, F_SETFL, flags | O_NONBLOCK) == 0;
+}
+
+int Listen(const std::string& host, uint16_t port, uint16_t* bound, std::string* error) {
+  sockaddr_in addr{};
+  addr.sin_family = AF_INET;
+  addr.sin_port = htons(port);
+  if (inet_pton(AF_INET, host.c_str(), &addr.sin_addr) != 1) {
+    *error = "not an IPv4 address: " + host;
+    return -1;
+  }
+  const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const int one = 1;
+  socklen_t len = sizeof addr;
+  if (fd < 0 || setsockopt(fd, SOL_SOCKET, SO_REUSEADDR, &one, sizeof one) != 0 ||
+      bind(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) != 0 || listen(fd, 128) != 0 ||
+      !SetNonBlocking(fd) || getsockname(fd, reinterpret_cast<sockaddr*>(&addr), &len) != 0) {
+    *error = "cannot listen on " + host + ":" + std::to_string(port) + ": " + std::strerror(errno);
+    if (fd >= 0)
+      close(fd);
+    return -1;
+  }
+  *bound = ntohs(addr.sin_port);
+  return fd;
+}
+
+} // namespace
+
+// The server thread's state; only that thread touches it after Start.
+class Loop {
+public:
+  Loop(RiskServerOptions options, Db db)
+      : options_(std::move(options)), db_(std::move(db)), services_{db_, book_, options_.log} {}
+  ~Loop() {
+    for (int fd : {listenFd_, wakeRead_, wakeWrite_})
+      if (fd >= 0)
+        close(fd);
+  }
+
+  bool Init(std::string* error, uint16_t* port) {
+    int pipeFds[2];
+    if (!book_.Load(db_, error))
+      return false;
+    if (pipe2(pipeFds, O_CLOEXEC | O_NONBLOCK) != 0) {
+      *error = std::string("pipe: ") + std::strerror(errno);
+      return false;
+    }
+    wakeRead_ = pipeFds[0];
+    wakeWrite_ = pipeFds[1];
+    listenFd_ = Listen(options_.host, options_.port, port, error);
+    return listenFd_ >= 0;
+  }
+
+  void Wake() {
+    stop_ = true;
+    const char byte = 1;
+    (void)!write(wakeWrite_, &byte, 1);
+  }
+
+  void Run();
+
+private:
+  void Accept();
+  void HandleFrames(Connection& c);
+  bool Service(Connection& c, short revents);
+  void Timers(Clock::time_point now);
+  int TimeoutMs(Clock::time_point now) const;
+
+  RiskServerOptions options_;
+  Db db_;
+  ScripBook book_;
+  Services services_;
+  int listenFd_ = -1, wakeRead_ = -1, wakeWrite_ = -1;
+  std::atomic<bool> stop_{false};
+  std::vector<std::unique_ptr<Connection>> conns_;
+  uint64_t nextId_ = 1;
+  Clock::time_point nextPrice_ = Clock::now(), nextPresent_ = Clock::now();
+};
+
+void Loop::Run() {
+  options_.log("listening");
+  std::vector<pollfd> fds;
+  while (!stop_) {
+    fds.clear();
+    fds.push_back({wakeRead_, POLLIN, 0});
+    fds.push_back({listenFd_, POLLIN, 0});
+    for (const auto& c : conns_)
+      fds.push_back(
+          {c->fd(),
+           static_cast<short>(POLLIN | (c->queuedBytes() || c->queuedAnswers() ? POLLOUT : 0)), 0});
+    if (poll(fds.data(), fds.size(), TimeoutMs(Clock::now())) < 0 && errno != EINTR) {
+      options_.log(std::string("poll: ") + std::strerror(errno));
+      break;
+    }
+    if (stop_)
+      break;
+    if (fds[1].revents & POLLIN)
+      Accept();
+    // Connections accepted just now have no pollfd yet; they start next turn.
+    std::vector<std::unique_ptr<Connection>> keep;
+    for (size_t i = 0; i < conns_.size(); ++i) {
+      const short revents = i + 2 < fds.size() ? fds[i + 2].revents : 0;
+      if (Service(*conns_[i], revents))
+        keep.push_back(std::move(conns_[i]));
+    }
+    conns_ = std::move(keep);
+    Timers(Clock::now());
+  }
+  conns_.clear();
+  options_.log("stopped");
+}
+
+void Loop::Accept() {
+  for (int n = 0; n < kMaxAcceptsPerTurn; ++n) {
+    const int fd = accept4(listenFd_, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
+    if (fd < 0)
+      return;
+    conns_.push_back(std::make_unique<Connection>(fd, nextId_++, options_.maxFrame));
+  }
+}
+
+// Returns false when the connection is to be closed.
+bool Loop::Service(Connection& c, short revents) {
+  const std::string who = "connection " + std::to_string(c.id());
+  if (revents & (POLLIN | POLLHUP | POLLERR)) {
+    if (!c.Read())
+      return false;
+    if (c.in().failed()) {
+      options_.log(who + ": frame of " + std::to_string(c.in().oversizeLength()) +
+                   " bytes exceeds " + std::to_string(options_.maxFrame) + "; closed");
+      return false;
+    }
+    HandleFrames(c);
+    if (c.queuedAnswers() > options_.maxQueuedAnswers) {
+      options_.log(who + ": more than " + std::to_string(options_.maxQueuedAnswers) +
+                   " requests waiting; closed");
+      return false;
+    }
+  }
+  c.Refill(kLowWater);
+  if (c.queuedBytes() > options_.maxQueuedBytes) {
+    options_.log(who + ": reader is " + std::to_string(c.queuedBytes()) + " bytes behind; closed");
+    return false;
+  }
+  return c.Write();
+}
+
+void Loop::HandleFrames(Connection& c) {
+  std::string_view payload;
+  while (c.in().Next(&payload)) {
+    KdlError err{};
+    const auto request = kdl::Message::Parse(payload, &err);
+    const std::string who = "connection " + std::to_string(c.id());
+    if (!request) {
+      options_.log(who + ": malformed message ignored (" + err.text + ")");
+      continue;
+    }
+    Answers answers;
+    if (!HandleRequest(services_, *request, &c.subscription(), &answers)) {
+      const auto name = request->Text(kTagRequest);
+      options_.log(who + ": unknown request '" + std::string(name.value_or("<none>")) +
+                   "' ignored");
+      continue;
+    }
+    for (auto& a : answers)
+      c.Queue(std::move(a));
+  }
+}
+
+void Loop::Timers(Clock::time_point now) {
+  if (now >= nextPrice_) {
+    nextPrice_ = now + options_.priceInterval;
+    const int64_t epoch = std::chrono::duration_cast<std::chrono::seconds>(
+                              std::chrono::system_clock::now().time_since_epoch())
+                              .count();
+    std::vector<int64_t> ticked;
+    for (auto& c : conns_) {
+      if (!c->subscription().active())
+        continue;
+      for (int64_t id : c->subscription().scrips)
+        ticked.push_back(id);
+    }
+    std::sort(ticked.begin(), ticked.end());
+    ticked.erase(std::unique(ticked.begin(), ticked.end()), ticked.end());
+    for (int64_t id : ticked)
+      book_.Tick(id);
+    for (auto& c : conns_)
+      if (c->subscription().active())
+        c->Push(PriceFrames(book_, c->subscription(), epoch));
+  }
+  if (now >= nextPresent_) {
+    nextPresent_ = now + options_.presentInterval;
+    for (auto& c : conns_)
+      if (c->subscription().active())
+        c->Queue(PresentValues(services_, c->subscription()));
+  }
+}
+
+int Loop::TimeoutMs(Clock::time_point now) const {
+  const auto next = std::min(nextPrice_, nextPresent_);
+  if (next <= now)
+    return 0;
+  return static_cast<int>(
+      std::chrono::duration_cast<std::chrono::milliseconds>(next - now).count() + 1);
+}
+
+std::unique_ptr<RiskServer> RiskServer::Start(const RiskServerOptions& options,
+                                              std::string* error) {
+  Db db;
+  if (!SetUpStore(options.store, options.log, &db, error))
+    return nullptr;
+  auto loop = std::make_unique<Loop>(options, std::move(db));
+  std::unique_ptr<RiskServer> server(new RiskServer());
+  if (!loop->Init(error, &server->port_))
+    return nullptr;
+  server->loop_ = std::move(loop);
+  server->thread_ = std::thread([l = server->loop_.get()] { l->Run(); });
+  return server;
+}
+
+RiskServer::~RiskServer() {
+  Stop();
+}
+
+void RiskServer::Stop() {
+  if (!thread_.joinable())
+    return;
+  loop_->Wake();
+  thread_.join();
+  loop_.reset();
+}
+
+} // namespace riskd

@@ -1,0 +1,53 @@
+// The risk server: answers framed kdl requests on a loopback TCP port, on a
+// thread of its own, until stopped. Qt-free, so a host can run it
+// in-process as well as through the tarn-riskd executable.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "riskd/setup.h"
+
+namespace riskd {
+
+struct RiskServerOptions {
+  StoreSetup store;
+  std::string host = "127.0.0.1"; // an IPv4 address
+  uint16_t port = 0;              // 0: any free port (see RiskServer::port)
+  std::chrono::milliseconds priceInterval{1000};
+  std::chrono::milliseconds presentInterval{5000};
+  uint32_t maxFrame = 1u << 20;     // larger requests close the connection
+  size_t maxQueuedBytes = 8u << 20; // a connection further behind is closed
+  size_t maxQueuedAnswers = 64;     // requests waiting for their answer
+  LogFn log = LogToStderr;
+};
+
+class Loop;
+
+class RiskServer {
+public:
+  // Sets up the store (RiskServerOptions::store), listens and starts the
+  // server thread. nullptr with *error set when any of it fails.
+  static std::unique_ptr<RiskServer> Start(const RiskServerOptions& options, std::string* error);
+  ~RiskServer(); // Stop()s
+
+  RiskServer(const RiskServer&) = delete;
+  RiskServer& operator=(const RiskServer&) = delete;
+
+  uint16_t port() const { return port_; }
+  // Closes every connection and joins the thread. Idempotent.
+  void Stop();
+
+private:
+  RiskServer() = default;
+  std::unique_ptr<Loop> loop_;
+  std::thread thread_;
+  uint16_t port_ = 0;
+};
+
+} // namespace riskd

@@ -1,0 +1,44 @@
+#include "riskd/store.h"
+
+#include "riskd/schema_sql.h"
+
+namespace riskd {
+
+bool OpenStore(const std::string& path, Db* db, std::string* error) {
+  if (!db->Open(path, error))
+    return false;
+  // A file that is not a database fails here rather than on first use.
+  const int64_t version = db->QueryInt("PRAGMA user_version", -1);
+  if (version < 0) {
+    if (error)
+      *error = path + ": not a tarn-riskd database (" + db->LastError() + ")";
+    return false;
+  }
+  if (version > kSchemaVersion) {
+    if (error)
+      *error = path + ": database schema version " + std::to_string(version) +
+               " is newer than this tarn-riskd understands (" + std::to_string(kSchemaVersion) +
+               "); use a newer tarn-riskd or another --db file";
+    return false;
+  }
+  // WAL lets the server read while an import or transfer writes.
+  db->Exec("PRAGMA journal_mode=WAL", nullptr);
+  db->Exec("PRAGMA synchronous=NORMAL", nullptr);
+  db->Exec("PRAGMA foreign_keys=ON", nullptr);
+  if (version == kSchemaVersion)
+    return true;
+  std::string why;
+  if (!db->Exec(kSchemaSql, &why) ||
+      !db->Exec("PRAGMA user_version=" + std::to_string(kSchemaVersion), &why)) {
+    if (error)
+      *error = path + ": cannot create the schema: " + why;
+    return false;
+  }
+  return true;
+}
+
+bool StoreIsEmpty(const Db& db) {
+  return db.QueryInt("SELECT count(*) FROM scrip", 0) == 0;
+}
+
+} // namespace riskd

@@ -1,0 +1,21 @@
+// The risk store: opening a database file with the current schema.
+#pragma once
+
+#include <string>
+
+#include "riskd/sqlite.h"
+
+namespace riskd {
+
+// PRAGMA user_version of the schema this build writes.
+inline constexpr int kSchemaVersion = 1;
+
+// Opens or creates `path` and brings it to the current schema. Fails (false,
+// *error says why) when the file cannot be opened, is not a database, or was
+// written by a newer tarn-riskd (user_version above kSchemaVersion).
+bool OpenStore(const std::string& path, Db* db, std::string* error);
+
+// True when the store holds no scrip yet (a fresh file).
+bool StoreIsEmpty(const Db& db);
+
+} // namespace riskd

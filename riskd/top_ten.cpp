@@ -1,0 +1,121 @@
+// "rs_display_topten_holdings": the ten largest holdings of one exchange,
+// ranked by value at the last price (method 1) or taken from the scrips with
+// the largest (3) or smallest (4) change since the close.
+#include <sqlite3.h>
+
+#include <algorithm>
+
+#include "riskd/handlers.h"
+#include "riskd/users.h"
+
+namespace riskd {
+namespace {
+
+constexpr size_t kTop = 10;
+
+struct Row {
+  std::string client;
+  const ScripInfo* scrip;
+  int64_t value; // hundredths
+};
+
+// The largest holdings of one scrip by quantity, which are also its largest
+// by value: the index on (scrip_id, holdings_qty) answers it without a scan.
+class LargestOfScrip {
+public:
+  LargestOfScrip(const Db& db, const std::optional<User>& user) {
+    stmt_ = db.Prepare("SELECT client_id,holdings_qty FROM holding h WHERE scrip_id=?1 AND"
+                       " (?2 OR EXISTS(SELECT 1 FROM user_client u WHERE u.user_id=?3"
+                       " AND u.client_id=h.client_id)) ORDER BY holdings_qty DESC LIMIT ?4",
+                       nullptr);
+    admin_ = !user || user->admin; // no user named: the whole book, as the desk sees it
+    userId_ = user ? user->id : "";
+  }
+  void Append(const ScripInfo& sc, size_t limit, std::vector<Row>* rows) {
+    if (!stmt_.ok())
+      return;
+    stmt_.Bind(1, sc.id).Bind(2, int64_t{admin_}).Bind(3, userId_);
+    stmt_.Bind(4, static_cast<int64_t>(limit));
+    while (stmt_.Step() == SQLITE_ROW)
+      rows->push_back({std::string(stmt_.Text(0)), &sc, stmt_.Int(1) * sc.ltp});
+    stmt_.Reset();
+  }
+
+private:
+  Stmt stmt_;
+  bool admin_ = true;
+  std::string userId_;
+};
+
+std::vector<Row> ByValue(const std::vector<const ScripInfo*>& scrips, LargestOfScrip& q) {
+  std::vector<Row> rows;
+  for (const ScripInfo* sc : scrips) {
+    q.Append(*sc, kTop, &rows);
+    std::sort(rows.begin(), rows.end(), [](const Row& a, const Row& b) {
+      return a.value != b.value ? a.value > b.value : a.client < b.client;
+    });
+    if (rows.size() > kTop)
+      rows.resize(kTop);
+  }
+  return rows;
+}
+
+std::vector<Row> ByChange(std::vector<const ScripInfo*> scrips, bool top, LargestOfScrip& q) {
+  std::stable_sort(scrips.begin(), scrips.end(), [top](const ScripInfo* a, const ScripInfo* b) {
+    const int64_t ca = ScripBook::ChangeBp(*a), cb = ScripBook::ChangeBp(*b);
+    return top ? ca > cb : ca < cb;
+  });
+  std::vector<Row> rows;
+  for (const ScripInfo* sc : scrips) {
+    if (rows.size() >= kTop)
+      break;
+    q.Append(*sc, kTop - rows.size(), &rows);
+  }
+  return rows;
+}
+
+} // namespace
+
+void HandleTopTen(Services& s, const kdl::Message& req, Answers* out) {
+  const std::string exchange = FieldText(req, 10101);
+  const std::string method = FieldText(req, 41232);
+  const bool nse = exchange == "NSE";
+  if ((!nse && exchange != "BSE") || (method != "1" && method != "3" && method != "4")) {
+    s.log("rs_display_topten_holdings refused: exchange '" + exchange + "', method '" + method +
+          "'");
+    out->push_back(StatusOnly("rs_display_topten_holdings"));
+    return;
+  }
+  std::vector<const ScripInfo*> scrips;
+  for (const ScripInfo& sc : s.book.all())
+    if (nse ? sc.hasNse() : sc.hasBse())
+      scrips.push_back(&sc);
+  std::optional<User> user;
+  if (req.Count(kTagUser)) {
+    user = LoadUser(s.db, FieldText(req, kTagUser));
+    if (!user) {
+      out->push_back(StatusOnly("rs_display_topten_holdings"));
+      return;
+    }
+  }
+  LargestOfScrip query(s.db, user);
+  const std::vector<Row> rows =
+      method == "1" ? ByValue(scrips, query) : ByChange(std::move(scrips), method == "3", query);
+
+  RecordWriter w("rs_display_topten_holdings");
+  std::string frames;
+  if (!rows.empty()) {
+    w.Start();
+    w.Add(10101, nse ? "nse_cm" : "bse_cm");
+    for (const Row& r : rows) {
+      w.Add(54001, r.client);
+      w.Add(20008, nse ? r.scrip->nseTradingSymbol() : r.scrip->bseSymbol);
+      w.Add(41231, r.value);
+    }
+    w.Emit(frames);
+  }
+  w.EmitStatus(frames);
+  out->push_back(std::make_unique<FramesAnswer>(std::move(frames)));
+}
+
+} // namespace riskd

@@ -1,0 +1,38 @@
+#include "riskd/users.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+
+namespace riskd {
+
+bool User::HasRight(std::string_view name) const {
+  return admin || std::find(rights.begin(), rights.end(), name) != rights.end();
+}
+
+std::optional<User> LoadUser(const Db& db, std::string_view id) {
+  Stmt s = db.Prepare("SELECT id,type,peer,admin FROM user WHERE id=?", nullptr);
+  if (!s.ok() || s.Bind(1, id).Step() != SQLITE_ROW)
+    return std::nullopt;
+  User user;
+  user.id = s.Text(0);
+  user.type = s.Int(1);
+  user.peer = s.Text(2);
+  user.admin = s.Int(3) != 0;
+  Stmt r = db.Prepare("SELECT name FROM user_right WHERE user_id=? ORDER BY name", nullptr);
+  if (!r.ok())
+    return std::nullopt;
+  r.Bind(1, id);
+  while (r.Step() == SQLITE_ROW)
+    user.rights.emplace_back(r.Text(0));
+  return user;
+}
+
+bool MaySee(const Db& db, const User& user, std::string_view client) {
+  Stmt s = db.Prepare(user.admin ? "SELECT 1 FROM client WHERE id=?2"
+                                 : "SELECT 1 FROM user_client WHERE user_id=?1 AND client_id=?2",
+                      nullptr);
+  return s.ok() && s.Bind(1, user.id).Bind(2, client).Step() == SQLITE_ROW;
+}
+
+} // namespace riskd

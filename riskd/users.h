@@ -1,0 +1,32 @@
+// Who asks: users, their rights and the clients each may see.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "riskd/sqlite.h"
+
+namespace riskd {
+
+// The action right that mark/unmark needs (administrators hold every right).
+inline constexpr std::string_view kMarkRight = "RMS View Holdings: Mark/UnMark";
+
+struct User {
+  std::string id;
+  int64_t type = 0;
+  std::string peer;
+  bool admin = false;
+  std::vector<std::string> rights;
+
+  bool HasRight(std::string_view name) const;
+};
+
+// The user `id`; nullopt when unknown or on a query failure.
+std::optional<User> LoadUser(const Db& db, std::string_view id);
+
+// True when `user` may see `client` (administrators see every known client).
+bool MaySee(const Db& db, const User& user, std::string_view client);
+
+} // namespace riskd
