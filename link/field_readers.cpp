@@ -1,0 +1,95 @@
+#include "link/field_readers.h"
+
+#include <algorithm>
+#include <climits>
+#include <clocale>
+#include <cstdlib>
+#include <cstring>
+#include <locale.h>
+
+#include "link/envelope.h"
+
+namespace vh {
+
+namespace {
+
+// Buffer sizes of the numeric readers; the back-end never sends numbers
+// anywhere near these lengths, so cutting longer values loses nothing real.
+constexpr size_t kLongBuffer = 32;
+constexpr size_t kIntBuffer = 128;
+constexpr size_t kDoubleBuffer = 64;
+
+int Fetch(const KdlMsg* msg, uint32_t tag, uint32_t index, KdlValue* value, int32_t* kind) {
+  KdlError err{};
+  if (kdl_get_data(msg, tag, index, value, &err))
+    return 1;
+  if (kind)
+    *kind = err.code == KDL_E_NOTFOUND ? kReaderMissing : kReaderFailed;
+  return 0;
+}
+
+// Copies the value, cut to leave room for the NUL, into a zeroed buffer.
+template <size_t N> void CopyInto(const KdlValue& value, char (&buffer)[N]) {
+  std::memset(buffer, 0, N);
+  if (value.length)
+    std::memcpy(buffer, value.data, std::min<size_t>(value.length, N - 1));
+}
+
+// The platform the conversions were written for has 32-bit long and int,
+// whose conversions saturate; this keeps that result on 64-bit long too.
+int32_t ToInt32(const char* text) {
+  const long long v = std::strtoll(text, nullptr, 10);
+  return static_cast<int32_t>(std::clamp<long long>(v, INT32_MIN, INT32_MAX));
+}
+
+// The process locale may use a decimal comma (a GUI toolkit may set it from
+// the environment); the back-end's numbers always use a point.
+locale_t CLocale() {
+  static const locale_t c = newlocale(LC_NUMERIC_MASK, "C", locale_t{});
+  return c;
+}
+
+} // namespace
+
+int ReadTextField(const KdlMsg* msg, uint32_t tag, uint32_t index, std::string* out,
+                  int32_t* kind) {
+  KdlValue value{};
+  if (!Fetch(msg, tag, index, &value, kind)) {
+    out->clear();
+    return 0;
+  }
+  out->assign(value.data, value.length);
+  return 1;
+}
+
+int ReadLongField(const KdlMsg* msg, uint32_t tag, uint32_t index, int32_t* out, int32_t* kind) {
+  KdlValue value{};
+  if (!Fetch(msg, tag, index, &value, kind))
+    return 0;
+  char buffer[kLongBuffer];
+  CopyInto(value, buffer);
+  *out = ToInt32(buffer);
+  return 1;
+}
+
+int ReadIntField(const KdlMsg* msg, uint32_t tag, uint32_t index, int32_t* out, int32_t* kind) {
+  KdlValue value{};
+  if (!Fetch(msg, tag, index, &value, kind))
+    return 0;
+  char buffer[kIntBuffer];
+  CopyInto(value, buffer);
+  *out = ToInt32(buffer);
+  return 1;
+}
+
+int ReadDoubleField(const KdlMsg* msg, uint32_t tag, uint32_t index, double* out, int32_t* kind) {
+  KdlValue value{};
+  if (!Fetch(msg, tag, index, &value, kind))
+    return 0;
+  char buffer[kDoubleBuffer];
+  CopyInto(value, buffer);
+  *out = CLocale() ? strtod_l(buffer, nullptr, CLocale()) : std::strtod(buffer, nullptr);
+  return 1;
+}
+
+} // namespace vh

@@ -1,0 +1,215 @@
+// This executable plays host: it exports GetBrioRxControl (fake_backend.cpp),
+// which the link finds through vh::HostProc.
+#include <gtest/gtest.h>
+
+#include <new>
+#include <string>
+#include <vector>
+
+#include "common/message.h"
+#include "kdl/message.h"
+#include "link/backend_link.h"
+#include "link/envelope.h"
+#include "tests/link/fake_backend.h"
+#include "tests/link/recording_owner.h"
+
+using namespace linktest;
+using namespace vh;
+
+// kdl allocates its handles with nothrow new; this lets a test make that fail.
+static bool g_failNothrowNew = false;
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  if (g_failNothrowNew)
+    return nullptr;
+  try {
+    return ::operator new(size);
+  } catch (...) {
+    return nullptr;
+  }
+}
+
+namespace {
+
+using Strings = std::vector<std::string>;
+
+class LinkTest : public testing::Test {
+protected:
+  void SetUp() override {
+    g_control = &control;
+    g_getControlCalls.clear();
+  }
+  void TearDown() override { g_control = nullptr; }
+
+  FakeBackendControl control;
+  RecordingOwner owner;
+  ScopedMessageRecorder recorder;
+};
+
+TEST_F(LinkTest, CreationTakesTheControlFromTheHostAndReleaseGivesItBack) {
+  CAlwGrpReqRx* receiver = nullptr;
+  {
+    CBackendLink link(&owner);
+    receiver = link.receiver();
+    EXPECT_EQ(link.control(), &control);
+    EXPECT_EQ(g_getControlCalls, std::vector<int>{0});
+    EXPECT_EQ(control.attached, std::vector<CBrioRxNotifierBase*>{receiver});
+    EXPECT_TRUE(recorder.messages().empty());
+  }
+  EXPECT_EQ(control.detached, std::vector<CBrioRxNotifierBase*>{receiver});
+  EXPECT_EQ(control.released, 1);
+}
+
+TEST_F(LinkTest, SendsNameThenFieldsInOrder) {
+  CBackendLink link(&owner);
+  const struct {
+    const char* name;
+    CLinkRequest request;
+    Fields expected;
+  } cases[] = {
+      {"name only", CLinkRequest("mrv_cj"), {{0, {"mrv_cj"}}}},
+      {"fields in order, repeats appended",
+       CLinkRequest("display_holding_detail")
+           .Add(63001, "cse_cm")
+           .Add(10100, "ABC-BL")
+           .Add(10100, "ABC-TM")
+           .Add(kTagUserId, "U1"),
+       {{0, {"display_holding_detail"}},
+        {63001, {"cse_cm"}},
+        {10100, {"ABC-BL", "ABC-TM"}},
+        {31003, {"U1"}}}},
+      {"empty text", CLinkRequest("x").Add(5, ""), {{0, {"x"}}, {5, {""}}}},
+      {"user peer", UserPeerRequest("U9"), {{0, {"om_get_user_peer_data"}}, {31003, {"U9"}}}},
+  };
+  for (const auto& c : cases) {
+    recorder.clear();
+    control.sent.clear();
+    EXPECT_EQ(link.Send(c.request), 1) << c.name;
+    ASSERT_EQ(control.sent.size(), 1u) << c.name;
+    EXPECT_EQ(control.sent[0], c.expected) << c.name;
+    EXPECT_EQ(recorder.statuses(), Strings{c.request.name() + " request sent successfully"})
+        << c.name;
+    EXPECT_TRUE(recorder.messages().empty()) << c.name;
+  }
+  EXPECT_EQ(control.zeros, std::vector<int>(4, 0));
+  EXPECT_EQ(link.lastSlot(), 1u);
+}
+
+TEST_F(LinkTest, EveryRequestStartsFromAnEmptyMessage) {
+  CBackendLink link(&owner);
+  ASSERT_EQ(link.Send(CLinkRequest("a").Add(1, "x").Add(2, "y")), 1);
+  ASSERT_EQ(link.Send(CLinkRequest("b").Add(1, "z")), 1);
+  ASSERT_EQ(control.sent.size(), 2u);
+  EXPECT_EQ(control.sent[1], (Fields{{0, {"b"}}, {1, {"z"}}}));
+}
+
+TEST_F(LinkTest, FailuresReportTheirTextsAndSendNothing) {
+  const std::string longText(200, 'x');
+  // 4 bytes of message plus 12 + length per single-value field.
+  const struct {
+    const char* name;
+    uint32_t scratch;
+    bool failSend;
+    CLinkRequest request;
+    Strings shown, statuses;
+  } cases[] = {
+      {"name does not fit",
+       20,
+       false,
+       CLinkRequest("display_holding_detail"),
+       {"display_holding_detail Request Failure"},
+       {}},
+      {"field does not fit",
+       40,
+       false,
+       CLinkRequest("mrv_cj").Add(63003, longText),
+       {"mrv_cj Request Failure"},
+       {}},
+      {"user id does not fit",
+       40,
+       false,
+       UserPeerRequest("U1"),
+       {"add source user id Request Failure"},
+       {}},
+      {"field failure composed, not shown",
+       40,
+       false,
+       CLinkRequest("mrv_cj")
+           .Add(63003, longText)
+           .OnFieldFailure(" Request Failure", Report::Status),
+       {},
+       {" Request Failure"}},
+      {"send refused",
+       4096,
+       true,
+       CLinkRequest("display_holding_detail").Add(54001, "C1"),
+       {"display_holding_detail Request Failure"},
+       {}},
+      {"send refused, status and box",
+       4096,
+       true,
+       CLinkRequest("om_stock_margin_transfer")
+           .OnSendFailure("om_stock_margin_transfer Request Failure", Report::ShowAndStatus),
+       {"om_stock_margin_transfer Request Failure"},
+       {"om_stock_margin_transfer Request Failure"}},
+  };
+  for (const auto& c : cases) {
+    CBackendLink link(&owner, c.scratch);
+    recorder.clear();
+    control.sent.clear();
+    control.zeros.clear();
+    control.failSends = c.failSend;
+    EXPECT_EQ(link.Send(c.request), 0) << c.name;
+    EXPECT_TRUE(control.sent.empty()) << c.name;
+    EXPECT_EQ(control.zeros.size(), c.failSend ? 1u : 0u) << c.name << ": send attempted";
+    EXPECT_EQ(recorder.messages(), c.shown) << c.name;
+    EXPECT_EQ(recorder.statuses(), c.statuses) << c.name;
+  }
+}
+
+TEST_F(LinkTest, HostWithoutAControlLeavesNothingToSendThrough) {
+  g_control = nullptr;
+  CBackendLink link(&owner);
+  EXPECT_EQ(g_getControlCalls, std::vector<int>{0});
+  EXPECT_EQ(link.control(), nullptr);
+  EXPECT_TRUE(recorder.messages().empty()) << "the service exists; it just had none";
+  EXPECT_EQ(link.Send(CLinkRequest("mrv_cj")), 0);
+  EXPECT_EQ(recorder.messages(), Strings{"mrv_cj Request Failure"});
+}
+
+TEST_F(LinkTest, LibraryFailuresAtCreationAreShownAndRequestsThenFail) {
+  const struct {
+    const char* name;
+    bool failHandle;
+    uint32_t scratch;
+    Strings atCreation;
+  } cases[] = {
+      {"no message handle", true, 4096, {"MnmHndl Open failed in Algo Plugin"}},
+      {"no scratch buffer", false, 0, {"BufHndl Open failed in Algo Plugin"}},
+      {"neither",
+       true,
+       0,
+       {"MnmHndl Open failed in Algo Plugin", "BufHndl Open failed in Algo Plugin"}},
+  };
+  for (const auto& c : cases) {
+    recorder.clear();
+    g_failNothrowNew = c.failHandle;
+    CBackendLink link(&owner, c.scratch);
+    g_failNothrowNew = false;
+    EXPECT_EQ(recorder.messages(), c.atCreation) << c.name;
+    EXPECT_EQ(link.control(), &control) << c.name << ": creation goes on";
+    recorder.clear();
+    EXPECT_EQ(link.Send(CLinkRequest("mrv_cj")), 0) << c.name;
+    EXPECT_EQ(recorder.messages(), Strings{" Request failure"}) << c.name;
+  }
+}
+
+TEST_F(LinkTest, AnswersThroughTheControlReachTheOwner) {
+  CBackendLink link(&owner);
+  ASSERT_EQ(control.attached.size(), 1u);
+  kdl::Message answer;
+  answer.Add(kTagAnsweredName, "display_holding_detail");
+  control.attached[0]->OnResponse(nullptr, answer.get(), nullptr);
+  EXPECT_EQ(owner.log, Strings{"holding"});
+}
+
+} // namespace

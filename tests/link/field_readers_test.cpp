@@ -1,0 +1,164 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "common/message.h"
+#include "link/envelope.h"
+#include "link/field_readers.h"
+#include "link/response_status.h"
+#include "tests/link/answers.h"
+
+using namespace linktest;
+using namespace vh;
+
+namespace {
+
+kdl::Message Numbers() {
+  return Answer({
+      {1, "42"},
+      {2, "  -17xyz"},
+      {3, "abc"},
+      {4, ""},
+      {5, "99999999999"},
+      {6, "-99999999999"},
+      {7, std::string(31, ' ') + "7"}, // the digit is past the long reader's 31 characters
+      {8, std::string(63, ' ') + "2.5"},
+      {9, std::string(40, ' ') + "2.5"},
+      {10, "3.25e2"},
+      {11, std::nullopt},
+      {12, "1"},
+      {12, "2"},
+  });
+}
+
+TEST(FieldReaders, ConvertLikeTheCLibraryWithinTheirBuffers) {
+  const kdl::Message m = Numbers();
+  const struct {
+    uint32_t tag, index;
+    int32_t asLong, asInt;
+    double asDouble;
+  } cases[] = {
+      {1, 0, 42, 42, 42.0},
+      {2, 0, -17, -17, -17.0},
+      {3, 0, 0, 0, 0.0},
+      {4, 0, 0, 0, 0.0},
+      {5, 0, INT32_MAX, INT32_MAX, 99999999999.0},
+      {6, 0, INT32_MIN, INT32_MIN, -99999999999.0},
+      {7, 0, 0, 7, 7.0},
+      {8, 0, 0, 2, 0.0},
+      {9, 0, 0, 2, 2.5},
+      {10, 0, 3, 3, 325.0},
+      {12, 1, 2, 2, 2.0},
+  };
+  for (const auto& c : cases) {
+    int32_t l = -1, i = -1, kind = 0;
+    double d = -1;
+    EXPECT_EQ(ReadLongField(m.get(), c.tag, c.index, &l, &kind), 1) << c.tag;
+    EXPECT_EQ(ReadIntField(m.get(), c.tag, c.index, &i, &kind), 1) << c.tag;
+    EXPECT_EQ(ReadDoubleField(m.get(), c.tag, c.index, &d, &kind), 1) << c.tag;
+    EXPECT_EQ(l, c.asLong) << c.tag;
+    EXPECT_EQ(i, c.asInt) << c.tag;
+    EXPECT_DOUBLE_EQ(d, c.asDouble) << c.tag;
+    EXPECT_EQ(kind, 0) << c.tag;
+  }
+}
+
+TEST(FieldReaders, FailuresSetTheKindAndKeepNumbers) {
+  const kdl::Message m = Numbers();
+  KdlMsg* unstarted = nullptr;
+  ASSERT_TRUE(kdl_ctor_primecb(&unstarted, nullptr));
+  const struct {
+    const char* name;
+    const KdlMsg* msg;
+    uint32_t tag, index;
+    int32_t kind;
+  } cases[] = {
+      {"absent field", m.get(), 99, 0, kReaderMissing},
+      {"field without values", m.get(), 11, 0, kReaderMissing},
+      {"index past the values", m.get(), 12, 2, kReaderMissing},
+      {"library failure other than not-found", unstarted, 1, 0, kReaderFailed},
+  };
+  for (const auto& c : cases) {
+    int32_t l = 11, i = 12, kind = 0;
+    double d = 13.5;
+    std::string text = "previous";
+    EXPECT_EQ(ReadLongField(c.msg, c.tag, c.index, &l, &kind), 0) << c.name;
+    EXPECT_EQ(kind, c.kind) << c.name;
+    kind = 0;
+    EXPECT_EQ(ReadIntField(c.msg, c.tag, c.index, &i, &kind), 0) << c.name;
+    EXPECT_EQ(kind, c.kind) << c.name;
+    kind = 0;
+    EXPECT_EQ(ReadDoubleField(c.msg, c.tag, c.index, &d, &kind), 0) << c.name;
+    EXPECT_EQ(kind, c.kind) << c.name;
+    kind = 0;
+    EXPECT_EQ(ReadTextField(c.msg, c.tag, c.index, &text, &kind), 0) << c.name;
+    EXPECT_EQ(kind, c.kind) << c.name;
+    EXPECT_EQ(l, 11) << c.name;
+    EXPECT_EQ(i, 12) << c.name;
+    EXPECT_EQ(d, 13.5) << c.name;
+    EXPECT_EQ(text, "") << c.name;
+  }
+  kdl_dtor_primecb(&unstarted, nullptr);
+}
+
+TEST(FieldReaders, TextIsExactlyTheValue) {
+  const kdl::Message m =
+      Answer({{1, std::string("a\0b", 3)}, {2, ""}, {3, std::string(5000, 'x')}});
+  std::string text = "previous";
+  int32_t kind = 0;
+  EXPECT_EQ(ReadTextField(m.get(), 1, 0, &text, &kind), 1);
+  EXPECT_EQ(text, std::string("a\0b", 3));
+  EXPECT_EQ(ReadTextField(m.get(), 2, 0, &text, &kind), 1) << "an empty value is a value";
+  EXPECT_EQ(text, "");
+  EXPECT_EQ(ReadTextField(m.get(), 3, 0, &text, &kind), 1) << "text has no buffer limit";
+  EXPECT_EQ(text.size(), 5000u);
+}
+
+TEST(ResponseStatus, DataRecordsEndsAndFailures) {
+  const char* fatal = "Fatal error.Please contact administrator.";
+  const char* lien = "Lien Report Download Completed.";
+  const struct {
+    const char* name;
+    const char* request;
+    AnswerFields fields;
+    int status;
+    int32_t kind;
+    std::vector<std::string> shown;
+  } cases[] = {
+      {"no status field: a record", "display_holding_detail", {{kTagAnsweredName, "x"}}, 5, 0, {}},
+      {"status 12", "display_holding_detail", {{kTagStatus, "12"}}, 12, 0, {}},
+      {"status -3", "mrv_master", {{kTagStatus, "-3"}}, -3, 0, {}},
+      {"status 5 in the field", "mrv_master", {{kTagStatus, "5"}}, 5, 0, {}},
+      {"status 0", "display_holding_detail", {{kTagStatus, "0"}}, 1, 0, {fatal}},
+      {"non-numeric status counts as 0", "mrv_cj", {{kTagStatus, "end"}}, 1, 0, {fatal}},
+      {"empty status text counts as 0", "mrv_cj", {{kTagStatus, ""}}, 1, 0, {fatal}},
+      {"status without value, lien reports",
+       "om_get_client_reports",
+       {{kTagStatus, std::nullopt}},
+       1,
+       kReaderMissing,
+       {lien}},
+      {"status without value, other request",
+       "display_holding_detail",
+       {{kTagStatus, std::nullopt}},
+       1,
+       kReaderMissing,
+       {}},
+      {"status 0 for lien reports is still fatal",
+       "om_get_client_reports",
+       {{kTagStatus, "0"}},
+       1,
+       0,
+       {fatal}},
+  };
+  for (const auto& c : cases) {
+    ScopedMessageRecorder recorder;
+    const kdl::Message m = Answer(c.fields);
+    int32_t kind = 0;
+    EXPECT_EQ(CheckResponseStatus(m.get(), c.request, &kind, 1), c.status) << c.name;
+    EXPECT_EQ(kind, c.kind) << c.name;
+    EXPECT_EQ(recorder.messages(), c.shown) << c.name;
+  }
+}
+
+} // namespace
