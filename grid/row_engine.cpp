@@ -38,18 +38,17 @@ void RowEngine::SetColumns(std::vector<sTarnColInfo> columns, int dataColumnCoun
     CompileFormula(c);
 }
 
-// The header shows as many items as there are shown columns; a position
-// that is taken twice or lies past them cannot be shown and counts as
-// hidden, so that lookups never index outside the header.
+// A position taken twice, or one past the last column, cannot be shown: that
+// column counts as hidden, so lookups never index outside the header and a
+// bad profile cannot make the header huge. Gaps are header items without a
+// column.
 void RowEngine::RebuildColumnAt() {
-  const size_t shown =
-      size_t(std::count_if(positions_.begin(), positions_.end(), [](int32_t p) { return p >= 0; }));
-  columnAt_.assign(shown, -1);
+  columnAt_.assign(positions_.size(), -1);
   for (size_t c = 0; c < positions_.size(); ++c) {
     const int32_t p = positions_[c];
     if (p < 0)
       continue;
-    if (size_t(p) >= shown || columnAt_[size_t(p)] != -1) {
+    if (size_t(p) >= positions_.size() || columnAt_[size_t(p)] != -1) {
       positions_[c] = -1;
       continue;
     }
@@ -99,13 +98,22 @@ bool RowEngine::FetchCell(uint64_t itemData, int column, std::string& text, Cell
   if (column >= dataColumnCount_) {
     const size_t custom = size_t(column - dataColumnCount_);
     // Every nested level is another custom column unless the definitions
-    // form a cycle, so a depth past their number means one.
-    if (customDepth_ > int(formulas_.size()))
+    // form a cycle, so a depth past their number means one. Every level of
+    // the cycle then reads a failed fetch and leaves its text alone; the
+    // outermost request still succeeds, with its text unchanged.
+    if (customDepth_ > int(formulas_.size())) {
+      cycleStopped_ = true;
       return false;
+    }
     if (custom < formulas_.size() && formulas_[custom]) {
       ++customDepth_;
       formulas_[custom]->Calculate(itemData, *this, dataColumnCount_, text);
       --customDepth_;
+    }
+    if (cycleStopped_) {
+      if (customDepth_ > 0)
+        return false;
+      cycleStopped_ = false;
     }
     return true;
   }

@@ -71,8 +71,8 @@ public:
   // --- columns ----------------------------------------------------------
   // Columns [0, dataColumnCount) come from the data source, the rest are
   // custom. `positions` gives each column's header position (-1 hidden);
-  // empty means every column in its own order. Positions outside the
-  // header (duplicates, out of range) make that column hidden.
+  // empty means every column in its own order. A duplicate position, or
+  // one at or past the column count, makes that column hidden.
   void SetColumns(std::vector<sTarnColInfo> columns, int dataColumnCount,
                   std::vector<int32_t> positions = {});
   // Replaces one column's description (recompiling a custom one); false
@@ -134,6 +134,7 @@ public:
   // `text` unchanged when it cannot be computed or refers to itself);
   // otherwise the data source's result.
   bool GetCellText(uint64_t itemData, int column, std::string& text, CellStyle& style) override;
+  using CellTextSource::GetCellText;
 
   // --- filters ----------------------------------------------------------
   // The header reported a new filter text at `headerItem`: an empty text
@@ -206,6 +207,7 @@ private:
   CustomColumnCompiler compiler_;
   std::vector<std::unique_ptr<CustomColumnFormula>> formulas_;
   int customDepth_ = 0;
+  bool cycleStopped_ = false;
 
   std::vector<uint64_t> items_;
   std::vector<int32_t> checks_;

@@ -25,6 +25,11 @@ public:
   // Writes the text of `column` for the row keyed `itemData`; false when
   // there is no data source or the source failed.
   virtual bool GetCellText(uint64_t itemData, int column, std::string& text, CellStyle& style) = 0;
+  // The same when the colours and image are of no interest.
+  bool GetCellText(uint64_t itemData, int column, std::string& text) {
+    CellStyle style;
+    return GetCellText(itemData, column, text, style);
+  }
 
 protected:
   ~CellTextSource() = default;

@@ -1,0 +1,56 @@
+// A small owner for row engine tests: rows of texts keyed by item data
+// (item = row number + 1), served through the owner data-source form.
+#pragma once
+
+#include "grid/row_engine.h"
+
+#include <random>
+#include <string>
+#include <vector>
+
+namespace vh::test {
+
+struct TextTable {
+  std::vector<std::vector<std::string>> rows;
+  int calls = 0;
+
+  static int Fetch(void* owner, uint64_t item, int column, std::string& text, CellStyle& style) {
+    auto* table = static_cast<TextTable*>(owner);
+    ++table->calls;
+    if (item == 0 || item > table->rows.size())
+      return 0;
+    const auto& row = table->rows[item - 1];
+    if (column < 0 || size_t(column) >= row.size())
+      return 0;
+    text = row[size_t(column)];
+    style.textColour = int32_t(item);
+    return 1;
+  }
+};
+
+inline std::vector<sTarnColInfo> Columns(const std::vector<int32_t>& types) {
+  std::vector<sTarnColInfo> columns(types.size());
+  for (size_t i = 0; i < types.size(); ++i) {
+    columns[i].SetName("col" + std::to_string(i));
+    columns[i].nType = types[i];
+  }
+  return columns;
+}
+
+// Appends every row of `table` to `engine` the way the holdings view does:
+// insert at position 0, then give the new row its item data.
+inline void LoadRows(RowEngine& engine, const TextTable& table) {
+  for (size_t i = 0; i < table.rows.size(); ++i) {
+    const int at = engine.InsertItem(0, "");
+    engine.SetItemData(at, i + 1);
+  }
+}
+
+inline std::string RandomText(std::mt19937& rng, std::string_view alphabet, size_t maxLength) {
+  std::string text(std::uniform_int_distribution<size_t>(0, maxLength)(rng), ' ');
+  for (char& c : text)
+    c = alphabet[std::uniform_int_distribution<size_t>(0, alphabet.size() - 1)(rng)];
+  return text;
+}
+
+} // namespace vh::test
