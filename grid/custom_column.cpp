@@ -1,0 +1,199 @@
+#include "grid/custom_column.h"
+
+#include "common/message.h"
+#include "grid/custom_column_detail.h"
+#include "grid/expression.h"
+#include "grid/expression_detail.h"
+
+#include <algorithm>
+#include <charconv>
+#include <climits>
+#include <cmath>
+#include <cstring>
+
+namespace vh::custom {
+namespace {
+
+// A chain of custom columns this long has come back to itself long ago or
+// is about to exhaust the stack; either way it is stopped.
+constexpr int kMaxDepth = 64;
+
+struct ActiveFrame {
+  const void* owner;
+  int column;
+};
+thread_local ActiveFrame tActive[kMaxDepth];
+thread_local int tDepth = 0;
+thread_local bool tStopped = false;
+
+} // namespace
+
+ComputeFrame::ComputeFrame(const void* owner, int column) {
+  for (int k = 0; k < tDepth; ++k)
+    if (tActive[k].owner == owner && tActive[k].column == column) {
+      tStopped = true;
+      return;
+    }
+  if (tDepth == kMaxDepth) {
+    tStopped = true;
+    return;
+  }
+  tActive[tDepth++] = {owner, column};
+  entered_ = true;
+}
+
+ComputeFrame::~ComputeFrame() {
+  if (entered_ && --tDepth == 0)
+    tStopped = false;
+}
+
+bool ComputeFrame::Stopped() {
+  return tStopped;
+}
+
+std::vector<Piece> SplitStored(std::string_view stored) {
+  std::vector<Piece> pieces;
+  size_t i = 0;
+  while (i < stored.size()) {
+    if (stored[i] == '"') {
+      ++i;
+      continue;
+    }
+    const size_t end = std::min(stored.find('"', i), stored.size());
+    const std::string_view text = stored.substr(i, end - i);
+    const bool isColumn = pieces.size() % 2 == 1;
+    pieces.push_back({text, isColumn, isColumn ? ParseColumnNumber(text) : 0});
+    i = end;
+  }
+  return pieces;
+}
+
+int ParseColumnNumber(std::string_view text) {
+  size_t i = 0;
+  while (i < text.size() && expr::IsSpace(text[i]))
+    ++i;
+  const bool negative = i < text.size() && text[i] == '-';
+  if (i < text.size() && (text[i] == '-' || text[i] == '+'))
+    ++i;
+  long long magnitude = 0;
+  for (; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i)
+    magnitude = std::min<long long>(magnitude * 10 + (text[i] - '0'), 1LL << 32);
+  const long long value = negative ? -magnitude : magnitude;
+  return static_cast<int>(std::clamp<long long>(value, INT_MIN, INT_MAX));
+}
+
+void AppendCellText(std::string& substituted, std::string_view cell) {
+  if (expr::ParseLeadingNumber(cell) == 0)
+    substituted += '0';
+  else
+    substituted.append(cell);
+}
+
+void ReportInvalidExpression() {
+  vh::ShowMessage(kInvalidExpressionMessage);
+}
+
+Outcome FinishSubstituted(std::string_view substituted) {
+  const size_t slash = substituted.find('/');
+  return Decide(slash != std::string_view::npos, [&](bool whole, double& holder) {
+    return EvaluateExpression(whole ? substituted : substituted.substr(slash + 1), holder);
+  });
+}
+
+// glibc prints non-finite values without a decimal point, and the sign of
+// a NaN too.
+size_t FormatTwoDecimals(double value, char* buffer) {
+  if (!std::isfinite(value)) {
+    const char* text =
+        std::isnan(value) ? (std::signbit(value) ? "-nan" : "nan") : (value < 0 ? "-inf" : "inf");
+    const size_t n = std::strlen(text);
+    std::memcpy(buffer, text, n);
+    return n;
+  }
+  const auto result =
+      std::to_chars(buffer, buffer + kFormatBufferSize, value, std::chars_format::fixed, 2);
+  return static_cast<size_t>(result.ptr - buffer);
+}
+
+void WriteOutcome(const Outcome& outcome, std::string& outText) {
+  if (outcome.dividedByZero) {
+    outText.assign(kDividedByZeroText);
+    return;
+  }
+  char buffer[kFormatBufferSize];
+  outText.assign(buffer, FormatTwoDecimals(outcome.value, buffer));
+}
+
+double SortKeyOf(const Outcome& outcome) {
+  if (outcome.dividedByZero)
+    return 0;
+  char buffer[kFormatBufferSize];
+  return expr::ParseLeadingNumber(
+      std::string_view(buffer, FormatTwoDecimals(outcome.value, buffer)));
+}
+
+} // namespace vh::custom
+
+namespace vh {
+namespace {
+
+// The text path proper. `owner` and `column` name the cell being computed
+// for the cycle check.
+int CalculateFromStored(const void* owner, int column, uint64_t itemData,
+                        std::string_view storedExpression, CellTextSource& cells,
+                        std::string& outText) {
+  try {
+    custom::ComputeFrame frame(owner, column);
+    if (!frame.Entered())
+      return kCustomCycle;
+    std::string substituted;
+    std::string cell;
+    CellStyle style;
+    for (const custom::Piece& piece : custom::SplitStored(storedExpression)) {
+      if (!piece.isColumn) {
+        substituted.append(piece.text);
+        continue;
+      }
+      cell.clear();
+      const bool fetched = cells.GetCellText(itemData, piece.column, cell, style);
+      if (custom::ComputeFrame::Stopped())
+        return kCustomCycle;
+      if (!fetched)
+        return kCustomUnchanged;
+      custom::AppendCellText(substituted, cell);
+    }
+    const custom::Outcome outcome = custom::FinishSubstituted(substituted);
+    if (outcome.result == kCustomWritten)
+      custom::WriteOutcome(outcome, outText);
+    return outcome.result;
+  } catch (...) {
+    return kCustomUnchanged;
+  }
+}
+
+class TextFormula final : public CustomColumnFormula {
+public:
+  explicit TextFormula(std::string_view stored) : stored_(stored) {}
+  void Calculate(uint64_t itemData, CellTextSource& cells, int, std::string& outText) override {
+    CalculateFromStored(this, 0, itemData, stored_, cells, outText);
+  }
+
+private:
+  std::string stored_;
+};
+
+} // namespace
+
+int CalculateCustomColumnValue(uint64_t itemData, int column, int dataColumnCount,
+                               std::string_view storedExpression, CellTextSource& cells,
+                               std::string& outText) {
+  if (column < dataColumnCount)
+    return kCustomUnchanged;
+  return CalculateFromStored(&cells, column, itemData, storedExpression, cells, outText);
+}
+
+std::unique_ptr<CustomColumnFormula> TextCustomColumn(std::string_view storedExpression) {
+  return std::make_unique<TextFormula>(storedExpression);
+}
+
+} // namespace vh

@@ -1,0 +1,110 @@
+// Custom (computed) grid columns: turning a stored expression into the text
+// of one cell.
+//
+// A stored expression begins with one space and writes each column it
+// refers to as the column's number between double quotes, e.g. ` "7"*"3"`.
+// For a row, each reference is replaced by that cell's text (by "0" when the
+// text reads as 0 or not as a number), the result is evaluated with
+// EvaluateExpression and shown with two decimals.
+//
+// Two ways to compute the same thing:
+//  - CalculateCustomColumnValue works on the texts every time, exactly as
+//    the behaviour is written;
+//  - CompiledCustomColumn prepares the stored expression once and, for the
+//    cell texts that occur in practice, evaluates without re-reading any
+//    text. Its results (texts, return values, messages shown, cells fetched
+//    and in which order) are identical to the text path for every input;
+//    what it cannot prepare it hands to the text path.
+//
+// Cell texts come from the grid's CellTextSource (grid/row_formula.h), whose
+// GetCellText computes custom columns in turn. Both ways run on the thread
+// that owns the grid. A custom column may refer to
+// custom columns; a chain that comes back to a column being computed is
+// stopped and leaves the requested cell unchanged.
+#pragma once
+
+#include "grid/row_formula.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vh {
+
+// What computing one custom cell did to the output text.
+enum CustomCellResult : int {
+  // Stopped because the computation came back to a custom column that was
+  // being computed; the text is unchanged, and so is every cell on the
+  // cycle up to the one first requested.
+  kCustomCycle = -1,
+  // Unchanged, as the rules say: not a custom column, a referenced cell
+  // could not be fetched, a divisor that is no number (code 3 or 4), or an
+  // invalid expression (code 4, after the message box).
+  kCustomUnchanged = 0,
+  // The text was written: the value with two decimals, or the zero-divisor
+  // text.
+  kCustomWritten = 1,
+};
+
+inline constexpr std::string_view kDividedByZeroText = "Divided by ZERO error";
+inline constexpr std::string_view kInvalidExpressionMessage =
+    "Invalid Expression,while calculating value";
+
+// Computes custom column `column` of the row `itemData` into `outText` from
+// its stored expression. Columns below `dataColumnCount` are data columns
+// and are left alone (kCustomUnchanged). The text after the first "/" of the
+// substituted text is evaluated first as the divisor: a divisor code of 3 or
+// more leaves the text unchanged, a divisor value of 0 (also when code 1
+// left it unevaluated) writes kDividedByZeroText. Code 4 for the whole text
+// shows kInvalidExpressionMessage through vh::ShowMessage and leaves the
+// text unchanged; any other code writes the value held, "%.2lf" as in the
+// "C" locale (so a malformed expression shows 0.00). Never throws.
+int CalculateCustomColumnValue(uint64_t itemData, int column, int dataColumnCount,
+                               std::string_view storedExpression, CellTextSource& cells,
+                               std::string& outText);
+
+// One custom column's stored expression, prepared once. Build a new one
+// when the definition changes. Not thread-safe: one computation at a time
+// (recursion through custom columns included).
+class CompiledCustomColumn final : public CustomColumnFormula {
+public:
+  explicit CompiledCustomColumn(std::string_view storedExpression);
+  ~CompiledCustomColumn() override;
+  CompiledCustomColumn(CompiledCustomColumn&&) noexcept;
+  CompiledCustomColumn& operator=(CompiledCustomColumn&&) noexcept;
+
+  const std::string& StoredExpression() const;
+
+  // CalculateCustomColumnValue for this column (the caller has already
+  // decided that the column is a custom one): the same result code, text
+  // and messages. Never throws; a failure to allocate leaves the text
+  // unchanged.
+  int Compute(uint64_t itemData, CellTextSource& cells, std::string& outText);
+
+  // What sorting by this column sees (comparison type 2 reads the cell
+  // text with atof): on kCustomWritten, `key` is atof of the text Compute
+  // would have written, i.e. the value rounded to two decimals, and 0 for
+  // kDividedByZeroText; no string is built. Same result codes and messages
+  // as Compute; `key` is untouched unless the result is kCustomWritten.
+  int ComputeSortKey(uint64_t itemData, CellTextSource& cells, double& key);
+
+  // CustomColumnFormula: Compute, result dropped.
+  void Calculate(uint64_t itemData, CellTextSource& cells, int dataColumnCount,
+                 std::string& outText) override;
+
+private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+// CustomColumnCompiler for the row engine: a CompiledCustomColumn. Never
+// returns null.
+std::unique_ptr<CustomColumnFormula> CompileCustomColumn(std::string_view storedExpression);
+
+// CustomColumnCompiler that evaluates the texts every time with
+// CalculateCustomColumnValue; for comparisons and as a fallback.
+std::unique_ptr<CustomColumnFormula> TextCustomColumn(std::string_view storedExpression);
+
+} // namespace vh

@@ -1,0 +1,173 @@
+#include "grid/custom_column.h"
+
+#include "common/message.h"
+#include "tests/grid/expression_test_grid.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+using vh::testing::TestGrid;
+
+struct Path {
+  const char* name;
+  vh::CustomColumnCompiler compile;
+};
+
+class CustomColumn : public ::testing::TestWithParam<Path> {
+protected:
+  CustomColumn() { grid.data = {"10", "-2", "abc", "0.00", "1,234", "3", "12.345", " 4", "", "7"}; }
+  // Defines the custom columns (numbered from 10) and computes the first.
+  std::string Compute(std::vector<std::string> stored) {
+    grid.Define(std::move(stored), GetParam().compile);
+    grid.fetched.clear();
+    return grid.Custom(0);
+  }
+  TestGrid grid;
+  vh::ScopedMessageRecorder recorder;
+};
+
+struct Case {
+  const char* name;
+  const char* stored;
+  const char* text;
+};
+
+TEST_P(CustomColumn, SubstitutesCellTexts) {
+  const Case cases[] = {
+      {"product", R"( "0"*"5")", "30.00"},
+      {"negative after spaced operator", R"( "0" * "1")", "-20.00"},
+      {"negative right behind an operator", R"( "0"-"1")", "0.00"},
+      {"negative after spaced minus", R"( "0" - "1")", "12.00"},
+      {"negative first", R"( "1"+5)", "3.00"},
+      {"non-numeric text becomes 0", R"( "0"+"2")", "10.00"},
+      {"zero text becomes 0", R"( "3"+"0")", "10.00"},
+      {"empty text becomes 0", R"( "8"+"5")", "3.00"},
+      {"thousands separator fails", R"( "4"+"0")", "0.00"},
+      {"leading space kept", R"( "7"*"5")", "12.00"},
+      {"quote runs are skipped", R"( "9""5")", "75.00"},
+      {"without the leading space the pieces shift", R"("9"*"5")", "9105.00"},
+      {"reference inside literal text", R"( 2*("9"+1))", "16.00"},
+      {"digits merge with the reference", R"( 1"9")", "17.00"},
+      {"column number read with atoi", R"( "5x"+" 0")", "13.00"},
+  };
+  for (const Case& c : cases)
+    EXPECT_EQ(Compute({c.stored}), c.text) << c.name;
+  EXPECT_TRUE(recorder.messages().empty());
+}
+
+TEST_P(CustomColumn, DivisorRule) {
+  const Case cases[] = {
+      {"zero divisor in parentheses", R"( 4/("5"-"5"))", "Divided by ZERO error"},
+      {"whole rest is the divisor", R"( "0"/ 2-2)", "Divided by ZERO error"},
+      {"divisor with code 1 counts as zero", R"( ("5"/2)+3)", "Divided by ZERO error"},
+      {"zero cell", R"( "0"/"2")", "Divided by ZERO error"},
+      {"plain division", R"( "0"/"5")", "3.33"},
+      {"divisor that is no number", R"( 1/"4")", "untouched"},
+      {"divisor with leftovers", R"( 8/2 3)", "untouched"},
+      {"malformed whole shows the divisor", R"( (4/2)", "2.00"},
+      {"negative divisor", R"( "0"/ "1")", "-5.00"},
+      {"backslash is not guarded", R"( "0"\"3")", "-2147483648.00"},
+  };
+  for (const Case& c : cases)
+    EXPECT_EQ(Compute({c.stored}), c.text) << c.name;
+  EXPECT_TRUE(recorder.messages().empty());
+}
+
+TEST_P(CustomColumn, InvalidExpressionShowsItsMessageOncePerCell) {
+  const Case cases[] = {
+      {"leftover operands", R"( "0" "5")", "untouched"},
+      {"leftover after a divisor", R"( 1 8/2)", "untouched"},
+      {"remainder by zero", R"( 7 % ("5"-3))", "untouched"},
+  };
+  for (const Case& c : cases) {
+    recorder.clear();
+    EXPECT_EQ(Compute({c.stored}), c.text) << c.name;
+    EXPECT_EQ(recorder.messages(),
+              std::vector<std::string>{std::string(vh::kInvalidExpressionMessage)})
+        << c.name;
+  }
+}
+
+TEST_P(CustomColumn, FailedFetchLeavesTheTextAndStopsFetching) {
+  grid.failing = {5};
+  EXPECT_EQ(Compute({R"( "5"+"0")"}), "untouched");
+  EXPECT_EQ(grid.fetched, (std::vector<int>{10, 5}));
+}
+
+TEST_P(CustomColumn, CustomColumnsReferToCustomColumns) {
+  EXPECT_EQ(Compute({R"( "11"+1)", R"( "0"*2)"}), "21.00");
+  // A broken inner column shows its message and reads as empty, so 0.
+  EXPECT_EQ(Compute({R"( "11"+5)", R"( 1 2)"}), "5.00");
+  EXPECT_EQ(recorder.messages().size(), 1u);
+}
+
+TEST_P(CustomColumn, CyclesLeaveTheRequestedCellUnchanged) {
+  const struct {
+    const char* name;
+    std::vector<std::string> stored;
+  } cases[] = {
+      {"itself", {R"( "10"+1)"}},
+      {"two columns", {R"( "11"+1)", R"( "10"+1)"}},
+      {"chain into a cycle", {R"( "11"*2)", R"( "12")", R"( "11")"}},
+      {"cycle behind a division", {R"( 4/"11")", R"( "10"+1)"}},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(Compute(c.stored), "untouched") << c.name;
+    // Nothing on the way was evaluated, and the next cell computes again.
+    EXPECT_TRUE(recorder.messages().empty()) << c.name;
+    grid.custom.push_back(GetParam().compile(R"( "0"*3)"));
+    EXPECT_EQ(grid.Custom(grid.custom.size() - 1), "30.00") << c.name;
+  }
+}
+
+TEST_P(CustomColumn, TwoDecimalsAsPrintfRoundsThem) {
+  const double values[] = {12.345,       7,     0.125, 0.375, -0.005, 2.675, 123456789012.5,
+                           -1234567.891, 0.0001};
+  for (double v : values) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%.17g", v);
+    grid.data[0] = text;
+    std::snprintf(text, sizeof text, "%.*lf", 2, v);
+    EXPECT_EQ(Compute({R"( "0")"}), text) << v;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Paths, CustomColumn,
+                         ::testing::Values(Path{"Text", vh::TextCustomColumn},
+                                           Path{"Compiled", vh::CompileCustomColumn}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST(CustomColumnValue, DataColumnsAreLeftAlone) {
+  TestGrid grid;
+  grid.data = {"1", "2"};
+  std::string text = "kept";
+  EXPECT_EQ(vh::CalculateCustomColumnValue(1, 1, 2, R"( "0"+1)", grid, text), vh::kCustomUnchanged);
+  EXPECT_EQ(text, "kept");
+  EXPECT_EQ(vh::CalculateCustomColumnValue(1, 2, 2, R"( "0"+1)", grid, text), vh::kCustomWritten);
+  EXPECT_EQ(text, "2.00");
+}
+
+TEST(CustomColumnValue, SortKeyIsWhatAtofReadsFromTheText) {
+  TestGrid grid;
+  const char* cells[] = {"2.675", "-0.004", "1e300", "abc", "0.125"};
+  const char* stored[] = {R"( "0")", R"( "0"*3)", R"( 5/"0")", R"( 1 2)"};
+  vh::ScopedMessageRecorder recorder;
+  for (const char* cell : cells) {
+    for (const char* s : stored) {
+      grid.data = {cell};
+      vh::CompiledCustomColumn column(s);
+      std::string text;
+      double key = -1;
+      const int written = column.Compute(1, grid, text);
+      EXPECT_EQ(column.ComputeSortKey(1, grid, key), written) << s << " " << cell;
+      EXPECT_EQ(key, written == vh::kCustomWritten ? std::atof(text.c_str()) : -1)
+          << s << " " << cell;
+    }
+  }
+}
+
+} // namespace
