@@ -151,21 +151,23 @@ void Loop::Accept() {
 bool Loop::Service(Connection& c, short revents) {
   const std::string who = "connection " + std::to_string(c.id());
   if (revents & (POLLIN | POLLHUP | POLLERR)) {
-    if (!c.Read())
-      return false;
+    const bool open = c.Read();
+    HandleFrames(c); // what arrived before a close is still answered
     if (c.in().failed()) {
       options_.log(who + ": frame of " + std::to_string(c.in().oversizeLength()) +
                    " bytes exceeds " + std::to_string(options_.maxFrame) + "; closed");
       return false;
     }
-    HandleFrames(c);
+    if (!open)
+      return false;
     if (c.queuedAnswers() > options_.maxQueuedAnswers) {
       options_.log(who + ": more than " + std::to_string(options_.maxQueuedAnswers) +
                    " requests waiting; closed");
       return false;
     }
   }
-  c.Refill(kLowWater);
+  // Well under the bound, so that only a reader that stopped reading hits it.
+  c.Refill(std::min(kLowWater, options_.maxQueuedBytes / 4));
   if (c.queuedBytes() > options_.maxQueuedBytes) {
     options_.log(who + ": reader is " + std::to_string(c.queuedBytes()) + " bytes behind; closed");
     return false;

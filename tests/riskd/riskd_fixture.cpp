@@ -1,0 +1,67 @@
+#include "tests/riskd/riskd_fixture.h"
+
+#include <sqlite3.h>
+#include <unistd.h>
+
+#include <atomic>
+
+namespace riskd_test {
+
+TempDir::TempDir() {
+  static std::atomic<int> serial{0};
+  path_ = std::filesystem::temp_directory_path() /
+          ("riskd_test_" + std::to_string(getpid()) + "_" + std::to_string(serial++));
+  std::filesystem::remove_all(path_);
+  std::filesystem::create_directories(path_);
+}
+
+TempDir::~TempDir() {
+  std::error_code ec;
+  std::filesystem::remove_all(path_, ec);
+}
+
+void RiskdTest::SetUp() {
+  options_.store.dbPath = (dir_.path() / "risk.db").string();
+  options_.store.sample.holdings = 3000;
+  options_.log = [this](const std::string& line) {
+    std::lock_guard<std::mutex> lock(logMutex_);
+    log_.push_back(line);
+  };
+}
+
+void RiskdTest::StartServer() {
+  if (server_)
+    server_->Stop();
+  std::string error;
+  server_ = riskd::RiskServer::Start(options_, &error);
+  ASSERT_TRUE(server_) << error;
+  ASSERT_NE(server_->port(), 0);
+  ASSERT_TRUE(db_.Open(options_.store.dbPath, &error)) << error;
+}
+
+void RiskdTest::TearDown() {
+  if (server_)
+    server_->Stop();
+}
+
+int64_t RiskdTest::Count(const std::string& sql) {
+  riskd::Stmt s = db_.Prepare(sql, nullptr);
+  EXPECT_TRUE(s.ok()) << sql << ": " << db_.LastError();
+  return s.ok() && s.Step() == SQLITE_ROW ? s.Int(0) : -1;
+}
+
+std::string RiskdTest::Str(const std::string& sql) {
+  riskd::Stmt s = db_.Prepare(sql, nullptr);
+  EXPECT_TRUE(s.ok()) << sql << ": " << db_.LastError();
+  return s.ok() && s.Step() == SQLITE_ROW ? std::string(s.Text(0)) : std::string();
+}
+
+bool RiskdTest::LogHas(const std::string& text) {
+  std::lock_guard<std::mutex> lock(logMutex_);
+  for (const auto& line : log_)
+    if (line.find(text) != std::string::npos)
+      return true;
+  return false;
+}
+
+} // namespace riskd_test

@@ -1,0 +1,163 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "riskd/csv.h"
+#include "riskd/sample_data.h"
+#include "riskd/store.h"
+#include "riskd/summary.h"
+#include "tests/riskd/riskd_fixture.h"
+
+namespace riskd_test {
+namespace {
+
+TEST(CsvLine, SplitsFields) {
+  const struct {
+    const char* name;
+    const char* line;
+    std::vector<std::string> fields;
+  } cases[] = {
+      {"plain", "a,b,c", {"a", "b", "c"}},
+      {"emptyFields", ",,", {"", "", ""}},
+      {"emptyLine", "", {""}},
+      {"quotedComma", "\"a,b\",c", {"a,b", "c"}},
+      {"doubledQuote", "\"say \"\"hi\"\"\",x", {"say \"hi\"", "x"}},
+      {"crlf", "a,b\r", {"a", "b"}},
+      {"blanksKept", " a , b", {" a ", " b"}},
+      {"emptyQuoted", "\"\",z", {"", "z"}},
+  };
+  for (const auto& c : cases) {
+    const auto got = riskd::SplitCsvLine(c.line);
+    ASSERT_TRUE(got) << c.name;
+    EXPECT_EQ(*got, c.fields) << c.name;
+  }
+}
+
+TEST(CsvLine, RefusesBrokenQuotes) {
+  for (const char* line : {"\"open", "\"a\"b,c", "a\"b", "x,\"y"})
+    EXPECT_FALSE(riskd::SplitCsvLine(line)) << line;
+}
+
+TEST(CsvNumbers, Hundredths) {
+  const struct {
+    const char* text;
+    std::optional<int64_t> value;
+  } cases[] = {
+      {"12", 1200},    {"12.5", 1250},
+      {"12.05", 1205}, {"-0.05", -5},
+      {"0", 0},        {"12.", {}},
+      {".5", {}},      {"1.234", {}},
+      {"", {}},        {"-", {}},
+      {"1e3", {}},     {" 1", {}},
+      {"+1", {}},      {"92233720368547758.07", {}},
+      {"12a", {}},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ(riskd::ParseHundredths(c.text), c.value) << c.text;
+}
+
+TEST(CsvNumbers, FormatsHundredths) {
+  const struct {
+    int64_t value;
+    const char* text;
+  } cases[] = {{0, "0.00"},       {5, "0.05"},       {-5, "-0.05"},
+               {123450, "1234.50"}, {-100, "-1.00"}, {INT64_MIN, "-92233720368547758.08"}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(riskd::FormatHundredths(c.value), c.text);
+    if (c.value != INT64_MIN) {
+      EXPECT_EQ(riskd::ParseHundredths(c.text), c.value) << c.text;
+    }
+  }
+}
+
+TEST(CsvNumbers, Whole) {
+  EXPECT_EQ(riskd::ParseWhole("42"), 42);
+  EXPECT_EQ(riskd::ParseWhole("-7"), -7);
+  for (const char* bad : {"", "4 2", "x", "+3", "99999999999999999999", "3.0"})
+    EXPECT_FALSE(riskd::ParseWhole(bad)) << bad;
+}
+
+std::string SummaryOf(const std::filesystem::path& file, uint64_t seed, int64_t rows) {
+  riskd::Db db;
+  std::string error;
+  EXPECT_TRUE(riskd::OpenStore(file.string(), &db, &error)) << error;
+  riskd::SampleOptions options;
+  options.seed = seed;
+  options.holdings = rows;
+  EXPECT_TRUE(riskd::GenerateSample(db, options, &error)) << error;
+  return riskd::Summary(db);
+}
+
+TEST(SampleData, SameSeedSameDatabase) {
+  TempDir dir;
+  const std::string a = SummaryOf(dir.path() / "a.db", 7, 4000);
+  const std::string b = SummaryOf(dir.path() / "b.db", 7, 4000);
+  const std::string c = SummaryOf(dir.path() / "c.db", 8, 4000);
+  EXPECT_NE(a.find("holdings 4000\n"), std::string::npos) << a;
+  EXPECT_NE(a.find("scrip NSE:"), std::string::npos) << a;
+  EXPECT_NE(a.find("client C"), std::string::npos) << a;
+  EXPECT_EQ(a, b);
+  EXPECT_NE(a, c);
+}
+
+TEST(SampleData, HotScripsHaveManyHolders) {
+  TempDir dir;
+  riskd::Db db;
+  std::string error;
+  ASSERT_TRUE(riskd::OpenStore((dir.path() / "h.db").string(), &db, &error)) << error;
+  riskd::SampleOptions options;
+  options.holdings = 5000;
+  ASSERT_TRUE(riskd::GenerateSample(db, options, &error)) << error;
+  const int64_t clients = db.QueryInt("SELECT count(*) FROM client");
+  const int64_t hottest =
+      db.QueryInt("SELECT count(*) c FROM holding GROUP BY scrip_id ORDER BY c DESC LIMIT 1");
+  EXPECT_GT(hottest * 5, clients); // held by more than a fifth of all clients
+  EXPECT_EQ(db.QueryInt("SELECT count(*) FROM scrip WHERE length(isin)<>12 OR isin NOT LIKE "
+                        "'INE%' OR (bse_code IS NOT NULL AND CAST(bse_code AS INT)<500000)"),
+            0);
+  EXPECT_EQ(db.QueryInt("SELECT count(*) FROM scrip WHERE nse_series NOT IN ('EQ','BE')"), 0);
+}
+
+TEST(Store, RefusesNewerSchema) {
+  TempDir dir;
+  const std::string file = (dir.path() / "new.db").string();
+  {
+    riskd::Db db;
+    std::string error;
+    ASSERT_TRUE(db.Open(file, &error));
+    ASSERT_TRUE(
+        db.Exec("PRAGMA user_version=" + std::to_string(riskd::kSchemaVersion + 1), &error));
+  }
+  riskd::Db db;
+  std::string error;
+  EXPECT_FALSE(riskd::OpenStore(file, &db, &error));
+  EXPECT_NE(error.find("newer"), std::string::npos) << error;
+}
+
+TEST(Store, RefusesAFileThatIsNoDatabase) {
+  TempDir dir;
+  const auto file = dir.path() / "junk.db";
+  { std::ofstream(file) << "this is not a database, just text that is long enough\n"; }
+  riskd::Db db;
+  std::string error;
+  EXPECT_FALSE(riskd::OpenStore(file.string(), &db, &error));
+  EXPECT_FALSE(error.empty());
+}
+
+TEST(Store, ReopensItsOwnVersion) {
+  TempDir dir;
+  const std::string file = (dir.path() / "v.db").string();
+  std::string error;
+  {
+    riskd::Db db;
+    ASSERT_TRUE(riskd::OpenStore(file, &db, &error)) << error;
+    EXPECT_EQ(db.QueryInt("PRAGMA user_version"), riskd::kSchemaVersion);
+    ASSERT_TRUE(db.Exec("INSERT INTO client VALUES('C1','x')", &error)) << error;
+  }
+  riskd::Db db;
+  ASSERT_TRUE(riskd::OpenStore(file, &db, &error)) << error;
+  EXPECT_EQ(db.QueryInt("SELECT count(*) FROM client"), 1);
+}
+
+} // namespace
+} // namespace riskd_test

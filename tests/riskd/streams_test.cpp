@@ -1,0 +1,174 @@
+// Streams, bad input and many connections.
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "tests/riskd/riskd_fixture.h"
+
+namespace riskd_test {
+namespace {
+
+class StreamsTest : public RiskdTest {
+protected:
+  void SetUp() override {
+    RiskdTest::SetUp();
+    options_.priceInterval = std::chrono::milliseconds(50);
+    options_.presentInterval = std::chrono::milliseconds(200);
+    options_.maxFrame = 4096;
+  }
+  std::string HotScrip() {
+    return Str("SELECT nse_symbol||'-'||nse_series FROM scrip WHERE id=(SELECT scrip_id FROM "
+               "holding GROUP BY 1 ORDER BY count(*) DESC LIMIT 1)");
+  }
+  int64_t HotCount() {
+    return Count("SELECT count(*) FROM holding GROUP BY scrip_id ORDER BY 1 DESC LIMIT 1");
+  }
+  kdl::Message HotQuery() {
+    return MakeRequest("display_holding_detail",
+                       {{63001, "nse_cm"}, {10100, HotScrip()}, {31003, "RMS1"}});
+  }
+  // Proves the connection still answers.
+  void ExpectAnswers(TestClient& client, const char* why) {
+    const Stream s = client.Ask(MakeRequest("om_get_user_peer_data", {{31003, "RMS1"}}), 5000);
+    EXPECT_EQ(s.records.size(), 1u) << why;
+  }
+};
+
+TEST_F(StreamsTest, HoldingsQueryStartsPricesAndPresentValues) {
+  StartServer();
+  const std::string client = "C000001";
+  TestClient c(server_->port());
+  const Stream holdings =
+      c.Ask(MakeRequest("display_holding_detail", {{54001, client}, {31003, "RMS1"}}));
+  ASSERT_TRUE(holdings.ended);
+  ASSERT_FALSE(holdings.records.empty());
+  const Stream present = c.Collect("om_get_prsnt_values");
+  ASSERT_TRUE(present.ended);
+  EXPECT_EQ(int64_t(present.records.size()),
+            Count("SELECT count(DISTINCT scrip_id) FROM holding WHERE client_id='" + client + "'"));
+  int64_t qty = 0;
+  for (const auto& r : present.records) {
+    EXPECT_EQ(Text(r, 54001), client);
+    qty += std::stoll(Text(r, 64044));
+    EXPECT_EQ(std::stoll(Text(r, 41231)), std::stoll(Text(r, 64044)) * std::stoll(Text(r, 6)));
+  }
+  EXPECT_EQ(qty, Count("SELECT sum(holdings_qty) FROM holding WHERE client_id='" + client + "'"));
+
+  const Stream prices = c.Collect("mrv_master");
+  ASSERT_TRUE(prices.ended);
+  ASSERT_FALSE(prices.records.empty());
+  for (const auto& r : prices.records) {
+    const std::string kind = Text(r, 32760);
+    ASSERT_TRUE(kind == "NSE_LTP" || kind == "BSE_LTP") << kind;
+    const std::string symbol = Text(r, 63100);
+    const std::string where = kind == "NSE_LTP" ? "nse_symbol||'-'||nse_series='" + symbol + "'"
+                                                : "bse_symbol='" + symbol + "'";
+    EXPECT_EQ(Count("SELECT count(*) FROM holding WHERE client_id='" + client +
+                    "' AND scrip_id IN (SELECT id FROM scrip WHERE " + where + ")") > 0,
+              true)
+        << symbol;
+    EXPECT_GT(std::stoll(Text(r, 6)), 0);
+    EXPECT_EQ(Text(r, 32), Str("SELECT close_paise FROM scrip WHERE " + where));
+    EXPECT_GT(std::stoll(Text(r, 63179)), 1600000000);
+  }
+  // A second present-values answer follows on the timer.
+  EXPECT_TRUE(c.Collect("om_get_prsnt_values").ended);
+}
+
+TEST_F(StreamsTest, BadInputCostsOnlyTheRequestOrItsConnection) {
+  StartServer();
+  TestClient bystander(server_->port());
+  TestClient c(server_->port());
+
+  std::string garbage;
+  kdl::AppendFrame(garbage, "\xff\xfe not a message");
+  ASSERT_TRUE(c.SendRaw(garbage));
+  ExpectAnswers(c, "after a malformed message");
+
+  ASSERT_TRUE(c.Send(MakeRequest("Display_Holding_Detail", {{54001, "C000001"}})));
+  ASSERT_TRUE(c.Send(MakeRequest("no_such_request")));
+  ExpectAnswers(c, "after unknown names");
+
+  kdl::Message noName(4096);
+  noName.Add(54001, "C000001");
+  ASSERT_TRUE(c.Send(noName));
+  ExpectAnswers(c, "after a message without a name");
+
+  const std::string oversize = std::string("\x00\x00\x10\x00", 4) + std::string(64, 'x');
+  ASSERT_TRUE(c.SendRaw(oversize));
+  EXPECT_TRUE(c.WaitClosed());
+  EXPECT_TRUE(LogHas("exceeds 4096"));
+  EXPECT_TRUE(LogHas("malformed"));
+  EXPECT_TRUE(LogHas("unknown request 'Display_Holding_Detail'"));
+  ExpectAnswers(bystander, "the other connection");
+}
+
+TEST_F(StreamsTest, ConcurrentConnectionsEachGetTheirWholeAnswer) {
+  StartServer();
+  const int64_t want = HotCount();
+  const kdl::Message query = HotQuery();
+  const std::string bytes(query.Serialise());
+  std::vector<int64_t> got(8, -1);
+  std::vector<std::thread> threads;
+  for (size_t i = 0; i < got.size(); ++i)
+    threads.emplace_back([&, i] {
+      TestClient c(server_->port());
+      const auto request = kdl::Message::Parse(bytes);
+      const Stream s = c.Ask(*request, 20000);
+      got[i] = s.ended ? int64_t(s.records.size()) : -1;
+    });
+  for (auto& t : threads)
+    t.join();
+  for (int64_t n : got)
+    EXPECT_EQ(n, want);
+}
+
+TEST_F(StreamsTest, ASilentReaderStallsNobody) {
+  options_.store.sample.holdings = 60000; // a hot scrip with thousands of holders
+  StartServer();
+  const int64_t want = HotCount();
+  TestClient silent(server_->port());
+  ASSERT_TRUE(silent.Send(HotQuery()));
+  ASSERT_TRUE(silent.Send(HotQuery()));
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  TestClient other(server_->port());
+  const auto start = std::chrono::steady_clock::now();
+  ExpectAnswers(other, "while another connection does not read");
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+  // The silent one still gets both answers whole once it reads.
+  EXPECT_EQ(int64_t(silent.Collect("display_holding_detail", 20000).records.size()), want);
+  EXPECT_EQ(int64_t(silent.Collect("display_holding_detail", 20000).records.size()), want);
+}
+
+TEST_F(StreamsTest, AReaderTooFarBehindIsClosed) {
+  options_.maxQueuedBytes = 64 * 1024;
+  options_.priceInterval = std::chrono::milliseconds(1);
+  StartServer();
+  const std::string client =
+      Str("SELECT client_id FROM holding GROUP BY 1 ORDER BY count(*) DESC, 1 LIMIT 1");
+  TestClient slow(server_->port());
+  TestClient other(server_->port());
+  // Never read: once the socket buffers are full the price ticks pile up.
+  ASSERT_TRUE(slow.Send(MakeRequest("display_holding_detail", {{54001, client}, {31003, "RMS1"}})));
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  while (!LogHas("behind; closed") && std::chrono::steady_clock::now() < deadline)
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  EXPECT_TRUE(LogHas("behind; closed"));
+  EXPECT_TRUE(slow.WaitClosed());
+  ExpectAnswers(other, "the connection that reads");
+}
+
+TEST_F(StreamsTest, StopWithOpenConnections) {
+  StartServer();
+  TestClient a(server_->port());
+  TestClient b(server_->port());
+  ASSERT_TRUE(a.Send(HotQuery()));
+  const auto start = std::chrono::steady_clock::now();
+  server_->Stop();
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+  EXPECT_TRUE(b.WaitClosed(1000));
+  server_->Stop(); // again: nothing happens
+}
+
+} // namespace
+} // namespace riskd_test
