@@ -21,8 +21,9 @@ namespace {
 // could otherwise open it for writing.
 class OpenedFile {
 public:
-  OpenedFile(const std::string& path, int flags) : fd_(::open(path.c_str(), flags | O_CLOEXEC, 0644)) {
-    struct stat st{};
+  OpenedFile(const std::string& path, int flags)
+      : fd_(::open(path.c_str(), flags | O_CLOEXEC, 0644)) {
+    struct stat st {};
     if (fd_ >= 0 && (::fstat(fd_, &st) != 0 || !S_ISREG(st.st_mode) ||
                      ((flags & O_ACCMODE) != O_RDONLY && (st.st_mode & 0222) == 0)))
       reset();

@@ -7,9 +7,9 @@
 namespace vh {
 
 enum SettingMode : int {
-  kSettingLoad = 0,   // AccessColumnProfile only
-  kSettingWrite = 1,  // both
-  kSettingRead = 2,   // AccessSettingValue only
+  kSettingLoad = 0,  // AccessColumnProfile only
+  kSettingWrite = 1, // both
+  kSettingRead = 2,  // AccessSettingValue only
 };
 
 // Reads or writes one value of `fileName` in the command-line directory.

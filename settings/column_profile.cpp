@@ -40,8 +40,8 @@ std::string FormatColumnProfile(const std::vector<sColumnProfileEntry>& entries,
   for (const sColumnProfileEntry& e : entries) {
     if (!value.empty())
       value += ",";
-    value += std::to_string(e.column) + "," + std::to_string(e.position) + "," +
-             std::to_string(e.width);
+    value +=
+        std::to_string(e.column) + "," + std::to_string(e.position) + "," + std::to_string(e.width);
     if (e.column >= builtinCount)
       value += "," + e.name + "#" + e.storedExpression + "#" + e.displayExpression;
   }

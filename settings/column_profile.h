@@ -15,9 +15,9 @@
 namespace vh {
 
 struct sColumnProfileEntry {
-  int column = 0;    // index in the column table
-  int position = 0;  // place in the header, -1 when hidden
-  int width = 0;     // pixels; 0 when no header item carries the column's name
+  int column = 0;   // index in the column table
+  int position = 0; // place in the header, -1 when hidden
+  int width = 0;    // pixels; 0 when no header item carries the column's name
   // Only for custom columns.
   std::string name;
   std::string storedExpression;

@@ -57,9 +57,8 @@ bool WriteWindowPlacement(const std::string& name, const sWindowPlacement& place
   if (name.empty())
     return false;
   const std::string path = CommandLineFile(kFile);
-  return profile::WritePrivateProfileStringA(kSection, name.c_str(),
-                                             FormatWindowPlacement(placement).c_str(),
-                                             path.c_str()) != 0;
+  return profile::WritePrivateProfileStringA(
+             kSection, name.c_str(), FormatWindowPlacement(placement).c_str(), path.c_str()) != 0;
 }
 
 std::optional<sWindowPlacement> ReadWindowPlacement(const std::string& name) {

@@ -22,7 +22,7 @@ struct sWindowPlacement {
   int maxY = -1;
   int minX = -1;
   int minY = -1;
-  int showState = 1;  // 1 normal, 2 minimised, 3 maximised
+  int showState = 1; // 1 normal, 2 minimised, 3 maximised
 };
 
 std::string FormatWindowPlacement(const sWindowPlacement& placement);

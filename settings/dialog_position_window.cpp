@@ -39,7 +39,8 @@ void SaveDialogPosition(QWidget* window, const std::string& name) {
   // The normal geometry is the placement the window returns to when it is
   // neither minimised nor maximised; rectangles keep the exclusive
   // right/bottom edges they have always been stored with.
-  const QRect r = window->normalGeometry().isValid() ? window->normalGeometry() : window->geometry();
+  const QRect r =
+      window->normalGeometry().isValid() ? window->normalGeometry() : window->geometry();
   sWindowPlacement p;
   p.normalTop = r.top();
   p.normalLeft = r.left();

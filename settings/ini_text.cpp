@@ -5,7 +5,9 @@
 namespace profile::detail {
 namespace {
 
-bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\v'; }
+bool IsBlank(char c) {
+  return c == ' ' || c == '\t' || c == '\v';
+}
 
 std::string_view TrimBlanks(std::string_view s) {
   while (!s.empty() && IsBlank(s.front()))
@@ -15,7 +17,9 @@ std::string_view TrimBlanks(std::string_view s) {
   return s;
 }
 
-char Lower(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; }
+char Lower(char c) {
+  return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+}
 
 void Classify(std::string_view content, Line& line) {
   std::string_view rest = content;
@@ -86,8 +90,7 @@ std::string InsertAfter(std::string_view text, const Line& after, std::string_vi
   return out;
 }
 
-std::string Joined(std::string_view a, std::string_view b, std::string_view c,
-                   std::string_view d) {
+std::string Joined(std::string_view a, std::string_view b, std::string_view c, std::string_view d) {
   std::string s;
   s.reserve(a.size() + b.size() + c.size() + d.size());
   s.append(a).append(b).append(c).append(d);
@@ -126,8 +129,8 @@ std::string_view TrimCallerName(std::string_view name) {
 }
 
 bool SameName(std::string_view a, std::string_view b) {
-  return a.size() == b.size() &&
-         std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) { return Lower(x) == Lower(y); });
+  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(),
+                                            [](char x, char y) { return Lower(x) == Lower(y); });
 }
 
 std::optional<std::string_view> FindValue(std::string_view text, std::string_view section,

@@ -24,12 +24,12 @@ namespace profile::detail {
 enum class LineKind { Blank, Comment, Section, Entry, Bare };
 
 struct Line {
-  size_t begin = 0;  // first byte of the line
-  size_t end = 0;    // one past its last content byte (break excluded)
-  size_t next = 0;   // first byte of the following line
+  size_t begin = 0; // first byte of the line
+  size_t end = 0;   // one past its last content byte (break excluded)
+  size_t next = 0;  // first byte of the following line
   LineKind kind = LineKind::Blank;
-  std::string_view name;   // section name or key, as spelt in the file
-  std::string_view value;  // entry value, blanks trimmed, quotes kept
+  std::string_view name;  // section name or key, as spelt in the file
+  std::string_view value; // entry value, blanks trimmed, quotes kept
 };
 
 // Splits `text` into classified lines; the views point into `text`.

@@ -106,10 +106,9 @@ bool LoadListAppearance(const std::string& profileName, int controlId, sListAppe
 bool SaveListAppearance(const std::string& profileName, int controlId,
                         const sListAppearance& appearance) {
   const std::string path = GridSettingsFile();
-  return profile::WritePrivateProfileStringA(kSection,
-                                             ListAppearanceKey(profileName, controlId).c_str(),
-                                             FormatListAppearance(appearance).c_str(),
-                                             path.c_str()) != 0;
+  return profile::WritePrivateProfileStringA(
+             kSection, ListAppearanceKey(profileName, controlId).c_str(),
+             FormatListAppearance(appearance).c_str(), path.c_str()) != 0;
 }
 
 ListFont MakeListFont(const std::string& face, const std::string& sizeText, int dpi) {

@@ -24,11 +24,11 @@ struct sListAppearance {
   // grid that takes the defaults shares the default instance's arrays. Null
   // means no keywords.
   std::shared_ptr<std::vector<uint32_t>> keywordColours;
-  std::shared_ptr<std::vector<std::string>> keywordTexts;  // lower case
-  int32_t keywordColumn = -1;                              // -1: none
+  std::shared_ptr<std::vector<std::string>> keywordTexts; // lower case
+  int32_t keywordColumn = -1;                             // -1: none
   bool keywordColouring = false;
   std::string fontFace = "MS Shell Dlg 2";
-  std::string fontSize = "8";  // points, decimal text
+  std::string fontSize = "8"; // points, decimal text
 };
 
 // The instance that holds the defaults for every grid without its own value.

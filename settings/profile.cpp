@@ -48,7 +48,9 @@ std::string_view DefaultOf(const char* defaultValue) {
   return d;
 }
 
-bool HasLineBreak(const char* s) { return s && std::strpbrk(s, "\r\n") != nullptr; }
+bool HasLineBreak(const char* s) {
+  return s && std::strpbrk(s, "\r\n") != nullptr;
+}
 
 } // namespace
 

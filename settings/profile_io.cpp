@@ -57,7 +57,7 @@ std::string DirectoryOf(const std::string& path) {
 void SyncDirectory(const std::string& path) {
   Fd dir(::open(DirectoryOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (dir.get() >= 0)
-    ::fsync(dir.get());  // best effort: the rename itself already happened
+    ::fsync(dir.get()); // best effort: the rename itself already happened
 }
 
 } // namespace
@@ -67,7 +67,7 @@ ReadStatus ReadWholeFile(const std::string& path, std::string& out) {
   Fd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (fd.get() < 0)
     return errno == ENOENT || errno == ENOTDIR ? ReadStatus::Missing : ReadStatus::Failed;
-  struct stat st{};
+  struct stat st {};
   if (::fstat(fd.get(), &st) != 0)
     return ReadStatus::Failed;
   if (!S_ISREG(st.st_mode))
@@ -90,7 +90,7 @@ ReadStatus ReadWholeFile(const std::string& path, std::string& out) {
 
 bool ReplaceFile(const std::string& path, const std::string& content) {
   mode_t mode = 0644;
-  struct stat st{};
+  struct stat st {};
   if (::stat(path.c_str(), &st) == 0) {
     if (!S_ISREG(st.st_mode) || (st.st_mode & 0222) == 0)
       return false;

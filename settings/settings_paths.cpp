@@ -27,9 +27,13 @@ std::string DirectoryOfPath(const std::string& path) {
   return cut == std::string::npos ? std::string() : path.substr(0, cut);
 }
 
-SettingsPaths SetSettingsPaths(SettingsPaths paths) { return std::exchange(Paths(), std::move(paths)); }
+SettingsPaths SetSettingsPaths(SettingsPaths paths) {
+  return std::exchange(Paths(), std::move(paths));
+}
 
-const SettingsPaths& CurrentSettingsPaths() { return Paths(); }
+const SettingsPaths& CurrentSettingsPaths() {
+  return Paths();
+}
 
 std::string GridSettingsFile() {
   return Paths().settingsDirectory + kPathSeparator + "UserSetting.ini";

@@ -8,13 +8,12 @@
 namespace vh {
 
 std::optional<std::string_view> FieldReader::Next(char delimiter) {
-  if (pos_ >= text_.size())
+  if (pos_ > text_.size())
     return std::nullopt;
   const size_t cut = text_.find(delimiter, pos_);
   const size_t end = cut == std::string_view::npos ? text_.size() : cut;
   const std::string_view field = text_.substr(pos_, end - pos_);
-  // A delimiter that ends the value closes it: nothing follows it.
-  pos_ = cut == std::string_view::npos || cut + 1 == text_.size() ? text_.size() + 1 : cut + 1;
+  pos_ = cut == std::string_view::npos ? text_.size() + 1 : cut + 1;
   return field;
 }
 

@@ -1,0 +1,64 @@
+// Any bytes as an INI file: classify, look up, enumerate and edit it. After
+// setting a plainly named key, reading it back must give the value as the
+// reader presents it (blanks trimmed, one pair of outer quotes removed).
+#include <cstdint>
+#include <cstdlib>
+#include <fuzzer/FuzzedDataProvider.h>
+#include <string>
+
+#include "settings/ini_text.h"
+
+namespace {
+
+using namespace profile::detail;
+
+bool IsPlainName(const std::string& s) {
+  if (s.empty())
+    return false;
+  for (char c : s) {
+    if (!((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_'))
+      return false;
+  }
+  return true;
+}
+
+bool HasBreak(const std::string& s) {
+  return s.find_first_of("\r\n") != std::string::npos;
+}
+
+std::string AsRead(std::string v) {
+  const char* blanks = " \t\v";
+  const size_t first = v.find_first_not_of(blanks);
+  if (first == std::string::npos)
+    return "";
+  v = v.substr(first, v.find_last_not_of(blanks) - first + 1);
+  if (v.size() >= 2 && v.front() == v.back() && (v.front() == '"' || v.front() == '\''))
+    v = v.substr(1, v.size() - 2);
+  return v;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  FuzzedDataProvider in(data, size);
+  const std::string section = in.ConsumeRandomLengthString(16);
+  const std::string key = in.ConsumeRandomLengthString(16);
+  const std::string value = in.ConsumeRandomLengthString(32);
+  const std::string text = in.ConsumeRemainingBytesAsString();
+
+  (void)FindValue(text, section, key);
+  (void)SectionNames(text);
+  (void)KeyNames(text, section);
+  if (HasBreak(section) || HasBreak(key) || HasBreak(value))
+    return 0;
+
+  const std::string updated = SetValue(text, section, key, value);
+  if (IsPlainName(section) && IsPlainName(key)) {
+    const auto back = FindValue(updated, section, key);
+    if (!back || std::string(*back) != AsRead(value))
+      std::abort();
+  }
+  (void)DeleteKey(updated, section, key);
+  (void)DeleteSection(updated, section);
+  return 0;
+}

@@ -1,0 +1,106 @@
+// Saving and restoring real widgets (offscreen).
+#include <QApplication>
+#include <QDialog>
+
+#include <gtest/gtest.h>
+
+#include "common/message.h"
+#include "settings/dialog_position.h"
+#include "settings/dialog_position_window.h"
+#include "settings/settings_paths.h"
+#include "tests/settings/temp_dir.h"
+
+namespace {
+
+class DialogPositionWindow : public ::testing::Test {
+protected:
+  void Store(const std::string& name, const std::string& value) {
+    vh::test::WriteFile(cmd_.file("DialogPos.ini"),
+                        "[DIALOG_POSITION]\n" + name + "=" + value + "\n");
+  }
+  vh::test::TempDir cmd_;
+  vh::ScopedSettingsPaths paths_{{"", cmd_.path().string()}};
+  vh::ScopedMessageRecorder recorder_;
+};
+
+TEST_F(DialogPositionWindow, SavedPlacementRestoresAnotherWindow) {
+  QDialog first;
+  first.setGeometry(40, 50, 300, 200);
+  first.show();
+  vh::SaveDialogPosition(&first, "View-Holding");
+  const auto saved = vh::ReadWindowPlacement("View-Holding");
+  ASSERT_TRUE(saved);
+  EXPECT_EQ(saved->normalTop, first.geometry().top());
+  EXPECT_EQ(saved->normalLeft, first.geometry().left());
+  EXPECT_EQ(saved->normalRight - saved->normalLeft, 300);
+  EXPECT_EQ(saved->normalBottom - saved->normalTop, 200);
+
+  QDialog second;
+  second.setGeometry(0, 0, 100, 100);
+  vh::RestoreDialogPosition(&second, "View-Holding");
+  EXPECT_EQ(second.geometry(), first.geometry());
+}
+
+TEST_F(DialogPositionWindow, FixedSizeWindowsOnlyMove) {
+  Store("Fixed", "50,40,250,340,-1,-1,-1,-1,1");
+  QDialog fixed;
+  fixed.setFixedSize(120, 80);
+  vh::RestoreDialogPosition(&fixed, "Fixed");
+  EXPECT_EQ(fixed.geometry(), QRect(40, 50, 120, 80));
+
+  QDialog resizable;
+  resizable.resize(120, 80);
+  vh::RestoreDialogPosition(&resizable, "Fixed");
+  EXPECT_EQ(resizable.geometry(), QRect(40, 50, 300, 200));
+}
+
+TEST_F(DialogPositionWindow, UnusableValuesKeepTheWindowWhereItIs) {
+  const struct {
+    const char* name;
+    const char* value;
+  } cases[] = {
+      {"seven fields", "50,40,250,340,1,1,1"},
+      {"blank after comma", "50, 40,250,340,-1,-1,-1,-1,1"},
+      {"empty", ""},
+  };
+  for (const auto& c : cases) {
+    Store("W", c.value);
+    QDialog w;
+    w.setGeometry(5, 6, 70, 80);
+    vh::RestoreDialogPosition(&w, "W");
+    EXPECT_EQ(w.geometry(), QRect(5, 6, 70, 80)) << c.name;
+  }
+  QDialog w;
+  w.setGeometry(5, 6, 70, 80);
+  vh::RestoreDialogPosition(&w, "");
+  vh::RestoreDialogPosition(nullptr, "W");
+  EXPECT_EQ(w.geometry(), QRect(5, 6, 70, 80));
+}
+
+TEST_F(DialogPositionWindow, ExtremeRectanglesDoNotBreakTheWindow) {
+  Store("Huge", "-2147483648,-2147483648,2147483647,2147483647,0,0,0,0,1");
+  QDialog w;
+  vh::RestoreDialogPosition(&w, "Huge");
+  EXPECT_GE(w.width(), 0);
+  Store("Inverted", "100,100,0,0,0,0,0,0,1");
+  vh::RestoreDialogPosition(&w, "Inverted");
+  EXPECT_EQ(w.pos(), QPoint(100, 100));
+}
+
+TEST_F(DialogPositionWindow, WindowsNeverShownAreNotSaved) {
+  QDialog never;
+  vh::SaveDialogPosition(&never, "Never");
+  vh::SaveDialogPosition(nullptr, "Null");
+  QDialog shown;
+  shown.show();
+  vh::SaveDialogPosition(&shown, "");
+  EXPECT_FALSE(std::filesystem::exists(cmd_.file("DialogPos.ini")));
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  QApplication app(argc, argv);
+  ::testing::InitGoogleTest(&argc, argv);
+  return RUN_ALL_TESTS();
+}

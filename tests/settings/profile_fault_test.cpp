@@ -1,0 +1,182 @@
+// Files that are not what a settings file should be, and writes that fail.
+#include <cerrno>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "settings/profile.h"
+#include "settings/profile_io.h"
+#include "tests/settings/temp_dir.h"
+
+namespace {
+
+using vh::test::ReadFile;
+using vh::test::TempDir;
+using vh::test::WriteFile;
+
+std::string Get(const char* section, const char* key, const std::string& file,
+                uint32_t size = 256) {
+  std::string buf(size, '\0');
+  const uint32_t n =
+      profile::GetPrivateProfileStringA(section, key, "<default>", buf.data(), size, file.c_str());
+  return buf.substr(0, n);
+}
+
+TEST(ProfileFault, ADirectoryInPlaceOfTheFileReadsAsMissingAndRefusesWrites) {
+  TempDir dir;
+  const std::string file = dir.file("s.ini");
+  ASSERT_TRUE(std::filesystem::create_directory(file));
+  EXPECT_EQ(Get("S", "k", file), "<default>");
+  EXPECT_EQ(profile::WritePrivateProfileStringA("S", "k", "v", file.c_str()), 0);
+  EXPECT_TRUE(std::filesystem::is_directory(file));
+  EXPECT_EQ(vh::test::CountOtherFiles(dir.path(), "s.ini"), 0);
+}
+
+TEST(ProfileFault, AnUnreadableFileReadsAsMissing) {
+  if (::geteuid() == 0)
+    GTEST_SKIP() << "root reads any file; the directory case covers an unopenable file";
+  TempDir dir;
+  const std::string file = dir.file("s.ini");
+  WriteFile(file, "[S]\nk=1\n");
+  ::chmod(file.c_str(), 0);
+  EXPECT_EQ(Get("S", "k", file), "<default>");
+}
+
+TEST(ProfileFault, AReadOnlyFileIsReadButNeverReplaced) {
+  TempDir dir;
+  const std::string file = dir.file("s.ini");
+  WriteFile(file, "[S]\nk=1\n");
+  ASSERT_EQ(::chmod(file.c_str(), 0444), 0);
+  EXPECT_EQ(Get("S", "k", file), "1");
+  EXPECT_EQ(profile::WritePrivateProfileStringA("S", "k", "2", file.c_str()), 0);
+  EXPECT_EQ(ReadFile(file), "[S]\nk=1\n");
+}
+
+TEST(ProfileFault, TruncatedFilesGiveWhatIsThere) {
+  const struct {
+    const char* name;
+    std::string text;
+    const char* section;
+    const char* key;
+    const char* expected;
+  } cases[] = {
+      {"cut inside a value", "[S]\nk=val", "S", "k", "val"},
+      {"cut after the equals sign", "[S]\nk=", "S", "k", ""},
+      {"cut inside a key", "[S]\nk", "S", "k", ""},
+      {"cut inside a header", "[S]\nk=1\n[T", "T", "k", "<default>"},
+      {"cut after a CR", "[S]\nk=1\r", "S", "k", "1\r"},
+      {"empty file", "", "S", "k", "<default>"},
+  };
+  for (const auto& c : cases) {
+    TempDir dir;
+    const std::string file = dir.file("t.ini");
+    WriteFile(file, c.text);
+    EXPECT_EQ(Get(c.section, c.key, file), c.expected) << c.name;
+  }
+}
+
+TEST(ProfileFault, NulBytesAreOrdinaryBytes) {
+  TempDir dir;
+  const std::string file = dir.file("n.ini");
+  const std::string text("[S]\na=x\0y\nb=2\n", 14);
+  WriteFile(file, text);
+  EXPECT_EQ(Get("S", "a", file), std::string("x\0y", 3));
+  EXPECT_EQ(Get("S", "b", file), "2");
+  ASSERT_EQ(profile::WritePrivateProfileStringA("S", "c", "3", file.c_str()), 1);
+  EXPECT_EQ(ReadFile(file), text + "c=3\n");
+}
+
+TEST(ProfileFault, LongLinesAreCutOnlyByTheBuffer) {
+  TempDir dir;
+  const std::string file = dir.file("l.ini");
+  const std::string longValue(10000, 'v');
+  WriteFile(file, "[S]\nlong=" + longValue + "\nafter=1\n");
+  EXPECT_EQ(Get("S", "long", file, 4096), longValue.substr(0, 4095));
+  EXPECT_EQ(Get("S", "long", file, 20000), longValue);
+  EXPECT_EQ(Get("S", "after", file), "1");
+}
+
+TEST(ProfileFault, AFourMegabyteFileIsReadAndEditedInPlace) {
+  TempDir dir;
+  const std::string file = dir.file("big.ini");
+  std::string text;
+  for (int s = 0; text.size() < 4u << 20; ++s) {
+    text += "[Section" + std::to_string(s) + "]\n";
+    for (int k = 0; k < 20; ++k)
+      text += "key" + std::to_string(k) + "=" + std::string(180, 'a' + k % 26) + "\n";
+  }
+  WriteFile(file, text);
+  EXPECT_EQ(Get("Section0", "key1", file), std::string(180, 'b'));
+  ASSERT_EQ(profile::WritePrivateProfileStringA("Section0", "added", "1", file.c_str()), 1);
+  const std::string after = ReadFile(file);
+  const size_t insertAt = text.find("[Section1]");
+  EXPECT_EQ(after.size(), text.size() + 8);
+  EXPECT_EQ(after.compare(0, insertAt, text, 0, insertAt), 0);
+  EXPECT_EQ(after.substr(insertAt, 8), "added=1\n");
+  EXPECT_EQ(after.compare(insertAt + 8, std::string::npos, text, insertAt), 0);
+}
+
+// Writes half of what it is given once, then reports a full disk.
+ssize_t HalfThenFull(int fd, const void* data, size_t size) {
+  static bool wrote = false;
+  if (!wrote && size > 1) {
+    wrote = true;
+    return ::write(fd, data, size / 2);
+  }
+  wrote = false;
+  errno = ENOSPC;
+  return -1;
+}
+
+ssize_t OneByteAtATime(int fd, const void* data, size_t size) {
+  return ::write(fd, data, size > 0 ? 1 : 0);
+}
+
+class WriterHook {
+public:
+  explicit WriterHook(profile::detail::WriteFunction fn)
+      : old_(profile::detail::SetWriteFunctionForTesting(fn)) {}
+  ~WriterHook() { profile::detail::SetWriteFunctionForTesting(old_); }
+
+private:
+  profile::detail::WriteFunction old_;
+};
+
+TEST(ProfileFault, AWriterThatFailsHalfWayLeavesTheOldFileWhole) {
+  TempDir dir;
+  const std::string file = dir.file("s.ini");
+  const std::string old = "[S]\nk=" + std::string(5000, 'o') + "\n";
+  WriteFile(file, old);
+  {
+    WriterHook hook(HalfThenFull);
+    EXPECT_EQ(profile::WritePrivateProfileStringA("S", "k", "new", file.c_str()), 0);
+    EXPECT_EQ(profile::WritePrivateProfileStringA("T", "k", "new", dir.file("fresh.ini").c_str()),
+              0);
+  }
+  EXPECT_EQ(ReadFile(file), old);
+  EXPECT_FALSE(std::filesystem::exists(dir.file("fresh.ini")));
+  EXPECT_EQ(vh::test::CountOtherFiles(dir.path(), "s.ini"), 0) << "temporary file left behind";
+}
+
+TEST(ProfileFault, ShortWritesAreContinued) {
+  TempDir dir;
+  const std::string file = dir.file("s.ini");
+  WriterHook hook(OneByteAtATime);
+  ASSERT_EQ(profile::WritePrivateProfileStringA("S", "k", "value", file.c_str()), 1);
+  EXPECT_EQ(ReadFile(file), "[S]\nk=value\n");
+}
+
+TEST(ProfileFault, ReplacementKeepsTheFilePermissions) {
+  TempDir dir;
+  const std::string file = dir.file("s.ini");
+  WriteFile(file, "[S]\nk=1\n");
+  ASSERT_EQ(::chmod(file.c_str(), 0640), 0);
+  ASSERT_EQ(profile::WritePrivateProfileStringA("S", "k", "2", file.c_str()), 1);
+  struct stat st {};
+  ASSERT_EQ(::stat(file.c_str(), &st), 0);
+  EXPECT_EQ(st.st_mode & 0777, 0640u);
+}
+
+} // namespace

@@ -1,0 +1,165 @@
+// Reading values from a fixture that holds one line per reading rule, once
+// with the fixture's "\n" breaks and once with "\r\n".
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "settings/profile.h"
+#include "tests/settings/temp_dir.h"
+
+namespace {
+
+using vh::test::TempDir;
+
+std::string WithCrlf(const std::string& text) {
+  std::string out;
+  for (char c : text) {
+    if (c == '\n')
+      out += '\r';
+    out += c;
+  }
+  return out;
+}
+
+struct Read {
+  uint32_t count;
+  std::string text;
+};
+
+Read Get(const char* section, const char* key, const char* def, const std::string& file,
+         uint32_t size = 256) {
+  std::vector<char> buf(size + 1, '#');
+  const uint32_t n =
+      profile::GetPrivateProfileStringA(section, key, def, buf.data(), size, file.c_str());
+  return {n, std::string(buf.data(), std::strlen(buf.data()))};
+}
+
+class ProfileRead : public ::testing::TestWithParam<bool> {
+protected:
+  void SetUp() override {
+    const std::string text = vh::test::Fixture("read_rules.ini");
+    ASSERT_FALSE(text.empty());
+    vh::test::WriteFile(file_, GetParam() ? WithCrlf(text) : text);
+  }
+  TempDir dir_;
+  std::string file_ = dir_.file("read_rules.ini");
+};
+
+TEST_P(ProfileRead, ValuesFollowTheLineRules) {
+  const struct {
+    const char* name;
+    const char* section;
+    const char* key;
+    const char* expected;
+  } cases[] = {
+      {"plain", "General", "Plain", "value"},
+      {"names ignore case", "GENERAL", "plain", "value"},
+      {"caller spaces around names dropped", "  General ", " Plain  ", "value"},
+      {"caller tab is part of the name", "\tGeneral", "Plain", "<default>"},
+      {"blanks around key and value dropped", "General", "Spaced", "padded value"},
+      {"tabs around value dropped", "General", "Tabbed", "tab value"},
+      {"double quotes removed, inner blanks kept", "General", "DQuoted", " keep inner blanks "},
+      {"single quotes removed", "General", "SQuoted", "single"},
+      {"unmatched quotes kept", "General", "Mixed", "\"open'"},
+      {"only the outer pair goes", "General", "Inner", "a\"b"},
+      {"doubled quotes leave one pair", "General", "Twice", "\"double\""},
+      {"a lone quote stays", "General", "Lone", "\""},
+      {"empty value is found, not defaulted", "General", "Empty", ""},
+      {"line without = is a key with no value", "General", "Bare line", ""},
+      {"comment line is no key", "General", "Hidden", "<default>"},
+      {"indented comment is no key", "General", "Indented", "<default>"},
+      {"semicolon later in a value is kept", "General", "Semi", "value ;not a comment"},
+      {"hash is an ordinary character", "General", "Hash#", "kept"},
+      {"first duplicate key wins", "General", "Dup", "first"},
+      {"first duplicate section wins", "general", "Plain", "value"},
+      {"lines before the first section are in none", "", "orphan", "<default>"},
+      {"blanks inside brackets and text after them ignored", "Padded Section", "Key", "in padded"},
+      {"header without closing bracket", "NoClose", "Key", "in unclosed"},
+      {"last line without a break", "Last", "Final", "no line break"},
+      {"missing section", "Nowhere", "Plain", "<default>"},
+      {"missing key", "General", "Nothing", "<default>"},
+  };
+  for (const auto& c : cases) {
+    const Read r = Get(c.section, c.key, "<default>", file_);
+    EXPECT_EQ(r.text, c.expected) << c.name;
+    EXPECT_EQ(r.count, std::strlen(c.expected)) << c.name;
+  }
+}
+
+TEST_P(ProfileRead, EnumeratesSectionsAndKeysAsNulSeparatedLists) {
+  // Each literal ends with an explicit NUL; sizeof adds the implicit second.
+  const char kSections[] = "General\0general\0Padded Section\0NoClose\0Last\0";
+  const std::string sections(kSections, sizeof kSections);
+  std::vector<char> buf(512);
+  uint32_t n =
+      profile::GetPrivateProfileStringA(nullptr, "ignored", "dflt", buf.data(), 512, file_.c_str());
+  EXPECT_EQ(n, sections.size() - 1);
+  EXPECT_EQ(std::string(buf.data(), sections.size()), sections);
+
+  const char kKeys[] = "Plain\0Spaced\0Tabbed\0DQuoted\0SQuoted\0Mixed\0Inner\0Twice\0Lone\0"
+                       "Empty\0Bare line\0Semi\0Hash#\0Dup\0Dup\0";
+  const std::string keys(kKeys, sizeof kKeys);
+  n = profile::GetPrivateProfileStringA("general", nullptr, "dflt", buf.data(), 512, file_.c_str());
+  EXPECT_EQ(n, keys.size() - 1);
+  EXPECT_EQ(std::string(buf.data(), keys.size()), keys);
+}
+
+INSTANTIATE_TEST_SUITE_P(LineBreaks, ProfileRead, ::testing::Bool(),
+                         [](const auto& info) { return info.param ? "Crlf" : "Lf"; });
+
+TEST(ProfileReadBuffer, CutsToTheBufferAndCountsWhatWasCopied) {
+  TempDir dir;
+  const std::string file = dir.file("a.ini");
+  vh::test::WriteFile(file, "[S]\nk=value\n[T]\n");
+  const struct {
+    const char* name;
+    const char* section;
+    const char* key;
+    uint32_t size;
+    std::string bytes; // buffer contents up to the returned count + NULs
+    uint32_t count;
+  } cases[] = {
+      {"value fits", "S", "k", 6, std::string("value\0", 6), 5},
+      {"value cut to size-1", "S", "k", 5, std::string("valu\0", 5), 4},
+      {"one byte holds only the NUL", "S", "k", 1, std::string("\0", 1), 0},
+      {"default cut too", "S", "none", 4, std::string("dfl\0", 4), 3},
+      {"section list fits", nullptr, "k", 7, std::string("S\0T\0\0", 5), 4},
+      {"section list cut to size-2", nullptr, "k", 3, std::string("S\0\0", 3), 1},
+      {"list of one byte", nullptr, "k", 1, std::string("\0", 1), 0},
+      {"key list", "S", nullptr, 8, std::string("k\0\0", 3), 2},
+      {"empty key list", "T", nullptr, 8, std::string("\0\0", 2), 0},
+  };
+  for (const auto& c : cases) {
+    std::vector<char> buf(c.size + 4, '#');
+    const uint32_t n = profile::GetPrivateProfileStringA(c.section, c.key, "dflt", buf.data(),
+                                                         c.size, file.c_str());
+    EXPECT_EQ(n, c.count) << c.name;
+    EXPECT_EQ(std::string(buf.data(), c.bytes.size()), c.bytes) << c.name;
+    EXPECT_EQ(buf[c.size], '#') << c.name << ": wrote past the buffer";
+  }
+  char untouched = '#';
+  EXPECT_EQ(profile::GetPrivateProfileStringA("S", "k", "", &untouched, 0, file.c_str()), 0u);
+  EXPECT_EQ(untouched, '#');
+}
+
+TEST(ProfileReadDefault, TrailingSpacesOfTheDefaultGoAndMissingFilesStayMissing) {
+  TempDir dir;
+  const std::string missing = dir.file("none.ini");
+  const struct {
+    const char* name;
+    const char* def;
+    const char* expected;
+  } cases[] = {
+      {"trailing spaces trimmed", "dflt   ", "dflt"},
+      {"leading spaces kept", "  dflt", "  dflt"},
+      {"trailing tab kept", "dflt\t", "dflt\t"},
+      {"null default is empty", nullptr, ""},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ(Get("S", "k", c.def, missing).text, c.expected) << c.name;
+  EXPECT_FALSE(std::filesystem::exists(missing));
+}
+
+} // namespace

@@ -1,0 +1,61 @@
+// A fresh directory per test, removed afterwards, and whole-file helpers.
+#pragma once
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace vh::test {
+
+class TempDir {
+public:
+  TempDir() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "vh-settings-XXXXXX").string();
+    if (::mkdtemp(pattern.data()) == nullptr)
+      ADD_FAILURE() << "mkdtemp failed";
+    path_ = pattern;
+  }
+  ~TempDir() {
+    std::error_code ec;
+    std::filesystem::permissions(path_, std::filesystem::perms::owner_all,
+                                 std::filesystem::perm_options::add, ec);
+    std::filesystem::remove_all(path_, ec);
+  }
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+
+  const std::filesystem::path& path() const { return path_; }
+  std::string file(const std::string& name) const { return (path_ / name).string(); }
+
+private:
+  std::filesystem::path path_;
+};
+
+inline void WriteFile(const std::string& path, const std::string& content) {
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out << content;
+}
+
+inline std::string ReadFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+// The fixture folder's path is compiled in: the test environment does not
+// reliably carry VH_SOURCE_DIR to every discovered test.
+inline std::string Fixture(const std::string& name) {
+  return ReadFile(std::string(VH_SETTINGS_FIXTURES) + "/" + name);
+}
+
+// Files beside `dir` other than `keep`: temporaries a write left behind.
+inline int CountOtherFiles(const std::filesystem::path& dir, const std::string& keep) {
+  int n = 0;
+  for (const auto& e : std::filesystem::directory_iterator(dir))
+    n += e.path().filename() != keep;
+  return n;
+}
+
+} // namespace vh::test
