@@ -1,7 +1,6 @@
 #include "host/backend_control.h"
 
 #include <QLoggingCategory>
-#include <QtEndian>
 #include <algorithm>
 #include <cstring>
 
@@ -33,13 +32,14 @@ BackendControl::BackendControl(QObject* parent) : QObject(parent) {
   });
   connect(&socket_, &QTcpSocket::connected, this, [this] {
     backoffMs_ = 0;
+    inbox_ = kdl::FrameSplitter(kMaxFrame);
     socket_.setSocketOption(QAbstractSocket::LowDelayOption, 1);
     qCInfo(lcBackend) << "connected to" << host_ << port_;
     emit connectedChanged(true);
   });
   connect(&socket_, &QTcpSocket::disconnected, this, [this] {
     qCWarning(lcBackend) << "back-end connection lost";
-    inbox_.clear();
+    inbox_ = kdl::FrameSplitter(kMaxFrame);
     emit connectedChanged(false);
     scheduleReconnect();
   });
@@ -99,33 +99,28 @@ int BackendControl::Send(uint64_t* outSlot, KdlMsg* msg, int, KdlError* err) {
   uint32_t length = 0;
   if (!msg || !kdl_serialise(msg, &bytes, &length, err))
     return 0;
-  char prefix[4];
-  qToLittleEndian<quint32>(length, prefix);
-  socket_.write(prefix, 4);
-  socket_.write(static_cast<const char*>(bytes), length);
+  std::string frame;
+  if (!kdl::AppendFrame(frame, std::string_view(static_cast<const char*>(bytes), length))) {
+    setError(err, KDL_E_TOOBIG, "message too large to frame");
+    return 0;
+  }
+  socket_.write(frame.data(), static_cast<qint64>(frame.size()));
   if (outSlot)
     *outSlot = ++sequence_;
   return 1;
 }
 
 void BackendControl::onReadyRead() {
-  inbox_.append(socket_.readAll());
-  qsizetype at = 0;
-  while (inbox_.size() - at >= 4) {
-    const quint32 length = qFromLittleEndian<quint32>(inbox_.constData() + at);
-    if (length > kMaxFrame) {
-      qCWarning(lcBackend) << "oversize frame of" << length << "bytes; reconnecting";
-      inbox_.clear();
-      socket_.abort();
-      scheduleReconnect();
-      return;
-    }
-    if (inbox_.size() - at - 4 < static_cast<qsizetype>(length))
-      break;
-    pending_.push_back(inbox_.mid(at + 4, length));
-    at += 4 + length;
+  const QByteArray bytes = socket_.readAll();
+  inbox_.Feed(bytes.constData(), static_cast<size_t>(bytes.size()));
+  std::string_view payload;
+  while (inbox_.Next(&payload))
+    pending_.emplace_back(payload);
+  if (inbox_.failed()) {
+    qCWarning(lcBackend) << "oversize frame of" << inbox_.oversizeLength() << "bytes; reconnecting";
+    socket_.abort(); // the splitter is renewed on the next connection
+    scheduleReconnect();
   }
-  inbox_.remove(0, at);
   if (!delivering_ && !pending_.empty()) {
     delivering_ = true;
     QTimer::singleShot(0, this, &BackendControl::deliverSlice);
@@ -134,11 +129,11 @@ void BackendControl::onReadyRead() {
 
 void BackendControl::deliverSlice() {
   for (int i = 0; i < kSlice && !pending_.empty(); ++i) {
-    const QByteArray frame = std::move(pending_.front());
+    const std::string frame = std::move(pending_.front());
     pending_.pop_front();
     KdlMsg* msg = nullptr;
     KdlError err{};
-    if (!kdl_parse(frame.constData(), static_cast<uint32_t>(frame.size()), &msg, &err)) {
+    if (!kdl_parse(frame.data(), static_cast<uint32_t>(frame.size()), &msg, &err)) {
       qCWarning(lcBackend) << "malformed message ignored:" << err.text;
       continue;
     }

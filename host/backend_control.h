@@ -5,13 +5,14 @@
 // the control reconnects with back-off; a send while disconnected fails.
 #pragma once
 
-#include <QByteArray>
 #include <QObject>
 #include <QTcpSocket>
 #include <QTimer>
 #include <deque>
+#include <string>
 #include <vector>
 
+#include "kdl/frame.h"
 #include "link/brio_rx.h"
 
 namespace host {
@@ -55,8 +56,8 @@ private:
   int backoffMs_ = 0;
   bool running_ = false;
   uint64_t sequence_ = 0;
-  QByteArray inbox_;
-  std::deque<QByteArray> pending_;
+  kdl::FrameSplitter inbox_{kMaxFrame};
+  std::deque<std::string> pending_;
   std::vector<CBrioRxNotifierBase*> receivers_;
   bool delivering_ = false;
 };

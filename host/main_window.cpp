@@ -8,8 +8,8 @@
 
 namespace host {
 
-MainWindow::MainWindow(PluginLoader& plugin, QByteArray userId, unsigned userType, QWidget* parent)
-    : QMainWindow(parent), plugin_(plugin), userId_(std::move(userId)), userType_(userType) {
+MainWindow::MainWindow(PluginLoader& plugin, QWidget* parent)
+    : QMainWindow(parent), plugin_(plugin) {
   setWindowTitle("TarnTrader");
   resize(1100, 750);
   context_.parentWindow = this;
@@ -37,6 +37,11 @@ MainWindow::~MainWindow() {
 
 void MainWindow::OpenPlugin() {
   plugin_.init(&context_, userId_.constData(), userType_, QString());
+}
+
+void MainWindow::SetUser(QByteArray userId, unsigned userType) {
+  userId_ = std::move(userId);
+  userType_ = userType;
 }
 
 void MainWindow::SetReady(bool ready, const QString& status) {

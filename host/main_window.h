@@ -14,11 +14,13 @@ namespace host {
 class MainWindow : public QMainWindow {
   Q_OBJECT
 public:
-  MainWindow(PluginLoader& plugin, QByteArray userId, unsigned userType, QWidget* parent = nullptr);
+  explicit MainWindow(PluginLoader& plugin, QWidget* parent = nullptr);
   ~MainWindow() override;
 
   // Opens the plug-in's view (InitTarnPlugin with this frame as parent).
   void OpenPlugin();
+  // The logged-in user handed to the plug-in when it opens.
+  void SetUser(QByteArray userId, unsigned userType);
   // Enables the plug-in entry once the scrip master and user are loaded.
   void SetReady(bool ready, const QString& status);
   void SetConnectionText(const QString& text);
@@ -30,7 +32,7 @@ protected:
 private:
   PluginLoader& plugin_;
   QByteArray userId_;
-  unsigned userType_;
+  unsigned userType_ = 0;
   TarnHostContext context_{};
   QAction* pluginAction_ = nullptr;
   QLabel* connection_ = nullptr;

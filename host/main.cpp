@@ -1,0 +1,180 @@
+// tarntrader: loads the View Holdings plug-in and serves it, against a
+// back-end given with --backend or one started in-process.
+#include <QApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QStandardPaths>
+#include <cstdio>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "host/backend_control.h"
+#include "host/headless.h"
+#include "host/host_context.h"
+#include "host/host_options.h"
+#include "host/main_window.h"
+#include "host/plugin_loader.h"
+#include "host/startup_loader.h"
+#include "riskd/server.h"
+
+namespace {
+
+QString defaultPluginPath() {
+  const QDir exeDir(QCoreApplication::applicationDirPath());
+  for (const QString& candidate :
+       {QStringLiteral("libviewholdings.so"), QStringLiteral("../plugin/libviewholdings.so"),
+        QStringLiteral("../lib/libviewholdings.so")})
+    if (QFileInfo::exists(exeDir.filePath(candidate)))
+      return exeDir.filePath(candidate);
+  return exeDir.filePath("libviewholdings.so");
+}
+
+// The embedded back-end's database lives in the user's data directory and
+// is made once; --db and --rows choose another.
+std::unique_ptr<riskd::RiskServer> startEmbedded(const host::HostOptions& o, QString& error) {
+  riskd::RiskServerOptions options;
+  QString db = o.dbPath;
+  if (db.isEmpty()) {
+    const QString dir = QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation);
+    QDir().mkpath(dir);
+    db = QDir(dir).filePath(o.sampleRows > 0 ? QString("sample-%1.db").arg(o.sampleRows)
+                                             : QString("sample.db"));
+  }
+  options.store.dbPath = db.toStdString();
+  if (o.sampleRows > 0)
+    options.store.sample.holdings = o.sampleRows;
+  std::string why;
+  auto server = riskd::RiskServer::Start(options, &why);
+  if (!server)
+    error = QString("cannot start the embedded back-end on %1: %2")
+                .arg(db, QString::fromStdString(why));
+  return server;
+}
+
+int fail(const QString& text, bool headless) {
+  std::fprintf(stderr, "tarntrader: %s\n", qPrintable(text));
+  if (!headless)
+    QMessageBox::critical(nullptr, "TarnTrader", text);
+  return 1;
+}
+
+// QGuiApplication takes "-plugin"/"--plugin" as its own option (a Qt generic
+// plug-in to load), so that pair is kept from it.
+std::vector<char*> argumentsForQt(int argc, char** argv) {
+  std::vector<char*> out;
+  for (int i = 0; i < argc; ++i) {
+    const std::string_view a(argv[i]);
+    if ((a == "--plugin" || a == "-plugin") && i + 1 < argc) {
+      ++i;
+      continue;
+    }
+    if (a.rfind("--plugin=", 0) == 0 || a.rfind("-plugin=", 0) == 0)
+      continue;
+    out.push_back(argv[i]);
+  }
+  out.push_back(nullptr);
+  return out;
+}
+
+QStringList allArguments(int argc, char** argv) {
+  QStringList out;
+  for (int i = 0; i < argc; ++i)
+    out << QString::fromLocal8Bit(argv[i]);
+  return out;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  const QStringList arguments = allArguments(argc, argv);
+  std::vector<char*> qtArgv = argumentsForQt(argc, argv);
+  int qtArgc = static_cast<int>(qtArgv.size()) - 1;
+  QApplication app(qtArgc, qtArgv.data());
+  app.setApplicationName("tarntrader");
+  app.setOrganizationName("tarn");
+
+  host::HostOptions options;
+  QString error;
+  bool help = false;
+  if (!host::ParseHostOptions(arguments, options, error, help)) {
+    std::fprintf(help ? stdout : stderr, "%s\n", qPrintable(error));
+    return help ? 0 : 1;
+  }
+  const bool headless = options.headless();
+
+  host::PluginLoader plugin;
+  if (!plugin.Load(options.pluginPath.isEmpty() ? defaultPluginPath() : options.pluginPath, error))
+    return fail("cannot load the plug-in: " + error, headless);
+
+  std::unique_ptr<riskd::RiskServer> embedded;
+  QString backendHost = options.backendHost;
+  quint16 backendPort = options.backendPort;
+  if (backendHost.isEmpty()) {
+    embedded = startEmbedded(options, error);
+    if (!embedded)
+      return fail(error, headless);
+    backendHost = "127.0.0.1";
+    backendPort = embedded->port();
+  }
+
+  host::HostContext& ctx = host::TheHost();
+  host::BackendControl control;
+  ctx.control = &control;
+  host::StartupLoader loader(control, options.userId.toStdString(), ctx.master, ctx.user);
+
+  host::MainWindow window(plugin);
+  QObject::connect(&control, &host::BackendControl::connectedChanged, &window, [&](bool up) {
+    window.SetConnectionText(up ? QString("Back-end %1:%2").arg(backendHost).arg(backendPort)
+                                : QString("Back-end disconnected"));
+  });
+
+  host::HeadlessRun run(options, control);
+  QObject::connect(&run, &host::HeadlessRun::finished, &app, [&](int code) { app.exit(code); });
+  QObject::connect(&loader, &host::StartupLoader::failed, &app, [&](const QString& why) {
+    if (headless) {
+      std::fprintf(stderr, "tarntrader: %s\n", qPrintable(why));
+      app.exit(1);
+    } else {
+      window.SetReady(false, why);
+    }
+  });
+  QObject::connect(&loader, &host::StartupLoader::ready_, &app, [&] {
+    if (!options.rights.isEmpty()) {
+      ctx.user.rights.clear();
+      for (const QString& r : options.rights)
+        ctx.user.rights.insert(r.toStdString());
+    }
+    // The administrator is whoever the back-end names; a named user logs in
+    // with the type given on the command line.
+    window.SetUser(QByteArray::fromStdString(ctx.user.id),
+                   options.administrator() ? ctx.user.type : options.userType);
+    window.SetReady(true, QString("%1 scrip legs, %2 clients for user %3")
+                              .arg(ctx.master.size())
+                              .arg(ctx.user.clientIds.size())
+                              .arg(QString::fromStdString(ctx.user.id)));
+    if (!headless)
+      return;
+    window.OpenPlugin();
+    QWidget* view = nullptr;
+    for (QWidget* w : QApplication::topLevelWidgets())
+      if (w != &window && w->parentWidget() == &window && w->isVisible())
+        view = w;
+    if (!view) {
+      std::fprintf(stderr, "tarntrader: the plug-in opened no view\n");
+      app.exit(2);
+      return;
+    }
+    run.Start(view);
+  });
+
+  control.Start(backendHost, backendPort);
+  if (!headless)
+    window.show();
+  const int code = app.exec();
+  control.Stop();
+  if (embedded)
+    embedded->Stop();
+  return code;
+}
