@@ -169,9 +169,3 @@ TEST_F(HostServices, ScripDetailsByEveryKindOfName) {
 }
 
 } // namespace
-
-int main(int argc, char** argv) {
-  QApplication app(argc, argv);
-  ::testing::InitGoogleTest(&argc, argv);
-  return RUN_ALL_TESTS();
-}

@@ -1,0 +1,134 @@
+// The host's back-end control and start-up load against a real tarn-riskd
+// running in-process on a free loopback port with a small sample database.
+#include <QApplication>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <gtest/gtest.h>
+
+#include "common/host_proc.h"
+#include "host/backend_control.h"
+#include "host/host_context.h"
+#include "host/startup_loader.h"
+#include "kdl/message.h"
+#include "plugin/tarn_host_api.h"
+#include "riskd/server.h"
+
+namespace {
+
+struct Recorder : CBrioRxNotifierBase {
+  void OnNotify() override {}
+  void OnResponse(void*, KdlMsg* msg, void*) override {
+    KdlValue v{};
+    if (kdl_get_data(msg, 32767, 0, &v, nullptr))
+      names.emplace_back(v.data, v.length);
+    uint32_t n = 0;
+    if (kdl_get_field(msg, 32766, &n, nullptr))
+      ++ends;
+    if (kdl_get_data(msg, 64056, 0, &v, nullptr))
+      peer.assign(v.data, v.length);
+  }
+  std::vector<std::string> names;
+  std::string peer;
+  int ends = 0;
+};
+
+std::unique_ptr<riskd::RiskServer> StartServer(const QString& dir, uint16_t port = 0) {
+  riskd::RiskServerOptions o;
+  o.store.dbPath = (dir + "/risk.db").toStdString();
+  o.store.sample.holdings = 3000;
+  o.port = port;
+  o.log = [](const std::string&) {};
+  std::string error;
+  auto server = riskd::RiskServer::Start(o, &error);
+  EXPECT_TRUE(server) << error;
+  return server;
+}
+
+bool WaitConnected(host::BackendControl& c, bool up, int ms = 10000) {
+  return QTest::qWaitFor([&] { return (c.IsConnected() != 0) == up; }, ms);
+}
+
+class BackendRoundTrip : public ::testing::Test {
+protected:
+  void SetUp() override {
+    ASSERT_TRUE(dir.isValid());
+    server = StartServer(dir.path());
+    ASSERT_TRUE(server);
+    control.Start("127.0.0.1", server->port());
+    ASSERT_TRUE(WaitConnected(control, true));
+  }
+  void TearDown() override { control.Stop(); }
+  QTemporaryDir dir;
+  std::unique_ptr<riskd::RiskServer> server;
+  host::BackendControl control;
+};
+
+TEST_F(BackendRoundTrip, StartupLoadFeedsTheHostServices) {
+  host::HostContext& h = host::TheHost();
+  host::StartupLoader loader(control, "RMS1", h.master, h.user);
+  QSignalSpy ready(&loader, &host::StartupLoader::ready_);
+  ASSERT_TRUE(ready.wait(10000));
+  EXPECT_EQ(h.user.id, "RMS1");
+  EXPECT_TRUE(h.user.administrator);
+  EXPECT_FALSE(h.user.clientIds.empty());
+  ASSERT_FALSE(h.master.NseSymbols().empty());
+
+  // Every NSE leg the back-end listed is found again by the exported service.
+  auto details = vh::HostProcAs<pu_get_scrip_details_fn>("pu_get_scrip_details");
+  const std::string symbol = h.master.NseSymbols().front();
+  const auto trading = h.master.NseTradingSymbols(symbol);
+  ASSERT_FALSE(trading.empty());
+  TarnScripDetails d;
+  details("NSE", QString::fromStdString(trading.front()), &d);
+  EXPECT_EQ(d.field[TarnScripDetails::Symbol].toStdString(), symbol);
+  EXPECT_TRUE(d.field[TarnScripDetails::Isin].startsWith("IN")) << d.field[7].toStdString();
+}
+
+TEST_F(BackendRoundTrip, UnknownUserIsReported) {
+  host::ScripMaster master;
+  host::UserInfo user;
+  host::StartupLoader loader(control, "NOBODY", master, user);
+  QSignalSpy failed(&loader, &host::StartupLoader::failed);
+  ASSERT_TRUE(failed.wait(10000));
+  EXPECT_TRUE(failed.at(0).at(0).toString().contains("NOBODY"));
+}
+
+TEST_F(BackendRoundTrip, AnswersReachTheReceiverAndTheStreamEnds) {
+  Recorder rx;
+  ASSERT_TRUE(control.Attach(&rx));
+  kdl::Message req;
+  req.Add(0, "om_get_user_peer_data");
+  req.Add(31003, "RMS1");
+  uint64_t slot = 0;
+  KdlError err{};
+  ASSERT_EQ(control.Send(&slot, req.get(), 0, &err), 1) << err.text;
+  EXPECT_GT(slot, 0u);
+  ASSERT_TRUE(QTest::qWaitFor([&] { return rx.ends > 0; }, 10000));
+  EXPECT_EQ(rx.peer, "P001");
+  EXPECT_EQ(rx.names.front(), "om_get_user_peer_data");
+  control.Detach(&rx);
+}
+
+TEST_F(BackendRoundTrip, VanishedBackEndFailsSendsThenReconnects) {
+  const uint16_t port = server->port();
+  QSignalSpy changes(&control, &host::BackendControl::connectedChanged);
+  server->Stop();
+  server.reset();
+  ASSERT_TRUE(WaitConnected(control, false));
+  kdl::Message req;
+  req.Add(0, "om_get_user_peer_data");
+  KdlError err{};
+  EXPECT_EQ(control.Send(nullptr, req.get(), 0, &err), 0);
+  EXPECT_NE(err.code, 0);
+
+  server = StartServer(dir.path(), port); // same port: the control comes back by itself
+  ASSERT_TRUE(server);
+  ASSERT_TRUE(WaitConnected(control, true, 15000));
+  ASSERT_GE(changes.size(), 2);
+  EXPECT_FALSE(changes.first().at(0).toBool());
+  EXPECT_TRUE(changes.last().at(0).toBool());
+  EXPECT_EQ(control.Send(nullptr, req.get(), 0, &err), 1);
+}
+
+} // namespace
