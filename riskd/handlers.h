@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "kdl/message.h"
@@ -18,6 +19,9 @@ struct Services {
   Db& db;
   ScripBook& book;
   std::function<void(const std::string&)> log;
+  // Held quantity per "scrip|client|user", for the present-values timer: a
+  // hot scrip's sum reads a million rows. Emptied when a transfer applies.
+  std::unordered_map<std::string, int64_t> heldQuantity;
 };
 
 // What a connection watches after its last holdings query: the scrips whose

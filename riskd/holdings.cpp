@@ -156,24 +156,39 @@ std::string PriceFrames(const ScripBook& book, const Subscription& sub, int64_t 
   return frames;
 }
 
+namespace {
+
+int64_t HeldQuantity(Services& s, const User& user, int64_t scrip, const std::string& client) {
+  constexpr size_t kMaxCached = 100000;
+  const std::string key = std::to_string(scrip) + "|" + client + "|" + user.id;
+  if (auto it = s.heldQuantity.find(key); it != s.heldQuantity.end())
+    return it->second;
+  Stmt sum = s.db.Prepare(
+      "SELECT sum(holdings_qty) FROM holding h WHERE scrip_id=?1 AND (?2='' OR client_id=?2)"
+      " AND (?3 OR EXISTS(SELECT 1 FROM user_client u WHERE u.user_id=?4"
+      " AND u.client_id=h.client_id))",
+      nullptr);
+  sum.Bind(1, scrip).Bind(2, client).Bind(3, int64_t{user.admin}).Bind(4, user.id);
+  const int64_t qty = sum.Step() == SQLITE_ROW ? sum.Int(0) : 0;
+  if (s.heldQuantity.size() >= kMaxCached)
+    s.heldQuantity.clear();
+  s.heldQuantity.emplace(key, qty);
+  return qty;
+}
+
+} // namespace
+
 std::unique_ptr<Answer> PresentValues(Services& s, const Subscription& sub) {
   Services* services = &s;
   return std::make_unique<DeferredAnswer>([services, sub]() -> std::unique_ptr<Answer> {
     const auto user = LoadUser(services->db, sub.userId);
-    Stmt sum = services->db.Prepare(
-        "SELECT sum(holdings_qty) FROM holding h WHERE scrip_id=?1 AND (?2='' OR client_id=?2)"
-        " AND (?3 OR EXISTS(SELECT 1 FROM user_client u WHERE u.user_id=?4"
-        " AND u.client_id=h.client_id))",
-        nullptr);
     RecordWriter w("om_get_prsnt_values");
     std::string frames;
     for (int64_t id : sub.scrips) {
       const ScripInfo* sc = services->book.ById(id);
-      if (!sc || !user || !sum.ok())
+      if (!sc || !user)
         continue;
-      sum.Bind(1, id).Bind(2, sub.clientId).Bind(3, int64_t{user->admin}).Bind(4, user->id);
-      const int64_t qty = sum.Step() == SQLITE_ROW ? sum.Int(0) : 0;
-      sum.Reset();
+      const int64_t qty = HeldQuantity(*services, *user, id, sub.clientId);
       w.Start();
       if (!sub.clientId.empty())
         w.Add(54001, sub.clientId);

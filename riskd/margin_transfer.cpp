@@ -140,6 +140,8 @@ void HandleMarginTransfer(Services& s, const kdl::Message& req) {
     sc = s.book.FindBse(FieldText(req, 63003));
   r.scripId = sc ? sc->id : 0;
   const std::string why = ApplyTransfer(s.db, r);
+  if (why.empty())
+    s.heldQuantity.clear();
   s.log("om_stock_margin_transfer " + r.action + " " + r.quantity + " of " + (sc ? sc->isin : "?") +
         " for " + r.clientId + " by " + r.userId + ": " +
         (why.empty() ? "applied" : "refused, " + why));

@@ -60,7 +60,7 @@ TEST(CsvNumbers, FormatsHundredths) {
   const struct {
     int64_t value;
     const char* text;
-  } cases[] = {{0, "0.00"},       {5, "0.05"},       {-5, "-0.05"},
+  } cases[] = {{0, "0.00"},         {5, "0.05"},     {-5, "-0.05"},
                {123450, "1234.50"}, {-100, "-1.00"}, {INT64_MIN, "-92233720368547758.08"}};
   for (const auto& c : cases) {
     EXPECT_EQ(riskd::FormatHundredths(c.value), c.text);

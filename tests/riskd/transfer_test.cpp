@@ -147,6 +147,27 @@ TEST_F(TransferTest, TheNextHoldingsAnswerShowsTheChange) {
   EXPECT_EQ(found, 1);
 }
 
+TEST_F(TransferTest, PresentValuesFollowATransfer) {
+  options_.presentInterval = std::chrono::milliseconds(100);
+  StartServer();
+  const std::string token = Str("SELECT nse_token FROM scrip WHERE id=" + scrip_);
+  const int64_t held = Count("SELECT sum(holdings_qty) FROM holding WHERE client_id='" + client_ +
+                             "' AND scrip_id=" + scrip_);
+  TestClient c(server_->port());
+  ASSERT_TRUE(c.Send(MakeRequest("display_holding_detail", {{54001, client_}, {31003, "RMS2"}})));
+  auto heldNow = [&]() -> int64_t {
+    const Stream s = c.Collect("om_get_prsnt_values");
+    for (const auto& r : s.records)
+      if (Text(r, 10100) == token)
+        return int64_t{std::stoll(Text(r, 64044))};
+    return int64_t{-1};
+  };
+  EXPECT_EQ(heldNow(), held);
+  Transfer("MF", "5", "RMS2");
+  c.Collect("om_get_prsnt_values"); // may have been built before the transfer
+  EXPECT_EQ(heldNow(), held - 5);
+}
+
 TEST_F(TransferTest, ClientOutsideTheUsersListIsRefused) {
   const std::string hidden =
       Str("SELECT client_id FROM holding WHERE client_id NOT IN (SELECT client_id FROM "
