@@ -6,16 +6,16 @@
 #include <vector>
 
 #include "settings/ini_text.h"
+#include "settings/profile_buffer.h"
 #include "settings/profile_io.h"
 
 namespace profile {
-namespace {
-
-using namespace profile::detail;
+namespace detail {
 
 uint32_t CopyValue(std::string_view value, char* buffer, uint32_t size) {
   const size_t n = value.size() < size ? value.size() : size - 1;
-  std::memcpy(buffer, value.data(), n);
+  if (n > 0) // an empty view may carry no pointer at all
+    std::memcpy(buffer, value.data(), n);
   buffer[n] = '\0';
   return static_cast<uint32_t>(n);
 }
@@ -40,6 +40,12 @@ uint32_t CopyList(const std::vector<std::string_view>& names, char* buffer, uint
   buffer[size - 1] = '\0';
   return size - 2;
 }
+
+} // namespace detail
+
+namespace {
+
+using namespace profile::detail;
 
 std::string_view DefaultOf(const char* defaultValue) {
   std::string_view d = defaultValue ? defaultValue : "";

@@ -3,10 +3,13 @@
 // reader presents it (blanks trimmed, one pair of outer quotes removed).
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <fuzzer/FuzzedDataProvider.h>
 #include <string>
+#include <vector>
 
 #include "settings/ini_text.h"
+#include "settings/profile_buffer.h"
 
 namespace {
 
@@ -37,6 +40,17 @@ std::string AsRead(std::string v) {
   return v;
 }
 
+// The buffer is exactly `size` bytes, so a copy past it trips ASan.
+void CopyInto(std::string_view value, const std::vector<std::string_view>& names, uint32_t size) {
+  std::vector<char> buf(size);
+  const uint32_t n = CopyValue(value, buf.data(), size);
+  if (n > size - 1 || buf[n] != '\0' || std::string_view(buf.data(), n) != value.substr(0, n))
+    std::abort();
+  const uint32_t listed = CopyList(names, buf.data(), size);
+  if (listed + 1 > size || buf[listed] != '\0')
+    std::abort();
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -44,11 +58,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string section = in.ConsumeRandomLengthString(16);
   const std::string key = in.ConsumeRandomLengthString(16);
   const std::string value = in.ConsumeRandomLengthString(32);
+  const uint32_t bufferSize = in.ConsumeIntegralInRange<uint32_t>(1, 300);
   const std::string text = in.ConsumeRemainingBytesAsString();
 
-  (void)FindValue(text, section, key);
-  (void)SectionNames(text);
-  (void)KeyNames(text, section);
+  const auto found = FindValue(text, section, key);
+  CopyInto(found ? *found : std::string_view(), SectionNames(text), bufferSize);
+  CopyInto(value, KeyNames(text, section), bufferSize);
   if (HasBreak(section) || HasBreak(key) || HasBreak(value))
     return 0;
 
