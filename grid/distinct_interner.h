@@ -16,7 +16,12 @@ public:
   // The number of `text`, adding it when new. Numbers count from 0.
   uint32_t Intern(std::string_view text);
   size_t Size() const { return spans_.size(); }
-  std::string_view Text(uint32_t id) const;
+  // Empty for an unknown number.
+  std::string_view Text(uint32_t id) const {
+    return id < spans_.size()
+               ? std::string_view(buffer_).substr(spans_[id].offset, spans_[id].length)
+               : std::string_view();
+  }
   // For each number, its position when all texts are sorted byte-wise
   // (unsigned, as strcmp orders them).
   std::vector<uint32_t> Ranks() const;

@@ -5,27 +5,44 @@
 
 #include "grid/distinct_interner.h"
 
+#include <algorithm>
+#include <numeric>
+
 namespace vh {
 
+// Rows are read in store order (see SlotsInStoreOrder) and each text
+// remembers the first display position that shows it.
 std::vector<std::string> RowEngine::DistinctValues(int column) {
   std::vector<std::string> values;
   if (!HasDataSource() || column < 0)
     return values;
+  const size_t n = std::min(size_t(std::max(displayedCount_, 0)), map_.size());
   TextInterner seen;
+  std::vector<uint32_t> firstPosition;
   std::string text;
   CellStyle style;
-  for (int position = 0; position < displayedCount_; ++position) {
-    const uint64_t item = ItemDataOfIndex(DataIndexAt(position));
+  for (const uint32_t slot : SlotsInStoreOrder(n)) {
+    const uint64_t item = ItemDataOfIndex(map_[slot]);
     if (item == 0)
       continue;
     text.clear();
     GetCellText(item, column, text, style);
     if (text.empty())
       continue;
-    const size_t before = seen.Size();
-    if (seen.Intern(text) == before)
-      values.push_back(text);
+    const uint32_t id = seen.Intern(text);
+    const uint32_t position = uint32_t(Mirror(int(slot)));
+    if (id == firstPosition.size())
+      firstPosition.push_back(position);
+    else
+      firstPosition[id] = std::min(firstPosition[id], position);
   }
+  std::vector<uint32_t> ids(firstPosition.size());
+  std::iota(ids.begin(), ids.end(), 0u);
+  std::sort(ids.begin(), ids.end(),
+            [&](uint32_t a, uint32_t b) { return firstPosition[a] < firstPosition[b]; });
+  values.reserve(ids.size());
+  for (const uint32_t id : ids)
+    values.emplace_back(seen.Text(id));
   return values;
 }
 

@@ -192,6 +192,7 @@ private:
   void EditFilter(int dataColumn, std::string_view text);
   void WriteHeaderFilter(int headerItem, std::string_view text);
   void SortDisplayed(int column, int type, int direction);
+  std::vector<uint32_t> SlotsInStoreOrder(size_t n) const;
   bool BuildKeys(int column, int type, size_t n, std::vector<SortEntry>& keys);
   std::vector<uint32_t> OrderByDateTime(int column, size_t n, int direction);
 

@@ -43,6 +43,13 @@ public:
   // be read or the value cannot be computed.
   virtual void Calculate(uint64_t itemData, CellTextSource& cells, int dataColumnCount,
                          std::string& outText) = 0;
+  // What a decimal sort sees without building the text: atof of the text
+  // Calculate would write into an empty text (0 when it writes nothing).
+  // False when the formula cannot tell; the caller then uses the text.
+  virtual bool CalculateSortKey(uint64_t /*itemData*/, CellTextSource& /*cells*/,
+                                int /*dataColumnCount*/, double& /*key*/) {
+    return false;
+  }
 };
 
 // Builds the formula of one stored expression; may return null, in which

@@ -58,22 +58,51 @@ void RowEngine::SortOnColumn(int displayColumn) {
     observer_->OnRowsReordered();
 }
 
+// The first `n` map slots ordered by the store slot they show. Rows are
+// read in the order the owner added them, which keeps the owner's records
+// in cache however the display was sorted before.
+std::vector<uint32_t> RowEngine::SlotsInStoreOrder(size_t n) const {
+  const size_t buckets = items_.size() + 1; // the last one takes bad entries
+  const auto bucketOf = [&](size_t slot) {
+    const int32_t d = map_[slot];
+    return d >= 0 && size_t(d) < items_.size() ? size_t(d) : items_.size();
+  };
+  std::vector<uint32_t> start(buckets + 1, 0);
+  for (size_t slot = 0; slot < n; ++slot)
+    ++start[bucketOf(slot) + 1];
+  for (size_t b = 1; b <= buckets; ++b)
+    start[b] += start[b - 1];
+  std::vector<uint32_t> slots(n);
+  for (size_t slot = 0; slot < n; ++slot)
+    slots[start[bucketOf(slot)]++] = uint32_t(slot);
+  return slots;
+}
+
 // Fills `keys` for the first `n` map slots and returns true for the types
 // whose order is an integer order (text by rank among the distinct texts).
 bool RowEngine::BuildKeys(int column, int type, size_t n, std::vector<SortEntry>& keys) {
   if (!HasNumericKey(type) && type != kCompareText)
     return false;
+  CustomColumnFormula* formula = nullptr;
+  if (HasDataSource() && (type == kCompareDecimal || type == kCompareDecimalAlt) &&
+      column >= dataColumnCount_ && size_t(column - dataColumnCount_) < formulas_.size())
+    formula = formulas_[size_t(column - dataColumnCount_)].get();
   keys.resize(n);
   std::string text;
   CellStyle style;
   TextInterner texts;
-  for (size_t i = 0; i < n; ++i) {
+  for (const uint32_t slot : SlotsInStoreOrder(n)) {
+    const uint64_t item = ItemDataOfIndex(map_[slot]);
+    double value = 0;
+    if (item != 0 && formula && formula->CalculateSortKey(item, *this, dataColumnCount_, value)) {
+      keys[slot] = SortEntry{DecimalKey(value), slot};
+      continue;
+    }
     text.clear();
-    const uint64_t item = ItemDataOfIndex(map_[i]);
     if (item != 0 && column >= 0)
       GetCellText(item, column, text, style);
-    keys[i].key = type == kCompareText ? texts.Intern(text) : NumericKey(type, text);
-    keys[i].index = uint32_t(i);
+    keys[slot] =
+        SortEntry{type == kCompareText ? texts.Intern(text) : NumericKey(type, text), slot};
   }
   if (type == kCompareText) {
     const std::vector<uint32_t> rank = texts.Ranks();
@@ -90,12 +119,12 @@ std::vector<uint32_t> RowEngine::OrderByDateTime(int column, size_t n, int direc
   CellStyle style;
   TextInterner texts;
   std::vector<uint32_t> ids(n);
-  for (size_t i = 0; i < n; ++i) {
+  for (const uint32_t slot : SlotsInStoreOrder(n)) {
     text.clear();
-    const uint64_t item = ItemDataOfIndex(map_[i]);
+    const uint64_t item = ItemDataOfIndex(map_[slot]);
     if (item != 0 && column >= 0)
       GetCellText(item, column, text, style);
-    ids[i] = texts.Intern(text);
+    ids[slot] = texts.Intern(text);
   }
   std::vector<uint32_t> order(n);
   for (uint32_t i = 0; i < n; ++i)
