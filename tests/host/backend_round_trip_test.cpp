@@ -9,6 +9,7 @@
 #include "common/host_proc.h"
 #include "host/backend_control.h"
 #include "host/host_context.h"
+#include "host/plugin_loader.h"
 #include "host/startup_loader.h"
 #include "kdl/message.h"
 #include "plugin/tarn_host_api.h"
@@ -129,6 +130,33 @@ TEST_F(BackendRoundTrip, VanishedBackEndFailsSendsThenReconnects) {
   EXPECT_FALSE(changes.first().at(0).toBool());
   EXPECT_TRUE(changes.last().at(0).toBool());
   EXPECT_EQ(control.Send(nullptr, req.get(), 0, &err), 1);
+}
+
+} // namespace
+
+namespace {
+
+// The real plug-in, loaded as tarntrader loads it, asks the real back-end
+// through this host's control: the answer to its user-peer request comes back
+// for the user it was opened with.
+TEST_F(BackendRoundTrip, PluginRequestTravelsThroughHostToBackEndAndBack) {
+  host::TheHost().control = &control;
+  host::TheHost().user.rights = {"RMS View Holdings: Mark/UnMark"};
+  Recorder rx;
+  control.Attach(&rx);
+
+  host::PluginLoader plugin;
+  QString error;
+  ASSERT_TRUE(plugin.Load(VIEWHOLDINGS_PATH, error)) << error.toStdString();
+  QWidget frame;
+  TarnHostContext ctx{};
+  ctx.parentWindow = &frame;
+  plugin.init(&ctx, "RMS2", 1, QString());
+  ASSERT_TRUE(QTest::qWaitFor([&] { return !rx.peer.empty(); }, 10000));
+  EXPECT_EQ(rx.peer, "P002");
+  plugin.exit();
+  control.Detach(&rx);
+  host::TheHost().control = nullptr;
 }
 
 } // namespace

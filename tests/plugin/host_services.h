@@ -7,6 +7,8 @@ struct HostCalls {
   QStringList actionRightQueries;
   int exchangeComboLoads = 0;
   int clientComboLoads = 0;
+  QStringList sent; // requests the plug-in sent, "tag=value|..."
+  class CBrioRxNotifierBase* receiver = nullptr;
 };
 
 HostCalls& Calls();

@@ -74,6 +74,10 @@ TEST(PluginLifecycle, FirstInitCreatesTheViewUnderTheHostFrame) {
   EXPECT_EQ(view->windowTitle(), "View Holdings");
   EXPECT_TRUE(view->isVisible());
   EXPECT_TRUE(PluginMessages().isEmpty()) << PluginMessages().join('|').toStdString();
+  // The view made its link: the receiver is attached and the peer value of
+  // this type-2 user was asked for, under the first user id.
+  EXPECT_NE(Calls().receiver, nullptr);
+  EXPECT_EQ(Calls().sent, QStringList{"0=om_get_user_peer_data|31003=U1"});
 
   // A later open re-shows the same window, whatever its arguments.
   view->hide();
@@ -84,6 +88,7 @@ TEST(PluginLifecycle, FirstInitCreatesTheViewUnderTheHostFrame) {
   EXPECT_EQ(OpenViewWindow(&frame), view.data());
   EXPECT_EQ(OpenViewWindow(&otherFrame), nullptr);
   EXPECT_TRUE(view->isVisible());
+  EXPECT_EQ(Calls().sent.size(), 1) << "a later open makes no new link";
 
   Plugin().exit();
   EXPECT_TRUE(view) << "exit does not destroy the window";
