@@ -94,13 +94,6 @@ TEST_F(AccessSetting, ColumnProfilesLiveInTheSettingsDirectory) {
   EXPECT_TRUE(recorder_.messages().empty());
 }
 
-TEST_F(AccessSetting, ColumnProfileReadsAreCutTo4095Characters) {
-  WriteFile(grid_.file("UserSetting.ini"), "[g]\nCOLUMNPROFILE=" + std::string(6000, '7') + "\n");
-  std::string read;
-  ASSERT_EQ(vh::AccessColumnProfile(vh::kSettingLoad, "g", read), 1);
-  EXPECT_EQ(read, std::string(4095, '7'));
-}
-
 TEST_F(AccessSetting, AMissingSettingsFileIsReportedOncePerLoad) {
   std::string read;
   EXPECT_EQ(vh::AccessColumnProfile(vh::kSettingLoad, "g", read), 0);

@@ -74,18 +74,4 @@ TEST(WindowPlacement, ReadingComposesTheDefualtTexts) {
   }
 }
 
-TEST(WindowPlacement, WritesUnderTheWindowName) {
-  vh::test::TempDir cmd;
-  vh::ScopedSettingsPaths paths({"", cmd.path().string()});
-  vh::sWindowPlacement p{10, 20, 310, 420, -1, -1, -1, -1, 1};
-  EXPECT_FALSE(vh::WriteWindowPlacement("", p));
-  EXPECT_FALSE(std::filesystem::exists(cmd.file("DialogPos.ini")));
-  ASSERT_TRUE(vh::WriteWindowPlacement("View-Holding/Top10", p));
-  EXPECT_EQ(vh::test::ReadFile(cmd.file("DialogPos.ini")),
-            "[DIALOG_POSITION]\nView-Holding/Top10=10,20,310,420,-1,-1,-1,-1,1\n");
-  const auto back = vh::ReadWindowPlacement("View-Holding/Top10");
-  ASSERT_TRUE(back);
-  EXPECT_EQ(vh::FormatWindowPlacement(*back), vh::FormatWindowPlacement(p));
-}
-
 } // namespace

@@ -28,13 +28,14 @@ TEST_F(DialogPositionWindow, SavedPlacementRestoresAnotherWindow) {
   first.setGeometry(40, 50, 300, 200);
   first.show();
   vh::SaveDialogPosition(&first, "View-Holding");
-  const auto saved = vh::ReadWindowPlacement("View-Holding");
-  ASSERT_TRUE(saved);
-  EXPECT_EQ(saved->normalTop, first.geometry().top());
-  EXPECT_EQ(saved->normalLeft, first.geometry().left());
-  EXPECT_EQ(saved->normalRight - saved->normalLeft, 300);
-  EXPECT_EQ(saved->normalBottom - saved->normalTop, 200);
-
+  const QRect g = first.geometry();
+  EXPECT_EQ(vh::test::ReadFile(cmd_.file("DialogPos.ini")),
+            QString("[DIALOG_POSITION]\nView-Holding=%1,%2,%3,%4,-1,-1,-1,-1,1\n")
+                .arg(g.top())
+                .arg(g.left())
+                .arg(g.top() + 200)
+                .arg(g.left() + 300)
+                .toStdString());
   QDialog second;
   second.setGeometry(0, 0, 100, 100);
   vh::RestoreDialogPosition(&second, "View-Holding");
