@@ -1,0 +1,108 @@
+// Requests with missing, empty, repeated or absurd fields: each is answered
+// or ignored, the store stays consistent, and the connection keeps working.
+#include <gtest/gtest.h>
+
+#include "tests/riskd/riskd_fixture.h"
+
+namespace riskd_test {
+namespace {
+
+class HostileTest : public RiskdTest {
+protected:
+  void SetUp() override {
+    RiskdTest::SetUp();
+    StartServer();
+  }
+};
+
+// A field present with no value, as kdl allows.
+kdl::Message WithEmpty(std::string_view name, uint32_t emptyTag, const Fields& fields = {}) {
+  kdl::Message m = MakeRequest(name, fields);
+  m.AddEmpty(emptyTag);
+  return m;
+}
+
+TEST_F(HostileTest, OddRequestsNeverBreakTheConnection) {
+  const std::string longText(3000, 'Z');
+  const struct {
+    const char* name;
+    kdl::Message request;
+    bool answered; // a status record comes back
+  } cases[] = {
+      {"holdingsNoFields", MakeRequest("display_holding_detail"), true},
+      {"holdingsEmptyClient", WithEmpty("display_holding_detail", 54001, {{31003, "RMS1"}}), true},
+      {"holdingsLegWithoutSymbol",
+       MakeRequest("display_holding_detail", {{63001, "nse_cm"}, {31003, "RMS1"}}), true},
+      {"holdingsThreeLegs",
+       MakeRequest("display_holding_detail", {{63001, "nse_cm"},
+                                              {63001, "bse_cm"},
+                                              {63001, "cse_cm"},
+                                              {10100, longText},
+                                              {31003, "RMS1"}}),
+       true},
+      {"holdingsQuoteInClient",
+       MakeRequest("display_holding_detail", {{54001, "C' OR '1'='1"}, {31003, "RMS1"}}), true},
+      {"topTenNoFields", MakeRequest("rs_display_topten_holdings"), true},
+      {"topTenEmptyMethod", WithEmpty("rs_display_topten_holdings", 41232, {{10101, "NSE"}}), true},
+      {"reportsEmptySegment", WithEmpty("om_get_client_reports", 63002, {{54247, "RMS1"}}), true},
+      {"cjEmpty", WithEmpty("mrv_cj", 63003), true},
+      {"peerNoUser", MakeRequest("om_get_user_peer_data"), true},
+      {"userInfoEmpty", WithEmpty("tarn_user_info", 31003), true},
+      {"transferNoFields", MakeRequest("om_stock_margin_transfer"), false},
+      {"transferHugeQuantity",
+       MakeRequest("om_stock_margin_transfer", {{54001, "C000001"},
+                                                {64030, "CNC"},
+                                                {64044, "99999999999999999999999"},
+                                                {20008, "MF"},
+                                                {54247, "RMS1"}}),
+       false},
+      {"transferNegative",
+       MakeRequest("om_stock_margin_transfer",
+                   {{54001, "C000001"}, {64030, "CNC"}, {64044, "-5"}, {20008, "UF"}}),
+       false},
+      {"transferShortAction",
+       MakeRequest("om_stock_margin_transfer", {{20008, "M"}, {54247, "RMS1"}}), false},
+  };
+  TestClient c(server_->port());
+  const int64_t quantities = Count("SELECT total(holdings_qty)+total(holdings_update_qty)+"
+                                   "total(withheld_holding_qty) FROM holding");
+  for (const auto& k : cases) {
+    ASSERT_TRUE(c.Send(k.request)) << k.name;
+    if (k.answered) {
+      EXPECT_TRUE(c.Collect(*k.request.Text(0), 5000).ended) << k.name;
+    }
+    const Stream alive = c.Ask(MakeRequest("om_get_user_peer_data", {{31003, "RMS1"}}), 5000);
+    ASSERT_EQ(alive.records.size(), 1u) << "after " << k.name;
+  }
+  EXPECT_EQ(Count("SELECT total(holdings_qty)+total(holdings_update_qty)+"
+                  "total(withheld_holding_qty) FROM holding"),
+            quantities);
+  EXPECT_EQ(Count("SELECT count(*) FROM ledger WHERE applied=1"), 0);
+  EXPECT_EQ(Count("SELECT count(*) FROM ledger"), 4);
+}
+
+TEST_F(HostileTest, RandomBytesInFramesAreIgnored) {
+  TestClient c(server_->port());
+  uint64_t x = 12345;
+  for (int i = 0; i < 300; ++i) {
+    std::string payload(1 + (i * 37) % 500, '\0');
+    for (char& ch : payload) {
+      x = x * 6364136223846793005ull + 1442695040888963407ull;
+      ch = static_cast<char>(x >> 56);
+    }
+    // Half the frames start like a real request, so they get deeper.
+    if (i % 2 == 0) {
+      const std::string real(
+          MakeRequest("display_holding_detail", {{54001, "C000001"}}).Serialise());
+      payload = real.substr(0, std::min(real.size(), payload.size())) + payload;
+    }
+    std::string frame;
+    kdl::AppendFrame(frame, payload);
+    ASSERT_TRUE(c.SendRaw(frame));
+  }
+  const Stream alive = c.Ask(MakeRequest("om_get_user_peer_data", {{31003, "RMS1"}}), 5000);
+  EXPECT_EQ(alive.records.size(), 1u);
+}
+
+} // namespace
+} // namespace riskd_test

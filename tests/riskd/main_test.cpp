@@ -1,0 +1,107 @@
+// The tarn-riskd executable: arguments, --summary, SIGTERM.
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <vector>
+
+#include "tests/riskd/riskd_fixture.h"
+
+namespace riskd_test {
+namespace {
+
+struct ProcessResult {
+  int status = -1;
+  std::string out;
+};
+
+ProcessResult RunRiskd(const std::string& args) {
+  ProcessResult r;
+  FILE* p = popen((std::string(TARN_RISKD_EXE) + " " + args + " 2>/dev/null").c_str(), "r");
+  if (!p)
+    return r;
+  char buf[4096];
+  size_t n;
+  while ((n = fread(buf, 1, sizeof buf, p)) > 0)
+    r.out.append(buf, n);
+  r.status = pclose(p);
+  return r;
+}
+
+TEST(RiskdMain, SummaryIsTheSameForTheSameSeed) {
+  TempDir dir;
+  const std::string a = (dir.path() / "a.db").string(), b = (dir.path() / "b.db").string();
+  const ProcessResult first = RunRiskd("--db " + a + " --rows 2500 --seed 11 --summary");
+  const ProcessResult second = RunRiskd("--db " + b + " --rows 2500 --seed 11 --summary");
+  const ProcessResult again =
+      RunRiskd("--db " + a + " --rows 99 --summary"); // existing store: no regeneration
+  ASSERT_EQ(first.status, 0);
+  EXPECT_EQ(first.out, second.out);
+  EXPECT_EQ(first.out, again.out);
+  EXPECT_EQ(first.out.rfind("scrips 25\nclients 250\nusers 3\nholdings 2500\n", 0), 0u)
+      << first.out;
+  int scripLines = 0, clientLines = 0;
+  for (size_t at = 0; (at = first.out.find('\n', at)) != std::string::npos; ++at) {
+    scripLines += first.out.compare(at + 1, 10, "scrip NSE:") == 0;
+    clientLines += first.out.compare(at + 1, 8, "client C") == 0;
+  }
+  EXPECT_EQ(scripLines, 10);
+  EXPECT_EQ(clientLines, 10);
+}
+
+TEST(RiskdMain, RefusesBadArguments) {
+  for (const char* args :
+       {"", "--summary", "--db x.db", "--db x.db --listen 1.2.3.4", "--db x.db --summary --rows -5",
+        "--db x.db --bogus 1 --summary", "--db x.db --listen 127.0.0.1:0 --summary"}) {
+    EXPECT_EQ(RunRiskd(args).status, 2 << 8) << args;
+  }
+}
+
+TEST(RiskdMain, ServesUntilSigterm) {
+  TempDir dir;
+  int err[2];
+  ASSERT_EQ(pipe(err), 0);
+  const std::string db = (dir.path() / "s.db").string();
+  const pid_t pid = fork();
+  ASSERT_GE(pid, 0);
+  if (pid == 0) {
+    dup2(err[1], 2);
+    execl(TARN_RISKD_EXE, TARN_RISKD_EXE, "--listen", "127.0.0.1:0", "--db", db.c_str(), "--rows",
+          "2000", static_cast<char*>(nullptr));
+    _exit(127);
+  }
+  close(err[1]);
+  std::string log;
+  int port = 0;
+  while (port == 0) {
+    pollfd p{err[0], POLLIN, 0};
+    char buf[512];
+    ssize_t n;
+    if (poll(&p, 1, 10000) <= 0 || (n = read(err[0], buf, sizeof buf)) <= 0)
+      break;
+    log.append(buf, static_cast<size_t>(n));
+    const size_t at = log.find("listening on 127.0.0.1:");
+    if (at != std::string::npos && log.find('\n', at) != std::string::npos)
+      port = std::atoi(log.c_str() + at + 23);
+  }
+  ASSERT_GT(port, 0) << log;
+  {
+    TestClient c(static_cast<uint16_t>(port));
+    const Stream s = c.Ask(MakeRequest("om_get_user_peer_data", {{31003, "RMS1"}}));
+    EXPECT_EQ(s.records.size(), 1u);
+    kill(pid, SIGTERM);
+    EXPECT_TRUE(c.WaitClosed());
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(pid, &status, 0), pid);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+  close(err[0]);
+}
+
+} // namespace
+} // namespace riskd_test
