@@ -17,6 +17,10 @@ std::string_view TrimBlanks(std::string_view s) {
   return s;
 }
 
+bool HasOuterBlank(std::string_view name) {
+  return !name.empty() && (IsBlank(name.front()) || IsBlank(name.back()));
+}
+
 char Lower(char c) {
   return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
 }
@@ -131,6 +135,15 @@ std::string_view TrimCallerName(std::string_view name) {
 bool SameName(std::string_view a, std::string_view b) {
   return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(),
                                             [](char x, char y) { return Lower(x) == Lower(y); });
+}
+
+bool IsFindableSection(std::string_view name) {
+  return !HasOuterBlank(name) && name.find(']') == std::string_view::npos;
+}
+
+bool IsFindableKey(std::string_view name) {
+  return !HasOuterBlank(name) && name.find('=') == std::string_view::npos &&
+         (name.empty() || (name.front() != ';' && name.front() != '['));
 }
 
 std::optional<std::string_view> FindValue(std::string_view text, std::string_view section,

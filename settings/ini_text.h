@@ -40,6 +40,12 @@ std::vector<Line> ParseLines(std::string_view text);
 std::string_view TrimCallerName(std::string_view name);
 bool SameName(std::string_view a, std::string_view b);
 
+// Whether a name written into a line reads back as the same name: no "]" in
+// a section, no "=" in a key nor ";" or "[" at its start, and no blank at
+// either end of either.
+bool IsFindableSection(std::string_view name);
+bool IsFindableKey(std::string_view name);
+
 // Value of `key` in the first section named `section`, with one pair of
 // matching outer quotes removed; nullopt when the section or key is missing.
 std::optional<std::string_view> FindValue(std::string_view text, std::string_view section,

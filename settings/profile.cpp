@@ -81,21 +81,23 @@ int WritePrivateProfileStringA(const char* section, const char* key, const char*
                                const char* fileName) {
   if (!section || !fileName || HasLineBreak(section) || HasLineBreak(key) || HasLineBreak(value))
     return 0;
+  const std::string_view sectionName = TrimCallerName(section);
+  const std::string_view keyName = key ? TrimCallerName(key) : std::string_view();
+  if (!IsFindableSection(sectionName) || (key && !IsFindableKey(keyName)))
+    return 0;
   std::string text;
   const ReadStatus status = ReadWholeFile(fileName, text);
   if (status != ReadStatus::Ok && status != ReadStatus::Missing)
     return 0;
-  const bool deleting = !key || !value;
-  if (status == ReadStatus::Missing && deleting)
-    return 1;
-  const std::string_view sectionName = TrimCallerName(section);
+  if (status == ReadStatus::Missing && (!key || !value))
+    return 1; // nothing to delete, and no file to create for it
   std::string updated;
   if (!key)
     updated = DeleteSection(text, sectionName);
   else if (!value)
-    updated = DeleteKey(text, sectionName, TrimCallerName(key));
+    updated = DeleteKey(text, sectionName, keyName);
   else
-    updated = SetValue(text, sectionName, TrimCallerName(key), value);
+    updated = SetValue(text, sectionName, keyName, value);
   if (status == ReadStatus::Ok && updated == text)
     return 1;
   return ReplaceFile(fileName, updated) ? 1 : 0;

@@ -57,9 +57,12 @@ uint32_t GetPrivateProfileStringA(const char* section, const char* key, const ch
 // The file is replaced whole through a temporary file and a rename, so a
 // failure at any point leaves the old file intact.
 // Returns nonzero on success and 0 on failure: `section` or `fileName`
-// nullptr, a name or value containing a line break (it would split the line),
+// nullptr; a name or value containing a line break (it would split the line);
+// a name the reader could never find again, which would otherwise pile up a
+// new line on every write: a section with "]" or a key with "=", a key
+// starting with ";" or "[", or either with a tab or vertical tab at an end;
 // a file that cannot be read, that is not a regular file, that is read-only
-// (no write permission bit), or any write, flush or rename error.
+// (no write permission bit); or any write, flush or rename error.
 int WritePrivateProfileStringA(const char* section, const char* key, const char* value,
                                const char* fileName);
 

@@ -1,6 +1,7 @@
 // Any bytes as an INI file: classify, look up, enumerate and edit it. After
-// setting a plainly named key, reading it back must give the value as the
-// reader presents it (blanks trimmed, one pair of outer quotes removed).
+// setting a key under names the writer accepts, reading it back must give the
+// value as the reader presents it (blanks trimmed, one pair of outer quotes
+// removed), whatever the file held before.
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -15,18 +16,9 @@ namespace {
 
 using namespace profile::detail;
 
-bool IsPlainName(const std::string& s) {
-  if (s.empty())
-    return false;
-  for (char c : s) {
-    if (!((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_'))
-      return false;
-  }
-  return true;
-}
-
-bool HasBreak(const std::string& s) {
-  return s.find_first_of("\r\n") != std::string::npos;
+// What the C interface can carry and the writer accepts in a line.
+bool HasBreak(std::string_view s) {
+  return s.find_first_of(std::string_view("\r\n\0", 3)) != std::string_view::npos;
 }
 
 std::string AsRead(std::string v) {
@@ -55,8 +47,10 @@ void CopyInto(std::string_view value, const std::vector<std::string_view>& names
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FuzzedDataProvider in(data, size);
-  const std::string section = in.ConsumeRandomLengthString(16);
-  const std::string key = in.ConsumeRandomLengthString(16);
+  const std::string rawSection = in.ConsumeRandomLengthString(16);
+  const std::string rawKey = in.ConsumeRandomLengthString(16);
+  const std::string_view section = TrimCallerName(rawSection);
+  const std::string_view key = TrimCallerName(rawKey);
   const std::string value = in.ConsumeRandomLengthString(32);
   const uint32_t bufferSize = in.ConsumeIntegralInRange<uint32_t>(1, 300);
   const std::string text = in.ConsumeRemainingBytesAsString();
@@ -68,7 +62,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     return 0;
 
   const std::string updated = SetValue(text, section, key, value);
-  if (IsPlainName(section) && IsPlainName(key)) {
+  if (IsFindableSection(section) && IsFindableKey(key)) {
     const auto back = FindValue(updated, section, key);
     if (!back || std::string(*back) != AsRead(value))
       std::abort();

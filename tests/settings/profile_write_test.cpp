@@ -83,7 +83,6 @@ TEST(ProfileWrite, SmallEdits) {
       {"missing key deletion changes nothing", "[S]\na=1\n", "S", "z", nullptr, "[S]\na=1\n"},
       {"section deleted, comments stay", ";top\n[S]\na=1\n;mine\n[T]\nb=2\n", "s", nullptr, nullptr,
        ";top\n;mine\n[T]\nb=2\n"},
-      {"key beginning with ; becomes a comment", "[S]\n", "S", ";k", "v", "[S]\n;k=v\n"},
   };
   for (const auto& c : cases) {
     TempDir dir;
@@ -107,7 +106,7 @@ TEST(ProfileWrite, CreatesMissingFilesOnlyWhenThereIsSomethingToWrite) {
             0);
 }
 
-TEST(ProfileWrite, RefusesWhatWouldSplitALine) {
+TEST(ProfileWrite, RefusesWhatWouldSplitALineOrNeverBeFoundAgain) {
   TempDir dir;
   const std::string file = dir.file("s.ini");
   WriteFile(file, "[S]\nk=1\n");
@@ -117,9 +116,17 @@ TEST(ProfileWrite, RefusesWhatWouldSplitALine) {
     const char* key;
     const char* value;
   } cases[] = {
-      {"break in value", "S", "k", "a\nb"}, {"carriage return in value", "S", "k", "a\rb"},
-      {"break in key", "S", "k\nj", "v"},   {"break in section", "S\n", "k", "v"},
+      {"break in value", "S", "k", "a\nb"},
+      {"carriage return in value", "S", "k", "a\rb"},
+      {"break in key", "S", "k\nj", "v"},
+      {"break in section", "S\n", "k", "v"},
       {"no section", nullptr, "k", "v"},
+      {"bracket in section", "S]x", "k", "v"},
+      {"tab around section", "S\t", "k", "v"},
+      {"equals in key", "S", "k=j", "v"},
+      {"key that reads as a comment", "S", ";k", "v"},
+      {"key that reads as a header", "S", "[k", "v"},
+      {"tab around key", "S", "\tk", "v"},
   };
   for (const auto& c : cases)
     EXPECT_EQ(profile::WritePrivateProfileStringA(c.section, c.key, c.value, file.c_str()), 0)
