@@ -10,6 +10,7 @@
 #include <climits>
 #include <cmath>
 #include <cstring>
+#include <limits>
 
 namespace vh::custom {
 namespace {
@@ -100,8 +101,53 @@ Outcome FinishSubstituted(std::string_view substituted) {
   });
 }
 
+namespace {
+
+// Cells hold money and quantities: |value| well below 2^63 / 100. With a
+// 64-bit long double mantissa, value * 100 is exact (53 + 7 bits), so
+// rounding it to an integer in the current rounding mode rounds exactly
+// as printf does. False when that does not hold (the caller formats the
+// slow way).
+bool RoundToCents(double value, uint64_t& cents) {
+  if constexpr (std::numeric_limits<long double>::digits < 64) {
+    return false;
+  } else {
+    // rint, not nearbyint: saving the floating-point environment would
+    // cost more than the whole cell.
+    const long double rounded = std::fabs(std::rint(static_cast<long double>(value) * 100));
+    if (!(rounded < 1e18L))
+      return false;
+    cents = static_cast<uint64_t>(rounded);
+    return true;
+  }
+}
+
+bool FormatCents(double value, char* buffer, size_t& length) {
+  uint64_t n = 0;
+  if (!RoundToCents(value, n))
+    return false;
+  char digits[24];
+  size_t count = 0;
+  do {
+    digits[count++] = static_cast<char>('0' + n % 10);
+    n /= 10;
+  } while (n != 0 || count < 3);
+  size_t at = 0;
+  if (std::signbit(value))
+    buffer[at++] = '-';
+  while (count > 2)
+    buffer[at++] = digits[--count];
+  buffer[at++] = '.';
+  buffer[at++] = digits[1];
+  buffer[at++] = digits[0];
+  length = at;
+  return true;
+}
+
+} // namespace
+
 // glibc prints non-finite values without a decimal point, and the sign of
-// a NaN too.
+// a NaN too; values that round to zero keep their sign ("-0.00").
 size_t FormatTwoDecimals(double value, char* buffer) {
   if (!std::isfinite(value)) {
     const char* text =
@@ -110,6 +156,9 @@ size_t FormatTwoDecimals(double value, char* buffer) {
     std::memcpy(buffer, text, n);
     return n;
   }
+  size_t length = 0;
+  if (FormatCents(value, buffer, length))
+    return length;
   const auto result =
       std::to_chars(buffer, buffer + kFormatBufferSize, value, std::chars_format::fixed, 2);
   return static_cast<size_t>(result.ptr - buffer);
@@ -127,6 +176,14 @@ void WriteOutcome(const Outcome& outcome, std::string& outText) {
 double SortKeyOf(const Outcome& outcome) {
   if (outcome.dividedByZero)
     return 0;
+  // Below 2^53 cents the integer is exact and one division rounds n / 100
+  // as strtod rounds the printed text.
+  uint64_t cents = 0;
+  if (std::isfinite(outcome.value) && RoundToCents(outcome.value, cents) &&
+      cents < (uint64_t{1} << 53)) {
+    const double key = static_cast<double>(cents) / 100;
+    return std::signbit(outcome.value) ? -key : key;
+  }
   char buffer[kFormatBufferSize];
   return expr::ParseLeadingNumber(
       std::string_view(buffer, FormatTwoDecimals(outcome.value, buffer)));

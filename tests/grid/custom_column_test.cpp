@@ -17,6 +17,10 @@ struct Path {
   vh::CustomColumnCompiler compile;
 };
 
+void PrintTo(const Path& path, std::ostream* os) {
+  *os << path.name;
+}
+
 class CustomColumn : public ::testing::TestWithParam<Path> {
 protected:
   CustomColumn() { grid.data = {"10", "-2", "abc", "0.00", "1,234", "3", "12.345", " 4", "", "7"}; }
