@@ -40,26 +40,30 @@ bool ScripBook::Load(const Db& db, std::string* error) {
         (spread > 0
              ? static_cast<int64_t>(rng.Below(static_cast<uint64_t>(2 * spread + 1))) - spread
              : 0);
-    const size_t index = scrips_.size();
-    byId_.emplace(info.id, index);
-    isin_.emplace(info.isin, index);
-    if (info.hasNse()) {
-      nse_.emplace(info.nseTradingSymbol(), index);
-      nse_.emplace("#" + info.nseToken, index);
-      // A bare symbol names its EQ series, else the first series met.
-      auto [it, added] = nse_.emplace(info.nseSymbol, index);
-      if (!added && info.nseSeries == "EQ")
-        it->second = index;
-    }
-    if (info.hasBse()) {
-      bse_.emplace(info.bseCode, index);
-      bse_.emplace(info.bseSymbol, index);
-    }
     scrips_.push_back(std::move(info));
+    Index(scrips_.size() - 1);
   }
   if (rc != SQLITE_DONE && error)
     *error = db.LastError();
   return rc == SQLITE_DONE;
+}
+
+void ScripBook::Index(size_t index) {
+  const ScripInfo& info = scrips_[index];
+  byId_.emplace(info.id, index);
+  isin_.emplace(info.isin, index);
+  if (info.hasNse()) {
+    nse_.emplace(info.nseTradingSymbol(), index);
+    nse_.emplace("#" + info.nseToken, index);
+    // A bare symbol names its EQ series, else the first series met.
+    auto [it, added] = nse_.emplace(info.nseSymbol, index);
+    if (!added && info.nseSeries == "EQ")
+      it->second = index;
+  }
+  if (info.hasBse()) {
+    bse_.emplace(info.bseCode, index);
+    bse_.emplace(info.bseSymbol, index);
+  }
 }
 
 const ScripInfo* ScripBook::ById(int64_t id) const {

@@ -49,6 +49,8 @@ public:
   static int64_t ChangeBp(const ScripInfo& s);
 
 private:
+  void Index(size_t index);
+
   std::vector<ScripInfo> scrips_;
   std::unordered_map<int64_t, size_t> byId_;
   std::unordered_map<std::string, size_t> nse_, bse_, isin_;
