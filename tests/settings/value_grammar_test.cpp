@@ -101,6 +101,19 @@ TEST(ListAppearance, LoadsPerGridWithDefaultsForTheRest) {
   EXPECT_EQ(Summary(a), defaults);
 }
 
+TEST(ListAppearance, AValueCutByTheReadBufferLosesItsKeywords) {
+  TempDir dir;
+  vh::ScopedSettingsPaths paths({dir.path().string(), ""});
+  std::string value = "0,0,F,8,1,";
+  while (value.size() < 990)
+    value += "kw,FF,";
+  value += "last,FF00FF,"; // its colour lies past the 999th character
+  WriteFile(dir.file("UserSetting.ini"), "[CUSTOMIZE_LISTS]\ng-1=" + value + "\n");
+  vh::sListAppearance a;
+  ASSERT_TRUE(vh::LoadListAppearance("g", 1, a));
+  EXPECT_EQ(Summary(a), "0 0 [F] 8 col 1");
+}
+
 TEST(ListAppearance, FontHeightIsMinusPointsAtTheScreenResolution) {
   const struct {
     const char* size;
