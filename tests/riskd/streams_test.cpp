@@ -158,6 +158,38 @@ TEST_F(StreamsTest, AReaderTooFarBehindIsClosed) {
   ExpectAnswers(other, "the connection that reads");
 }
 
+TEST_F(StreamsTest, TransferAppliesWhileAnotherAnswerIsHalfRead) {
+  options_.store.sample.holdings = 60000; // a lien report of megabytes
+  StartServer();
+  const std::string first = "(SELECT scrip_id||'|'||product FROM holding h WHERE "
+                            "h.client_id='C000001' ORDER BY 1 LIMIT 1)";
+  const std::string where =
+      " FROM holding WHERE client_id='C000001' AND scrip_id||'|'||product=" + first;
+  std::string error;
+  ASSERT_TRUE(db_.Exec("UPDATE holding SET holdings_qty=100,used_qty=0 WHERE "
+                       "client_id='C000001' AND scrip_id||'|'||product=" +
+                           first,
+                       &error))
+      << error;
+  const std::string scrip = Str("SELECT scrip_id" + where);
+  TestClient reader(server_->port());
+  ASSERT_TRUE(reader.Send(MakeRequest("om_get_client_reports", {{54247, "RMS1"}})));
+  ASSERT_TRUE(reader.Next()); // the report's statement is open, mid-way
+  TestClient writer(server_->port());
+  ASSERT_TRUE(writer.Send(MakeRequest("om_stock_margin_transfer",
+                                      {{54001, "C000001"},
+                                       {64030, Str("SELECT product" + where)},
+                                       {61002, Str("SELECT isin FROM scrip WHERE id=" + scrip)},
+                                       {64044, "7"},
+                                       {20008, "MF"},
+                                       {54247, "RMS1"}})));
+  ASSERT_TRUE(writer.Ask(MakeRequest("om_get_user_peer_data", {{31003, "RMS1"}})).ended);
+  EXPECT_EQ(Count("SELECT holdings_qty" + where), 93)
+      << Str("SELECT reason FROM ledger ORDER BY id DESC LIMIT 1");
+  EXPECT_EQ(int64_t(reader.Collect("om_get_client_reports", 20000).records.size()) + 1,
+            Count("SELECT count(*) FROM lien"));
+}
+
 TEST_F(StreamsTest, StopWithOpenConnections) {
   StartServer();
   TestClient a(server_->port());
