@@ -60,8 +60,10 @@ std::string Parse(int argc, char** argv, Args* a) {
       const auto n = riskd::ParseWhole(value);
       if (!n || *n < 1)
         return arg + " takes a positive whole number, not '" + value + "'";
-      (arg == "--rows" ? a->options.store.sample.holdings
-                       : reinterpret_cast<int64_t&>(a->options.store.sample.seed)) = *n;
+      if (arg == "--rows")
+        a->options.store.sample.holdings = *n;
+      else
+        a->options.store.sample.seed = static_cast<uint64_t>(*n);
     } else {
       return "unknown option " + arg;
     }
