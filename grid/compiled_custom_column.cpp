@@ -180,6 +180,13 @@ void CompiledCustomColumn::Calculate(uint64_t itemData, CellTextSource& cells, i
   Compute(itemData, cells, outText);
 }
 
+bool CompiledCustomColumn::CalculateSortKey(uint64_t itemData, CellTextSource& cells, int,
+                                            double& key) {
+  double value = 0;
+  key = ComputeSortKey(itemData, cells, value) == kCustomWritten ? value : 0.0;
+  return true;
+}
+
 std::unique_ptr<CustomColumnFormula> CompileCustomColumn(std::string_view storedExpression) {
   return std::make_unique<CompiledCustomColumn>(storedExpression);
 }

@@ -93,6 +93,10 @@ public:
   // CustomColumnFormula: Compute, result dropped.
   void Calculate(uint64_t itemData, CellTextSource& cells, int dataColumnCount,
                  std::string& outText) override;
+  // CustomColumnFormula: ComputeSortKey for a cell that starts empty, so 0
+  // when nothing is written. Always true.
+  bool CalculateSortKey(uint64_t itemData, CellTextSource& cells, int dataColumnCount,
+                        double& key) override;
 
 private:
   struct State;

@@ -96,8 +96,10 @@ int EvaluateUnguarded(std::string_view postfix, double& value) {
 } // namespace
 
 int FindOperator(std::string_view text) {
+  // No operator is longer than two characters, so a third one already
+  // decides; reading further would make long runs quadratic.
   size_t run = 0;
-  while (run < text.size() && IsOperatorChar(text[run]))
+  while (run < text.size() && run < 3 && IsOperatorChar(text[run]))
     ++run;
   if (run == 0)
     return -1;
