@@ -173,6 +173,10 @@ int main(int argc, char** argv) {
   if (!headless)
     window.show();
   const int code = app.exec();
+  // Saves first, then the plug-in's objects go while the control they are
+  // attached to still exists.
+  window.ExitPlugin();
+  plugin.Unload();
   control.Stop();
   if (embedded)
     embedded->Stop();

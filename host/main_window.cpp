@@ -31,11 +31,19 @@ MainWindow::MainWindow(PluginLoader& plugin, QWidget* parent)
 }
 
 MainWindow::~MainWindow() {
-  if (!exited_)
-    plugin_.exit();
+  ExitPlugin();
+}
+
+void MainWindow::ExitPlugin() {
+  if (exited_ || !plugin_.loaded())
+    return;
+  exited_ = true;
+  plugin_.exit();
 }
 
 void MainWindow::OpenPlugin() {
+  if (!plugin_.loaded())
+    return;
   plugin_.init(&context_, userId_.constData(), userType_, QString());
 }
 
@@ -54,10 +62,7 @@ void MainWindow::SetConnectionText(const QString& text) {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
-  if (!exited_) {
-    exited_ = true;
-    plugin_.exit();
-  }
+  ExitPlugin();
   event->accept();
 }
 

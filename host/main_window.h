@@ -17,6 +17,8 @@ public:
   explicit MainWindow(PluginLoader& plugin, QWidget* parent = nullptr);
   ~MainWindow() override;
 
+  // ExitTarnPlugin, once: on close, or before the plug-in is unloaded.
+  void ExitPlugin();
   // Opens the plug-in's view (InitTarnPlugin with this frame as parent).
   void OpenPlugin();
   // The logged-in user handed to the plug-in when it opens.

@@ -23,6 +23,17 @@ bool PluginLoader::Load(const QString& path, QString& error) {
   return true;
 }
 
+void PluginLoader::Unload() {
+  if (!loaded())
+    return;
+  getInfo = nullptr;
+  getOptionalInfo = nullptr;
+  init = nullptr;
+  process = nullptr;
+  exit = nullptr;
+  library_.unload();
+}
+
 QString PluginLoader::Title() const {
   QString title;
   QStringList actions;

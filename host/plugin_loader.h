@@ -14,6 +14,10 @@ public:
   // or lacks one of the five exports; nothing stays loaded then.
   bool Load(const QString& path, QString& error);
   bool loaded() const { return init != nullptr; }
+  // Unloads the library; its module objects (the view, its back-end link)
+  // go now. Call ExitTarnPlugin first, and keep the back-end control alive
+  // until this returns: the link detaches its receiver on the way out.
+  void Unload();
 
   // The menu entry: the plug-in's title, or its name when it gives none.
   QString Title() const;

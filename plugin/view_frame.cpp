@@ -40,6 +40,10 @@ private:
 
 class FrameView final : public PluginView {
 public:
+  // The window goes with the module: once the library is unloaded nothing
+  // could run its code any more.
+  ~FrameView() override { delete window_.data(); }
+
   bool HasWindow() const override { return !window_.isNull(); }
 
   bool Create(QWidget* parent) override {

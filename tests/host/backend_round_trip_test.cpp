@@ -155,6 +155,7 @@ TEST_F(BackendRoundTrip, PluginRequestTravelsThroughHostToBackEndAndBack) {
   ASSERT_TRUE(QTest::qWaitFor([&] { return !rx.peer.empty(); }, 10000));
   EXPECT_EQ(rx.peer, "P002");
   plugin.exit();
+  plugin.Unload(); // while the control it is attached to still lives
   control.Detach(&rx);
   host::TheHost().control = nullptr;
 }
