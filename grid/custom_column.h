@@ -17,10 +17,11 @@
 //    what it cannot prepare it hands to the text path.
 //
 // Cell texts come from the grid's CellTextSource (grid/row_formula.h), whose
-// GetCellText computes custom columns in turn. Both ways run on the thread
-// that owns the grid. A custom column may refer to
-// custom columns; a chain that comes back to a column being computed is
-// stopped and leaves the requested cell unchanged.
+// GetCellText computes custom columns in turn, so a custom column may refer
+// to custom columns. A chain that comes back to a column being computed (or
+// nests deeper than 64 custom columns) is stopped, and every custom cell on
+// it, up to the one first requested, is left unchanged. Both ways run on
+// the thread that owns the grid; the cycle check is per thread.
 #pragma once
 
 #include "grid/row_formula.h"

@@ -123,7 +123,7 @@ int OperandLength(std::string_view text) {
   return static_cast<int>(n);
 }
 
-namespace vh::expr {
+namespace {
 
 // Operator-precedence conversion with a stack of operator indices (0 stands
 // for "("). Binary operators pop while the stacked one binds at least as
@@ -131,63 +131,97 @@ namespace vh::expr {
 // binary operator that opens the output or follows a one-character
 // operator token, turning "(-5)" into 0 - 5; after two-character operators
 // it deliberately does not.
-int ConvertTracked(std::string_view infix, std::string& postfix, std::vector<int32_t>* origins) {
-  PostfixWriter out(postfix, origins);
-  std::vector<int8_t> stack;
-  std::string_view previous;
-  size_t i = 0;
-  while (i < infix.size()) {
-    const char c = infix[i];
-    if (IsSpace(c)) {
-      ++i;
-    } else if (c == '(') {
-      stack.push_back(kOpenParen);
-      ++i;
-    } else if (c == ')') {
-      for (;;) {
-        if (stack.empty())
+class Converter {
+public:
+  Converter(std::string_view infix, std::string& postfix, std::vector<int32_t>* origins)
+      : infix_(infix), out_(postfix, origins) {}
+
+  int Run() {
+    while (i_ < infix_.size()) {
+      const char c = infix_[i_];
+      if (IsSpace(c)) {
+        ++i_;
+      } else if (c == '(') {
+        stack_.push_back(kOpenParen);
+        ++i_;
+      } else if (c == ')') {
+        if (!CloseParen())
           return 1;
-        const int8_t top = stack.back();
-        stack.pop_back();
-        if (top == kOpenParen)
-          break;
-        out.Operator(top);
+      } else {
+        const int op = FindOperator(infix_.substr(i_));
+        if (op < 1 || IsSignAt(infix_, i_)) {
+          if (!Operand(op >= 1))
+            return 3;
+        } else {
+          BinaryOperator(op);
+        }
       }
-      ++i;
-    } else {
-      const int op = FindOperator(infix.substr(i));
-      const bool sign = op >= 1 && IsSignAt(infix, i);
-      if (op < 1 || sign) {
-        const size_t n = static_cast<size_t>(OperandLength(infix.substr(i)));
-        if (n == 0)
-          return 3;
-        out.Inserted(sign ? " (" : " ");
-        out.Copied(infix, i, n);
-        if (sign)
-          out.Inserted(")");
-        previous = infix.substr(i, n);
-        i += n;
-        continue;
-      }
-      if (out.empty() || (previous.size() == 1 && FindOperator(previous) >= 1))
-        out.Inserted(" 0");
-      previous = kOperators[op].text;
-      i += previous.size();
-      while (!stack.empty() && stack.back() != kOpenParen &&
-             kOperators[op].precedence <= Precedence(stack.back())) {
-        out.Operator(stack.back());
-        stack.pop_back();
-      }
-      stack.push_back(static_cast<int8_t>(op));
     }
+    while (!stack_.empty()) {
+      if (stack_.back() == kOpenParen)
+        return 1;
+      out_.Operator(stack_.back());
+      stack_.pop_back();
+    }
+    return 0;
   }
-  while (!stack.empty()) {
-    if (stack.back() == kOpenParen)
-      return 1;
-    out.Operator(stack.back());
-    stack.pop_back();
+
+private:
+  bool CloseParen() {
+    for (;;) {
+      if (stack_.empty())
+        return false;
+      const int8_t top = stack_.back();
+      stack_.pop_back();
+      if (top == kOpenParen)
+        break;
+      out_.Operator(top);
+    }
+    ++i_;
+    return true;
   }
-  return 0;
+
+  // A signed operand is written in parentheses, which is how the evaluator
+  // tells it from an operator.
+  bool Operand(bool sign) {
+    const size_t n = static_cast<size_t>(OperandLength(infix_.substr(i_)));
+    if (n == 0)
+      return false;
+    out_.Inserted(sign ? " (" : " ");
+    out_.Copied(infix_, i_, n);
+    if (sign)
+      out_.Inserted(")");
+    previous_ = infix_.substr(i_, n);
+    i_ += n;
+    return true;
+  }
+
+  void BinaryOperator(int op) {
+    if (out_.empty() || (previous_.size() == 1 && FindOperator(previous_) >= 1))
+      out_.Inserted(" 0");
+    previous_ = kOperators[op].text;
+    i_ += previous_.size();
+    while (!stack_.empty() && stack_.back() != kOpenParen &&
+           kOperators[op].precedence <= Precedence(stack_.back())) {
+      out_.Operator(stack_.back());
+      stack_.pop_back();
+    }
+    stack_.push_back(static_cast<int8_t>(op));
+  }
+
+  std::string_view infix_;
+  PostfixWriter out_;
+  std::vector<int8_t> stack_;
+  std::string_view previous_;
+  size_t i_ = 0;
+};
+
+} // namespace
+
+namespace vh::expr {
+
+int ConvertTracked(std::string_view infix, std::string& postfix, std::vector<int32_t>* origins) {
+  return Converter(infix, postfix, origins).Run();
 }
 
 } // namespace vh::expr

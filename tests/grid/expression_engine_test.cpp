@@ -80,66 +80,29 @@ TEST(ExpressionConvert, SignsAndInsertedZero) {
   }
 }
 
-TEST(ExpressionEvaluate, SignsPrecedenceAndGrouping) {
+TEST(ExpressionEvaluate, Values) {
   const struct {
     std::string_view text;
     double value;
   } cases[] = {
-      {"3 * -5", -15},     {"3*(-5)", -15}, {"-5+3", -2},     {"(-5)", -5},      {"3 - -2", 5},
-      {"2<< -3", 1 << 30}, {"+5", 5},       {"2*3^2", 36},    {"2^3^2", 64},     {"2+3*4", 14},
-      {"7+5%3*2", 12},     {"10-4-3", 3},   {"64/4/2", 8},    {"1+2<<3", 17},    {"1 | 2 && 0", 0},
-      {"3 > 2 == 1", 1},   {"(1+2)*3", 9},  {"2 - 3 % 2", 1}, {"8 \\ 3 * 2", 4}, {" ((2)) ", 2},
-  };
-  for (const auto& c : cases) {
-    const Outcome r = Evaluate(c.text);
-    EXPECT_EQ(r.code, 0) << c.text;
-    EXPECT_EQ(r.value, c.value) << c.text;
-  }
-}
-
-TEST(ExpressionEvaluate, EachOperator) {
-  const struct {
-    std::string_view text;
-    double value;
-  } cases[] = {
-      {"6*7", 42},    {"2^10", 1024},
-      {"7/2", 3.5},   {"10\\3", 3},
-      {"-7\\2", -3},  {"-7 % 3", -1},
-      {"7 % -3", 1},  {"2<<3", 16},
-      {"-16>>2", -4}, {"5-8", -3},
-      {"5+8", 13},    {"6&3", 2},
-      {"6|3", 7},     {"1.9 & 3", 1},
-      {"7 && 0", 0},  {"2 && -1", 1},
-      {"0 || 0", 0},  {"0 || 3", 1},
-      {"5 == 5", 1},  {"5 == 4", 0},
-      {"1<2", 1},     {"2<1", 0},
-      {"2>1", 1},     {"2>=2", 1},
-      {"3<=2", 0},    {"2 ^ 0.5", std::sqrt(2.0)},
-  };
-  for (const auto& c : cases) {
-    const Outcome r = Evaluate(c.text);
-    EXPECT_EQ(r.code, 0) << c.text;
-    EXPECT_EQ(r.value, c.value) << c.text;
-  }
-}
-
-TEST(ExpressionEvaluate, TruncationAndShiftsStayInThirtyTwoBits) {
-  const struct {
-    std::string_view text;
-    double value;
-  } cases[] = {
-      {"2147483647.9 | 0", INT_MAX},
-      {"2147483648 | 0", INT_MIN},
-      {"3e9 & -1", INT_MIN},
-      {"-2147483648.9 | 0", INT_MIN},
-      {"inf | 0", INT_MIN},
-      {"nan & -1", INT_MIN},
-      {"5 \\ 0", INT_MIN},
-      {"1 << 31", INT_MIN},
-      {"1 << 32", 1},
-      {"-1 >> 40", -1},
-      {"-1 << 1", -2},
-      {"3 << -1", INT_MIN},
+      // clang-format off
+      // signs and grouping: power binds like product, remainder below it
+      {"3 * -5", -15}, {"3*(-5)", -15}, {"-5+3", -2}, {"(-5)", -5}, {"3 - -2", 5},
+      {"2<< -3", 1 << 30}, {"+5", 5}, {"2*3^2", 36}, {"2^3^2", 64}, {"2+3*4", 14},
+      {"7+5%3*2", 12}, {"10-4-3", 3}, {"64/4/2", 8}, {"1+2<<3", 17}, {"1 | 2 && 0", 0},
+      {"3 > 2 == 1", 1}, {"(1+2)*3", 9}, {"2 - 3 % 2", 1}, {"8 \\ 3 * 2", 4}, {" ((2)) ", 2},
+      // each operator
+      {"6*7", 42}, {"2^10", 1024}, {"7/2", 3.5}, {"10\\3", 3}, {"-7\\2", -3}, {"-7 % 3", -1},
+      {"7 % -3", 1}, {"2<<3", 16}, {"-16>>2", -4}, {"5-8", -3}, {"5+8", 13}, {"6&3", 2},
+      {"6|3", 7}, {"1.9 & 3", 1}, {"7 && 0", 0}, {"2 && -1", 1}, {"0 || 0", 0}, {"0 || 3", 1},
+      {"5 == 5", 1}, {"5 == 4", 0}, {"1<2", 1}, {"2<1", 0}, {"2>1", 1}, {"2>=2", 1},
+      {"3<=2", 0}, {"2 ^ 0.5", std::sqrt(2.0)},
+      // 32-bit truncation: out of range, infinities and NaN are INT_MIN
+      {"2147483647.9 | 0", INT_MAX}, {"2147483648 | 0", INT_MIN}, {"3e9 & -1", INT_MIN},
+      {"-2147483648.9 | 0", INT_MIN}, {"inf | 0", INT_MIN}, {"nan & -1", INT_MIN},
+      {"5 \\ 0", INT_MIN}, {"1 << 31", INT_MIN}, {"1 << 32", 1}, {"-1 >> 40", -1},
+      {"-1 << 1", -2}, {"3 << -1", INT_MIN},
+      // clang-format on
   };
   for (const auto& c : cases) {
     const Outcome r = Evaluate(c.text);
