@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+
 #include "kdl/frame.h"
 
 namespace riskd {
@@ -45,11 +47,12 @@ void RecordWriter::EmitStatus(std::string& out, std::string_view code) {
   Emit(out);
 }
 
-bool FramesAnswer::Fill(std::string& out, size_t) {
-  // Small by construction: handed over in one piece.
-  out.append(frames_, sent_);
-  sent_ = frames_.size();
-  return false;
+bool FramesAnswer::Fill(std::string& out, size_t budget) {
+  // The output is a byte stream, so a frame may be cut between two fills.
+  const size_t n = std::min(budget, frames_.size() - sent_);
+  out.append(frames_, sent_, n);
+  sent_ += n;
+  return sent_ < frames_.size();
 }
 
 SqlAnswer::SqlAnswer(Stmt stmt, std::string answered, RowFn row, std::string status,

@@ -70,19 +70,33 @@ void ScripLegRecord(const ScripInfo& sc, bool nse, RecordWriter& w, std::string&
   w.Emit(frames);
 }
 
-// Scrips are few (thousands), so the master is built whole.
-void ScripMaster(Services& s, Answers* out) {
-  RecordWriter w("tarn_scrip_master");
-  std::string frames;
-  for (const ScripInfo& sc : s.book.all()) {
-    if (sc.hasNse())
-      ScripLegRecord(sc, true, w, frames);
-    if (sc.hasBse())
-      ScripLegRecord(sc, false, w, frames);
+// One record per leg, produced as the connection drains: a desk's own
+// scrip file may hold far more scrips than the sample.
+class ScripMasterAnswer : public Answer {
+public:
+  explicit ScripMasterAnswer(const ScripBook& book) : book_(book), w_("tarn_scrip_master") {}
+  bool Fill(std::string& out, size_t budget) override {
+    const size_t start = out.size();
+    const auto& all = book_.all();
+    for (; next_ < all.size() && out.size() - start < budget; ++next_) {
+      if (all[next_].hasNse())
+        ScripLegRecord(all[next_], true, w_, out);
+      if (all[next_].hasBse())
+        ScripLegRecord(all[next_], false, w_, out);
+    }
+    if (next_ < all.size() || done_)
+      return !done_;
+    w_.EmitStatus(out);
+    done_ = true;
+    return false;
   }
-  w.EmitStatus(frames);
-  out->push_back(std::make_unique<FramesAnswer>(std::move(frames)));
-}
+
+private:
+  const ScripBook& book_;
+  RecordWriter w_;
+  size_t next_ = 0;
+  bool done_ = false;
+};
 
 void UserInfo(Services& s, const kdl::Message& req, Answers* out) {
   const auto user = LoadUser(s.db, FieldText(req, kTagUser));
@@ -161,7 +175,7 @@ bool HandleRequest(Services& s, const kdl::Message& req, Subscription* sub, Answ
   else if (*name == "om_stock_margin_transfer")
     HandleMarginTransfer(s, req);
   else if (*name == "tarn_scrip_master")
-    ScripMaster(s, out);
+    out->push_back(std::make_unique<ScripMasterAnswer>(s.book));
   else if (*name == "tarn_user_info")
     UserInfo(s, req, out);
   else

@@ -190,6 +190,32 @@ TEST_F(StreamsTest, TransferAppliesWhileAnotherAnswerIsHalfRead) {
             Count("SELECT count(*) FROM lien"));
 }
 
+TEST_F(StreamsTest, AnswersArriveWholeThroughASmallQueue) {
+  options_.maxQueuedBytes = 2048; // answers are produced 512 bytes ahead
+  StartServer();
+  TestClient c(server_->port());
+  const struct {
+    const char* name;
+    kdl::Message request;
+    std::string count;
+  } cases[] = {
+      {"scripMaster", MakeRequest("tarn_scrip_master"),
+       "SELECT count(nse_token)+count(bse_code) FROM scrip"},
+      {"hotScrip", HotQuery(),
+       "SELECT count(*) FROM holding GROUP BY scrip_id ORDER BY 1 DESC LIMIT 1"},
+      {"lienReport", MakeRequest("om_get_client_reports", {{54247, "RMS1"}}),
+       "SELECT count(*) FROM lien"},
+      {"topTen", MakeRequest("rs_display_topten_holdings", {{10101, "NSE"}, {41232, "1"}}),
+       "SELECT 1"},
+  };
+  for (const auto& k : cases) {
+    const Stream s = c.Ask(k.request);
+    EXPECT_TRUE(s.ended) << k.name;
+    EXPECT_EQ(int64_t(s.records.size()), Count(k.count)) << k.name;
+  }
+  EXPECT_FALSE(LogHas("closed"));
+}
+
 TEST_F(StreamsTest, StopWithOpenConnections) {
   StartServer();
   TestClient a(server_->port());
