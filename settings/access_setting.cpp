@@ -1,8 +1,6 @@
 #include "settings/access_setting.h"
 
-#include <cstdio>
 #include <fcntl.h>
-#include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
@@ -18,11 +16,12 @@ namespace {
 // it: that open is what decides "not detected", and it creates the file for
 // a write. The handle stays open while the profile function runs. A file
 // without any write permission bit counts as read-only even for root, who
-// could otherwise open it for writing.
+// could otherwise open it for writing. A FIFO in the file's place must not
+// hang the open, hence non-blocking.
 class OpenedFile {
 public:
   OpenedFile(const std::string& path, int flags)
-      : fd_(::open(path.c_str(), flags | O_CLOEXEC, 0644)) {
+      : fd_(::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK, 0644)) {
     struct stat st {};
     if (fd_ >= 0 && (::fstat(fd_, &st) != 0 || !S_ISREG(st.st_mode) ||
                      ((flags & O_ACCMODE) != O_RDONLY && (st.st_mode & 0222) == 0)))

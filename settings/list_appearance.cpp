@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
 
 #include "settings/profile.h"
 #include "settings/settings_paths.h"

@@ -1,6 +1,5 @@
 #include "settings/value_fields.h"
 
-#include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -20,7 +19,6 @@ std::optional<std::string_view> FieldReader::Next(char delimiter) {
 int ToInt(std::string_view text) {
   // strtol needs a terminated string; values are short.
   const std::string s(text);
-  errno = 0;
   const long v = std::strtol(s.c_str(), nullptr, 10);
   if (v > INT_MAX)
     return INT_MAX;

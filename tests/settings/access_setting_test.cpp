@@ -1,5 +1,6 @@
 // The two access routines: paths, modes, messages and status texts.
 #include <string>
+#include <sys/stat.h>
 
 #include <gtest/gtest.h>
 
@@ -70,11 +71,15 @@ TEST_F(AccessSetting, UndetectedFilesComposeAStatusTextAndShowNothing) {
   value = "v";
   EXPECT_EQ(vh::AccessSettingValue(vh::kSettingWrite, "S", "k", value, "Dir.ini"), 0);
 
+  ASSERT_EQ(::mkfifo(cmd_.file("Fifo.ini").c_str(), 0644), 0);
+  EXPECT_EQ(vh::AccessSettingValue(vh::kSettingRead, "S", "k", value, "Fifo.ini"), 0);
+
   WriteFile(cmd_.file("Locked.ini"), "[S]\nk=1\n");
   ASSERT_EQ(::chmod(cmd_.file("Locked.ini").c_str(), 0444), 0);
   EXPECT_EQ(vh::AccessSettingValue(vh::kSettingRead, "S", "k", value, "Locked.ini"), 0);
 
   const std::vector<std::string> expected = {"Did not detect Missing.ini", "Did not detect Dir.ini",
+                                             "Did not detect Fifo.ini",
                                              "Did not detect Locked.ini"};
   EXPECT_EQ(recorder_.statuses(), expected);
   EXPECT_TRUE(recorder_.messages().empty());

@@ -38,6 +38,11 @@ TEST(ProfileFault, UnopenableFilesReadAsMissingAndRefuseWrites) {
   EXPECT_EQ(Get("S", "k", file), "<default>");
   EXPECT_EQ(profile::WritePrivateProfileStringA("S", "k", "v", file.c_str()), 0);
   EXPECT_TRUE(std::filesystem::is_directory(file));
+  std::filesystem::remove(file);
+  ASSERT_EQ(::mkfifo(file.c_str(), 0644), 0); // would block a plain open
+  EXPECT_EQ(Get("S", "k", file), "<default>");
+  EXPECT_EQ(profile::WritePrivateProfileStringA("S", "k", "v", file.c_str()), 0);
+  EXPECT_TRUE(std::filesystem::is_fifo(file));
   EXPECT_EQ(vh::test::CountOtherFiles(dir.path(), "s.ini"), 0);
 }
 
