@@ -19,14 +19,12 @@ std::vector<std::string> RowEngine::DistinctValues(int column) {
   const size_t n = std::min(size_t(std::max(displayedCount_, 0)), map_.size());
   TextInterner seen;
   std::vector<uint32_t> firstPosition;
-  std::string text;
-  CellStyle style;
+  std::string scratch;
   for (const uint32_t slot : SlotsInStoreOrder(n)) {
     const uint64_t item = ItemDataOfIndex(map_[slot]);
     if (item == 0)
       continue;
-    text.clear();
-    GetCellText(item, column, text, style);
+    const std::string_view text = PassText(item, column, scratch);
     if (text.empty())
       continue;
     const uint32_t id = seen.Intern(text);

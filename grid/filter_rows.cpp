@@ -108,16 +108,13 @@ void RowEngine::Filter() {
       active.emplace_back(filterColumns_[i], std::move(pattern));
   }
   const bool exact = exactFlags_ != 0;
-  std::string text;
-  CellStyle style;
+  std::string scratch;
   for (size_t d = 0; d < items_.size(); ++d) {
     const uint64_t item = items_[d];
     if (item == 0)
       continue;
     const bool passes = std::all_of(active.begin(), active.end(), [&](const auto& filter) {
-      text.clear();
-      GetCellText(item, filter.first, text, style);
-      return filter.second.Matches(text, exact);
+      return filter.second.Matches(PassText(item, filter.first, scratch), exact);
     });
     if (passes)
       map_.push_back(int32_t(d));

@@ -18,6 +18,11 @@ void RowEngine::SetPlainDataSource(PlainDataSource source) {
   plainSource_ = source;
 }
 
+void RowEngine::SetViewDataSource(ViewDataSource source, void* owner) {
+  viewSource_ = source;
+  viewOwner_ = owner;
+}
+
 // --- columns ---------------------------------------------------------------
 
 void RowEngine::SetColumns(std::vector<sTarnColInfo> columns, int dataColumnCount,
@@ -120,6 +125,20 @@ bool RowEngine::FetchCell(uint64_t itemData, int column, std::string& text, Cell
   if (ownerSource_)
     return ownerSource_(owner_, itemData, column, text, style) != 0;
   return plainSource_(itemData, column, text, style) != 0;
+}
+
+// A cell's text for a whole-column pass: the caller's scratch text starts
+// empty for every cell, as a fresh text would.
+std::string_view RowEngine::PassText(uint64_t itemData, int column, std::string& scratch) {
+  if (viewSource_ && HasDataSource() && column >= 0 && column < dataColumnCount_) {
+    std::string_view text;
+    viewSource_(viewOwner_, itemData, column, text);
+    return text;
+  }
+  scratch.clear();
+  CellStyle style;
+  GetCellText(itemData, column, scratch, style);
+  return scratch;
 }
 
 bool RowEngine::GetCellText(uint64_t itemData, int column, std::string& text, CellStyle& style) {

@@ -30,6 +30,12 @@ using OwnerDataSource = int (*)(void* owner, uint64_t itemData, int column, std:
 // Plain form: the same less the window.
 using PlainDataSource = int (*)(uint64_t itemData, int column, std::string& text, CellStyle& style);
 
+// Optional third form for whole-column passes (filter, sort, distinct
+// values): sets `text` to the very text the installed form would write, as
+// a view valid until the next call, and returns non-zero on success. Saves
+// a copy per cell; display and drawing keep using the forms above.
+using ViewDataSource = int (*)(void* owner, uint64_t itemData, int column, std::string_view& text);
+
 // Everything here happens after the engine's own state is consistent.
 class RowEngineObserver {
 public:
@@ -65,6 +71,8 @@ public:
   // --- data source and observer ---------------------------------------
   void SetOwnerDataSource(OwnerDataSource source, void* owner);
   void SetPlainDataSource(PlainDataSource source);
+  // Used only while one of the two forms above is installed.
+  void SetViewDataSource(ViewDataSource source, void* owner);
   bool HasDataSource() const { return ownerSource_ != nullptr || plainSource_ != nullptr; }
   void SetObserver(RowEngineObserver* observer) { observer_ = observer; }
 
@@ -184,6 +192,7 @@ private:
   int Mirror(int position) const { return reverse_ ? displayedCount_ - 1 - position : position; }
   int MapSlotOf(int position) const;
   bool FetchCell(uint64_t itemData, int column, std::string& text, CellStyle& style);
+  std::string_view PassText(uint64_t itemData, int column, std::string& scratch);
   void ResetRows();
   void RemoveSlot(int dataIndex);
   bool ShiftDownAbove(int dataIndex, bool stopOnEqual);
@@ -199,6 +208,8 @@ private:
   OwnerDataSource ownerSource_ = nullptr;
   void* owner_ = nullptr;
   PlainDataSource plainSource_ = nullptr;
+  ViewDataSource viewSource_ = nullptr;
+  void* viewOwner_ = nullptr;
   RowEngineObserver* observer_ = nullptr;
 
   std::vector<sTarnColInfo> columns_;

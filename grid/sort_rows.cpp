@@ -60,21 +60,24 @@ void RowEngine::SortOnColumn(int displayColumn) {
 
 // The first `n` map slots ordered by the store slot they show. Rows are
 // read in the order the owner added them, which keeps the owner's records
-// in cache however the display was sorted before.
+// in cache however the display was sorted before. A slot whose entry is
+// bad or repeats another's comes last.
 std::vector<uint32_t> RowEngine::SlotsInStoreOrder(size_t n) const {
-  const size_t buckets = items_.size() + 1; // the last one takes bad entries
-  const auto bucketOf = [&](size_t slot) {
+  std::vector<int32_t> slotOf(items_.size(), -1);
+  std::vector<uint32_t> leftovers;
+  for (size_t slot = 0; slot < n; ++slot) {
     const int32_t d = map_[slot];
-    return d >= 0 && size_t(d) < items_.size() ? size_t(d) : items_.size();
-  };
-  std::vector<uint32_t> start(buckets + 1, 0);
-  for (size_t slot = 0; slot < n; ++slot)
-    ++start[bucketOf(slot) + 1];
-  for (size_t b = 1; b <= buckets; ++b)
-    start[b] += start[b - 1];
-  std::vector<uint32_t> slots(n);
-  for (size_t slot = 0; slot < n; ++slot)
-    slots[start[bucketOf(slot)]++] = uint32_t(slot);
+    if (d >= 0 && size_t(d) < items_.size() && slotOf[size_t(d)] < 0)
+      slotOf[size_t(d)] = int32_t(slot);
+    else
+      leftovers.push_back(uint32_t(slot));
+  }
+  std::vector<uint32_t> slots;
+  slots.reserve(n);
+  for (const int32_t slot : slotOf)
+    if (slot >= 0)
+      slots.push_back(uint32_t(slot));
+  slots.insert(slots.end(), leftovers.begin(), leftovers.end());
   return slots;
 }
 
@@ -88,8 +91,7 @@ bool RowEngine::BuildKeys(int column, int type, size_t n, std::vector<SortEntry>
       column >= dataColumnCount_ && size_t(column - dataColumnCount_) < formulas_.size())
     formula = formulas_[size_t(column - dataColumnCount_)].get();
   keys.resize(n);
-  std::string text;
-  CellStyle style;
+  std::string scratch;
   TextInterner texts;
   for (const uint32_t slot : SlotsInStoreOrder(n)) {
     const uint64_t item = ItemDataOfIndex(map_[slot]);
@@ -98,9 +100,7 @@ bool RowEngine::BuildKeys(int column, int type, size_t n, std::vector<SortEntry>
       keys[slot] = SortEntry{DecimalKey(value), slot};
       continue;
     }
-    text.clear();
-    if (item != 0 && column >= 0)
-      GetCellText(item, column, text, style);
+    const std::string_view text = item != 0 && column >= 0 ? PassText(item, column, scratch) : "";
     keys[slot] =
         SortEntry{type == kCompareText ? texts.Intern(text) : NumericKey(type, text), slot};
   }
@@ -115,16 +115,12 @@ bool RowEngine::BuildKeys(int column, int type, size_t n, std::vector<SortEntry>
 // Date and time columns keep their pairwise rule; a merge sort stays within
 // bounds even if that rule is not a consistent order.
 std::vector<uint32_t> RowEngine::OrderByDateTime(int column, size_t n, int direction) {
-  std::string text;
-  CellStyle style;
+  std::string scratch;
   TextInterner texts;
   std::vector<uint32_t> ids(n);
   for (const uint32_t slot : SlotsInStoreOrder(n)) {
-    text.clear();
     const uint64_t item = ItemDataOfIndex(map_[slot]);
-    if (item != 0 && column >= 0)
-      GetCellText(item, column, text, style);
-    ids[slot] = texts.Intern(text);
+    ids[slot] = texts.Intern(item != 0 && column >= 0 ? PassText(item, column, scratch) : "");
   }
   std::vector<uint32_t> order(n);
   for (uint32_t i = 0; i < n; ++i)

@@ -67,7 +67,9 @@ void Configure(RowEngine& engine) {
   columns[kCustomColumn].SetName("Value");
   columns[kCustomColumn].nType = kCompareDecimal;
   columns[kCustomColumn].strExpression = " \"6\"*\"17\"";
-  engine.SetOwnerDataSource(&HoldingsTable::Fetch, const_cast<HoldingsTable*>(&Table()));
+  auto* owner = const_cast<HoldingsTable*>(&Table());
+  engine.SetOwnerDataSource(&HoldingsTable::Fetch, owner);
+  engine.SetViewDataSource(&HoldingsTable::View, owner);
   engine.SetColumns(std::move(columns), kHoldingsColumns);
   engine.SetCustomColumnCompiler(&CompileRowFormula);
   engine.SetReverseDisplay(true);

@@ -124,12 +124,20 @@ bool HoldingsTable::WriteCsv(const std::string& path) const {
   return bool(out.flush());
 }
 
-int HoldingsTable::Fetch(void* owner, uint64_t itemData, int column, std::string& text,
-                         CellStyle&) {
+int HoldingsTable::View(void* owner, uint64_t itemData, int column, std::string_view& text) {
   const auto* table = static_cast<const HoldingsTable*>(owner);
   if (itemData == 0 || itemData > table->Rows() || column < 0 || column >= kHoldingsColumns)
     return 0;
-  text.assign(table->Cell(size_t(itemData - 1), column));
+  text = table->Cell(size_t(itemData - 1), column);
+  return 1;
+}
+
+int HoldingsTable::Fetch(void* owner, uint64_t itemData, int column, std::string& text,
+                         CellStyle&) {
+  std::string_view view;
+  if (!View(owner, itemData, column, view))
+    return 0;
+  text.assign(view);
   return 1;
 }
 

@@ -47,6 +47,7 @@ public:
   void AddRow(const std::array<std::string_view, kHoldingsColumns>& cells);
 
   static int Fetch(void* owner, uint64_t itemData, int column, std::string& text, CellStyle& style);
+  static int View(void* owner, uint64_t itemData, int column, std::string_view& text);
 
 private:
   struct Column {

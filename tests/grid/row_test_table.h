@@ -26,6 +26,16 @@ struct TextTable {
     style.textColour = int32_t(item);
     return 1;
   }
+
+  // The same texts without a copy, for whole-column passes.
+  static int View(void* owner, uint64_t item, int column, std::string_view& text) {
+    auto* table = static_cast<TextTable*>(owner);
+    if (item == 0 || item > table->rows.size() || column < 0 ||
+        size_t(column) >= table->rows[item - 1].size())
+      return 0;
+    text = table->rows[item - 1][size_t(column)];
+    return 1;
+  }
 };
 
 inline std::vector<sTarnColInfo> Columns(const std::vector<int32_t>& types) {
