@@ -103,6 +103,7 @@ private:
   std::vector<std::unique_ptr<Connection>> conns_;
   uint64_t nextId_ = 1;
   Clock::time_point nextPrice_ = Clock::now(), nextPresent_ = Clock::now();
+  Clock::time_point acceptPausedUntil_;
 };
 
 void Loop::Run() {
@@ -111,7 +112,8 @@ void Loop::Run() {
   while (!stop_) {
     fds.clear();
     fds.push_back({wakeRead_, POLLIN, 0});
-    fds.push_back({listenFd_, POLLIN, 0});
+    const bool accepting = Clock::now() >= acceptPausedUntil_;
+    fds.push_back({accepting ? listenFd_ : -1, POLLIN, 0});
     for (const auto& c : conns_)
       fds.push_back(
           {c->fd(),
@@ -141,8 +143,19 @@ void Loop::Run() {
 void Loop::Accept() {
   for (int n = 0; n < kMaxAcceptsPerTurn; ++n) {
     const int fd = accept4(listenFd_, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
-    if (fd < 0)
+    if (fd < 0) {
+      // Out of descriptors: the listener stays readable, so stop polling it
+      // for a moment instead of spinning.
+      if (errno == EMFILE || errno == ENFILE)
+        acceptPausedUntil_ = Clock::now() + std::chrono::milliseconds(200);
       return;
+    }
+    if (conns_.size() >= options_.maxConnections) {
+      options_.log("more than " + std::to_string(options_.maxConnections) +
+                   " connections; a new one was closed");
+      close(fd);
+      continue;
+    }
     conns_.push_back(std::make_unique<Connection>(fd, nextId_++, options_.maxFrame));
   }
 }
@@ -227,7 +240,9 @@ void Loop::Timers(Clock::time_point now) {
 }
 
 int Loop::TimeoutMs(Clock::time_point now) const {
-  const auto next = std::min(nextPrice_, nextPresent_);
+  auto next = std::min(nextPrice_, nextPresent_);
+  if (acceptPausedUntil_ > now)
+    next = std::min(next, acceptPausedUntil_);
   if (next <= now)
     return 0;
   return static_cast<int>(

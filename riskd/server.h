@@ -24,6 +24,7 @@ struct RiskServerOptions {
   uint32_t maxFrame = 1u << 20;     // larger requests close the connection
   size_t maxQueuedBytes = 8u << 20; // a connection further behind is closed
   size_t maxQueuedAnswers = 64;     // requests waiting for their answer
+  size_t maxConnections = 256;      // further ones are accepted and closed at once
   LogFn log = LogToStderr;          // called on the server thread (and by Start)
 };
 

@@ -216,6 +216,18 @@ TEST_F(StreamsTest, AnswersArriveWholeThroughASmallQueue) {
   EXPECT_FALSE(LogHas("closed"));
 }
 
+TEST_F(StreamsTest, ConnectionsBeyondTheLimitAreClosed) {
+  options_.maxConnections = 2;
+  StartServer();
+  TestClient a(server_->port()), b(server_->port());
+  ExpectAnswers(a, "first");
+  ExpectAnswers(b, "second");
+  TestClient c(server_->port());
+  EXPECT_TRUE(c.WaitClosed());
+  EXPECT_TRUE(LogHas("more than 2 connections"));
+  ExpectAnswers(a, "first, after the refusal");
+}
+
 TEST_F(StreamsTest, StopWithOpenConnections) {
   StartServer();
   TestClient a(server_->port());
