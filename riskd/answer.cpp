@@ -8,34 +8,35 @@
 
 namespace riskd {
 namespace {
-// Records hold at most a thousand short values; anything larger is refused
+// Records hold at most a few hundred short values; anything larger is refused
 // by the message itself rather than growing without bound.
-constexpr uint32_t kRecordScratch = 256 * 1024;
+constexpr uint32_t kRecordScratch = 64 * 1024;
 } // namespace
 
-RecordWriter::RecordWriter(std::string answered)
-    : answered_(std::move(answered)), msg_(kRecordScratch) {}
+RecordWriter::RecordWriter(std::string answered) : answered_(std::move(answered)) {}
 
 void RecordWriter::Start(std::string_view subKind) {
-  failed_ = !msg_.Restart() || !msg_.Add(kTagAnswered, answered_);
+  if (!msg_)
+    msg_.emplace(kRecordScratch);
+  failed_ = !msg_->valid() || !msg_->Restart() || !msg_->Add(kTagAnswered, answered_);
   if (!subKind.empty())
     Add(kTagSubKind, subKind);
 }
 
 void RecordWriter::Add(uint32_t tag, std::string_view text) {
-  if (!failed_ && !msg_.Add(tag, text))
+  if (!failed_ && !msg_->Add(tag, text))
     failed_ = true;
 }
 
 void RecordWriter::AddEmpty(uint32_t tag) {
-  if (!failed_ && !msg_.AddEmpty(tag))
+  if (!failed_ && !msg_->AddEmpty(tag))
     failed_ = true;
 }
 
 bool RecordWriter::Emit(std::string& out) {
-  if (failed_)
+  if (failed_ || !msg_)
     return false;
-  return kdl::AppendFrame(out, msg_.Serialise());
+  return kdl::AppendFrame(out, msg_->Serialise());
 }
 
 void RecordWriter::EmitStatus(std::string& out, std::string_view code) {

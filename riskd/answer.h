@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -52,8 +53,8 @@ public:
 
 private:
   std::string answered_;
-  kdl::Message msg_;
-  bool failed_ = false;
+  std::optional<kdl::Message> msg_; // made on first use: queued answers cost no buffer
+  bool failed_ = true;              // until Start
 };
 
 // Frames prepared up front; for answers of a few records.

@@ -14,7 +14,7 @@ constexpr uint32_t kTagScripField = 65000;
 // "tarn_user_info" fields.
 constexpr uint32_t kTagUserType = 65100, kTagUserAdmin = 65101, kTagUserRight = 65102,
                    kTagUserExchange = 65103;
-constexpr int kClientsPerRecord = 1000;
+constexpr int kClientsPerRecord = 250; // stays far below the record buffer
 
 void PeerData(Services& s, const kdl::Message& req, Answers* out) {
   const auto user = LoadUser(s.db, FieldText(req, kTagUser));
