@@ -73,8 +73,10 @@ void StartupLoader::OnResponse(void*, KdlMsg* msg, void*) {
 void StartupLoader::onUser(KdlMsg* msg, bool end) {
   if (end) {
     if (text(msg, kTagStatus) != "1") {
-      emit failed(
-          QString("the back-end does not know user \"%1\"").arg(QString::fromStdString(userId_)));
+      emit failed(userId_.empty()
+                      ? QString("the back-end has no administrator; log in with --user ID")
+                      : QString("the back-end does not know user \"%1\"")
+                            .arg(QString::fromStdString(userId_)));
       return;
     }
     userDone_ = true;

@@ -98,8 +98,10 @@ private:
   bool done_ = false;
 };
 
+// An empty user id asks for the desk's administrator.
 void UserInfo(Services& s, const kdl::Message& req, Answers* out) {
-  const auto user = LoadUser(s.db, FieldText(req, kTagUser));
+  const std::string id = FieldText(req, kTagUser);
+  const auto user = id.empty() ? LoadDeskAdministrator(s.db) : LoadUser(s.db, id);
   if (!user) {
     out->push_back(StatusOnly("tarn_user_info", "2"));
     return;

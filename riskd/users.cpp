@@ -28,6 +28,13 @@ std::optional<User> LoadUser(const Db& db, std::string_view id) {
   return user;
 }
 
+std::optional<User> LoadDeskAdministrator(const Db& db) {
+  Stmt s = db.Prepare("SELECT id FROM user WHERE admin<>0 ORDER BY id LIMIT 1", nullptr);
+  if (!s.ok() || s.Step() != SQLITE_ROW)
+    return std::nullopt;
+  return LoadUser(db, s.Text(0));
+}
+
 bool MaySee(const Db& db, const User& user, std::string_view client) {
   Stmt s = db.Prepare(user.admin ? "SELECT 1 FROM client WHERE id=?2"
                                  : "SELECT 1 FROM user_client WHERE user_id=?1 AND client_id=?2",

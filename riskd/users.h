@@ -26,6 +26,10 @@ struct User {
 // The user `id`; nullopt when unknown or on a query failure.
 std::optional<User> LoadUser(const Db& db, std::string_view id);
 
+// The desk's administrator: the first user (by id) who is one; nullopt when
+// the store has none. Hosts log in as this user when given no user id.
+std::optional<User> LoadDeskAdministrator(const Db& db);
+
 // True when `user` may see `client` (administrators see every known client).
 bool MaySee(const Db& db, const User& user, std::string_view client);
 

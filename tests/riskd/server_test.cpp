@@ -291,6 +291,10 @@ TEST_F(ServerTest, UserInfo) {
   const Stream s = Ask(MakeRequest("tarn_user_info", {{31003, "RMS2"}}));
   ASSERT_FALSE(s.records.empty());
   EXPECT_EQ(Text(s.records[0], 65102), "RMS View Holdings: Mark/UnMark");
+  const Stream admin = Ask(MakeRequest("tarn_user_info", {{31003, ""}}));
+  ASSERT_FALSE(admin.records.empty());
+  EXPECT_EQ(Text(admin.records[0], 31003), "RMS1") << "no id: the desk's administrator";
+  EXPECT_EQ(Text(admin.records[0], 65101), "1");
   const Stream unknown = Ask(MakeRequest("tarn_user_info", {{31003, "NOBODY"}}));
   EXPECT_TRUE(unknown.records.empty());
   EXPECT_EQ(unknown.status, "2");
