@@ -24,6 +24,8 @@
 
 namespace vh {
 
+class TextInterner;
+
 // Owner form: called with the owner window; preferred when both are set.
 using OwnerDataSource = int (*)(void* owner, uint64_t itemData, int column, std::string& text,
                                 CellStyle& style);
@@ -202,6 +204,8 @@ private:
   void WriteHeaderFilter(int headerItem, std::string_view text);
   void SortDisplayed(int column, int type, int direction);
   std::vector<uint32_t> SlotsInStoreOrder(size_t n) const;
+  template <typename Sink>
+  void ForEachKey(int column, int type, size_t n, TextInterner& texts, Sink&& sink);
   bool BuildKeys(int column, int type, size_t n, std::vector<SortEntry>& keys);
   std::vector<uint32_t> OrderByDateTime(int column, size_t n, int direction);
 

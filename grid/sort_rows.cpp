@@ -81,29 +81,38 @@ std::vector<uint32_t> RowEngine::SlotsInStoreOrder(size_t n) const {
   return slots;
 }
 
+// Calls sink(slot, key) for each of the first `n` map slots, in store
+// order. A text column's key is the text's number in `texts`, to be ranked
+// once all are known.
+template <typename Sink>
+void RowEngine::ForEachKey(int column, int type, size_t n, TextInterner& texts, Sink&& sink) {
+  CustomColumnFormula* formula = nullptr;
+  if (HasDataSource() && (type == kCompareDecimal || type == kCompareDecimalAlt) &&
+      column >= dataColumnCount_ && size_t(column - dataColumnCount_) < formulas_.size())
+    formula = formulas_[size_t(column - dataColumnCount_)].get();
+  std::string scratch;
+  for (const uint32_t slot : SlotsInStoreOrder(n)) {
+    const uint64_t item = ItemDataOfIndex(map_[slot]);
+    double value = 0;
+    if (item != 0 && formula && formula->CalculateSortKey(item, *this, dataColumnCount_, value)) {
+      sink(slot, DecimalKey(value));
+      continue;
+    }
+    const std::string_view text = item != 0 && column >= 0 ? PassText(item, column, scratch) : "";
+    sink(slot, type == kCompareText ? texts.Intern(text) : NumericKey(type, text));
+  }
+}
+
 // Fills `keys` for the first `n` map slots and returns true for the types
 // whose order is an integer order (text by rank among the distinct texts).
 bool RowEngine::BuildKeys(int column, int type, size_t n, std::vector<SortEntry>& keys) {
   if (!HasNumericKey(type) && type != kCompareText)
     return false;
-  CustomColumnFormula* formula = nullptr;
-  if (HasDataSource() && (type == kCompareDecimal || type == kCompareDecimalAlt) &&
-      column >= dataColumnCount_ && size_t(column - dataColumnCount_) < formulas_.size())
-    formula = formulas_[size_t(column - dataColumnCount_)].get();
   keys.resize(n);
-  std::string scratch;
   TextInterner texts;
-  for (const uint32_t slot : SlotsInStoreOrder(n)) {
-    const uint64_t item = ItemDataOfIndex(map_[slot]);
-    double value = 0;
-    if (item != 0 && formula && formula->CalculateSortKey(item, *this, dataColumnCount_, value)) {
-      keys[slot] = SortEntry{DecimalKey(value), slot};
-      continue;
-    }
-    const std::string_view text = item != 0 && column >= 0 ? PassText(item, column, scratch) : "";
-    keys[slot] =
-        SortEntry{type == kCompareText ? texts.Intern(text) : NumericKey(type, text), slot};
-  }
+  ForEachKey(column, type, n, texts, [&](uint32_t slot, uint64_t key) {
+    keys[slot] = SortEntry{key, slot};
+  });
   if (type == kCompareText) {
     const std::vector<uint32_t> rank = texts.Ranks();
     for (SortEntry& e : keys)
@@ -153,6 +162,8 @@ void RowEngine::SortDisplayed(int column, int type, int direction) {
     map_[reverse_ ? n - 1 - i : i] = sorted[i];
 }
 
+// Numeric columns keep only the `n` best rows while reading, in a heap
+// whose top is the smallest of them.
 std::vector<int32_t> RowEngine::LargestRows(int column, size_t n) {
   const sTarnColInfo* info = ColumnInfo(column);
   if (!info || !HasDataSource())
@@ -162,8 +173,23 @@ std::vector<int32_t> RowEngine::LargestRows(int column, size_t n) {
   std::vector<int32_t> result;
   result.reserve(n);
   std::vector<SortEntry> keys;
-  if (BuildKeys(column, info->nType, count, keys)) {
-    const auto larger = [](const SortEntry& a, const SortEntry& b) { return a.key > b.key; };
+  const auto larger = [](const SortEntry& a, const SortEntry& b) { return a.key > b.key; };
+  if (HasNumericKey(info->nType) && n > 0) {
+    TextInterner unused;
+    ForEachKey(column, info->nType, count, unused, [&](uint32_t slot, uint64_t key) {
+      if (keys.size() < n) {
+        keys.push_back(SortEntry{key, slot});
+        std::push_heap(keys.begin(), keys.end(), larger);
+      } else if (key > keys.front().key) {
+        std::pop_heap(keys.begin(), keys.end(), larger);
+        keys.back() = SortEntry{key, slot};
+        std::push_heap(keys.begin(), keys.end(), larger);
+      }
+    });
+    std::sort_heap(keys.begin(), keys.end(), larger);
+    for (const SortEntry& e : keys)
+      result.push_back(map_[e.index]);
+  } else if (BuildKeys(column, info->nType, count, keys)) {
     std::partial_sort(keys.begin(), keys.begin() + ptrdiff_t(n), keys.end(), larger);
     for (size_t i = 0; i < n; ++i)
       result.push_back(map_[keys[i].index]);

@@ -43,28 +43,21 @@ TEST(RowEngine, RandomInsertDeleteAgreesWithAVectorModel) {
     engine.SetOwnerDataSource(&TextTable::Fetch, &table);
     engine.SetColumns(test::Columns({3}), 1);
     Model m;
-    m.reverse = engine.ReverseDisplay();
-    if (round % 2) {
-      engine.SetReverseDisplay(true);
-      m.reverse = true;
-    }
+    m.reverse = round % 2 == 1;
+    engine.SetReverseDisplay(m.reverse);
     uint64_t nextTag = 1;
     for (int step = 0; step < 300; ++step) {
       const int size = int(m.store.size());
       const int op = std::uniform_int_distribution<int>(0, 9)(rng);
       if (op < 5 || size == 0) {
         const int p = std::uniform_int_distribution<int>(0, size + 1)(rng);
-        ASSERT_NE(engine.InsertItem(p, "x"), -1);
-        size_t slot = m.map.size();
-        if (p > 0 && p < size) {
-          for (auto& entry : m.map) // the model keeps tags, so nothing to shift
-            (void)entry;
-          m.store.insert(m.store.begin() + p, nextTag);
-          slot = std::min(size_t(p), m.map.size());
-        } else {
-          m.store.push_back(nextTag);
-        }
+        const int returned = engine.InsertItem(p, "x");
+        const bool middle = p > 0 && p < size;
+        const size_t slot = middle ? std::min(size_t(p), m.map.size()) : m.map.size();
+        m.store.insert(m.store.begin() + (middle ? p : size), nextTag);
         m.map.insert(m.map.begin() + ptrdiff_t(slot), nextTag);
+        const int dataIndex = middle ? p : size;
+        ASSERT_EQ(returned, m.reverse ? int(m.map.size()) - 1 - dataIndex : dataIndex);
         const size_t position = m.reverse ? m.map.size() - 1 - slot : slot;
         ASSERT_TRUE(engine.SetItemData(int(position), nextTag));
         ++nextTag;
