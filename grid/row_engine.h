@@ -58,7 +58,8 @@ public:
   // `image` (0 or 1) on `column`, right of the text.
   virtual void OnSortMark(int /*clearColumn*/, int /*column*/, int /*image*/) {}
   // Show `text` in the filter field of header item `headerItem`. The engine
-  // has already taken the change; the header must not report it back.
+  // applies the change itself right after; the header must not report it
+  // back.
   virtual void OnHeaderFilterText(int /*headerItem*/, std::string_view /*text*/) {}
   virtual void OnClearHeaderFilters() {}
 };
@@ -152,7 +153,8 @@ public:
   void OnHeaderFilterChanged(int headerItem, std::string_view text);
   // Filters `dataColumn` with `text`; `exact` asks whole-text equality for
   // this one pass. A hidden column's filter is stored directly and the
-  // filter field of header item 0 is cleared (deliberately).
+  // filter field of header item 0 is cleared (deliberately). An unknown
+  // column changes nothing.
   void SetFilter(int dataColumn, std::string_view text, bool exact);
   void ResetFilters();
   // Flips the persistent exact-match mode and filters again.
