@@ -80,6 +80,14 @@ std::optional<size_t> FindKey(const std::vector<Line>& lines, SectionSpan span,
   return std::nullopt;
 }
 
+// Gives a text whose last line lacks its break one: the rest of a cut "\r\n",
+// or the file's break.
+void CompleteLastLine(std::string& text, std::string_view br) {
+  if (text.empty() || text.back() == '\n')
+    return;
+  text.append(text.back() == '\r' ? "\n" : br);
+}
+
 // Inserts `newLines` (each already carrying its break) after the line
 // `after`; a last line without a break gets one first so that the new text
 // starts on a line of its own.
@@ -87,8 +95,7 @@ std::string InsertAfter(std::string_view text, const Line& after, std::string_vi
   std::string out;
   out.reserve(text.size() + newLines.size() + 2);
   out.append(text.substr(0, after.next));
-  if (after.next == after.end && after.end > after.begin)
-    out.append(LineBreakOf(text));
+  CompleteLastLine(out, LineBreakOf(text));
   out.append(newLines);
   out.append(text.substr(after.next));
   return out;
@@ -111,7 +118,9 @@ std::vector<Line> ParseLines(std::string_view text) {
     line.begin = pos;
     size_t nl = text.find('\n', pos);
     if (nl == std::string_view::npos) {
-      line.end = text.size();
+      // A final "\r" is a line break cut short, as in a CRLF file truncated
+      // between its two bytes.
+      line.end = text.back() == '\r' ? text.size() - 1 : text.size();
       line.next = text.size();
     } else {
       line.end = (nl > pos && text[nl - 1] == '\r') ? nl - 1 : nl;
@@ -191,8 +200,7 @@ std::string SetValue(std::string_view text, std::string_view section, std::strin
   if (!span) {
     // A new section goes at the end of the file.
     std::string out(text);
-    if (!out.empty() && out.back() != '\n')
-      out.append(br);
+    CompleteLastLine(out, br);
     out.append(Joined("[", section, "]", br)).append(Joined(key, "=", value, br));
     return out;
   }
@@ -248,6 +256,8 @@ std::string_view LineBreakOf(std::string_view text) {
   const size_t nl = text.find('\n');
   if (nl != std::string_view::npos)
     return (nl > 0 && text[nl - 1] == '\r') ? "\r\n" : "\n";
+  if (!text.empty() && text.back() == '\r')
+    return "\r\n";
 #ifdef _WIN32
   return "\r\n";
 #else

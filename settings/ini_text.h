@@ -3,7 +3,7 @@
 // makes. Private to settings/: the public contract is profile.h.
 //
 // Line grammar (one line = bytes up to "\n"; a "\r" just before it belongs to
-// the break):
+// the break, and so does a "\r" that ends the file):
 //   blanks  = { ' ', '\t', '\v' }
 //   section = blanks* "[" name ( "]" anything | end of line )   name trimmed of blanks
 //   comment = blanks* ";" anything

@@ -68,7 +68,7 @@ TEST(ProfileFault, TruncatedFilesGiveWhatIsThere) {
       {"cut after the equals sign", "[S]\nk=", "S", "k", ""},
       {"cut inside a key", "[S]\nk", "S", "k", ""},
       {"cut inside a header", "[S]\nk=1\n[T", "T", "k", "<default>"},
-      {"cut after a CR", "[S]\nk=1\r", "S", "k", "1\r"},
+      {"cut between CR and LF", "[S]\r\nk=1\r", "S", "k", "1"},
       {"empty file", "", "S", "k", "<default>"},
   };
   for (const auto& c : cases) {

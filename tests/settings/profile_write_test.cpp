@@ -66,6 +66,8 @@ TEST(ProfileWrite, SmallEdits) {
     std::string after;
   } cases[] = {
       {"new key after a last line without break", "[S]\nk=1", "S", "n", "2", "[S]\nk=1\nn=2\n"},
+      {"a CRLF cut after its CR is completed", "[S]\r\nk=1\r", "S", "n", "2",
+       "[S]\r\nk=1\r\nn=2\r\n"},
       {"changed last line keeps having no break", "[S]\nk=1", "S", "k", "9", "[S]\nk=9"},
       {"new section after a last line without break", "[S]\r\nk=1", "T", "n", "2",
        "[S]\r\nk=1\r\n[T]\r\nn=2\r\n"},
