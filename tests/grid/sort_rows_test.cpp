@@ -1,5 +1,6 @@
 #include "grid/row_engine.h"
 
+#include "grid/distinct_interner.h"
 #include "grid/row_custom_formula.h"
 #include "grid/sort_compare.h"
 #include "tests/grid/row_test_table.h"
@@ -10,6 +11,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <map>
 
 namespace vh {
 namespace {
@@ -128,6 +130,26 @@ TEST_F(SortFixture, DirectionRulesAndMarks) {
   engine.SortOnColumn(0);
   EXPECT_EQ(engine.SortDirection(), -1);
   EXPECT_EQ(ColumnAsShown(0), (std::vector<std::string>{"2", "3"}));
+}
+
+// Text ranks decide text sorts and distinct values: numbers must follow
+// byte equality, ranks unsigned byte order, at every length the hash reads.
+TEST(SortKeys, InternedTextsAndRanks) {
+  std::mt19937 rng(17);
+  TextInterner interner;
+  std::map<std::string, uint32_t> reference;
+  for (int i = 0; i < 5000; ++i) {
+    const std::string text = test::RandomText(rng, std::string("ab\x80\0", 4), 19);
+    const auto [it, added] = reference.emplace(text, uint32_t(reference.size()));
+    ASSERT_EQ(interner.Intern(text), it->second) << "new " << added;
+  }
+  ASSERT_EQ(interner.Size(), reference.size());
+  const std::vector<uint32_t> rank = interner.Ranks();
+  uint32_t expected = 0;
+  for (const auto& [text, id] : reference) { // std::map orders bytes unsigned
+    EXPECT_EQ(interner.Text(id), text);
+    EXPECT_EQ(rank[id], expected++);
+  }
 }
 
 TEST(SortCompare, DatesAndTimes) {
