@@ -11,7 +11,9 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 
@@ -173,6 +175,35 @@ void W9_distinct_symbol(benchmark::State& state) {
   state.counters["bytes_per_row"] = double(engine.ResidentBytes()) / double(engine.RowCount());
 }
 
+// What the rules literally do, for comparison: convert both texts inside
+// every comparison of a quick sort.
+void LiteralSort(benchmark::State& state, int column, bool numeric) {
+  RowEngine& engine = Loaded();
+  std::vector<uint64_t> items(size_t(engine.DisplayedCount()));
+  std::string a, b;
+  for (auto _ : state) {
+    for (size_t p = 0; p < items.size(); ++p)
+      items[p] = engine.GetItemData(int(p));
+    std::sort(items.begin(), items.end(), [&](uint64_t x, uint64_t y) {
+      a.clear();
+      b.clear();
+      engine.GetCellText(x, column, a);
+      engine.GetCellText(y, column, b);
+      const int r = numeric ? -(std::atoi(b.c_str()) - std::atoi(a.c_str()))
+                            : -std::strcmp(b.c_str(), a.c_str());
+      return r < 0;
+    });
+    benchmark::DoNotOptimize(items.data());
+  }
+}
+
+void Literal_sort_quantity(benchmark::State& state) {
+  LiteralSort(state, kHoldingsQty, true);
+}
+void Literal_sort_symbol(benchmark::State& state) {
+  LiteralSort(state, kNseSymbol, false);
+}
+
 BENCHMARK(W1_insert_1m)->Unit(benchmark::kMillisecond);
 BENCHMARK(W2_custom_column_all_rows)->Unit(benchmark::kMillisecond);
 BENCHMARK(W3_filter_prefix)->Unit(benchmark::kMillisecond);
@@ -182,6 +213,8 @@ BENCHMARK(W6_sort_quantity)->Unit(benchmark::kMillisecond);
 BENCHMARK(W7_sort_symbol)->Unit(benchmark::kMillisecond);
 BENCHMARK(W8_top10_custom)->Unit(benchmark::kMillisecond);
 BENCHMARK(W9_distinct_symbol)->Unit(benchmark::kMillisecond);
+BENCHMARK(Literal_sort_quantity)->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK(Literal_sort_symbol)->Unit(benchmark::kMillisecond)->Iterations(1);
 
 } // namespace
 } // namespace vh::bench
