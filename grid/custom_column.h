@@ -20,7 +20,8 @@
 // GetCellText computes custom columns in turn, so a custom column may refer
 // to custom columns. A chain that comes back to a column being computed (or
 // nests deeper than 64 custom columns) is stopped, and every custom cell on
-// it, up to the one first requested, is left unchanged. Both ways run on
+// it, up to the one first requested, is left unchanged. Coming back means
+// the same column, whatever the row. Both ways run on
 // the thread that owns the grid; the cycle check is per thread.
 #pragma once
 
