@@ -68,6 +68,9 @@ void RowEngine::ResetFilters() {
   Filter();
 }
 
+// Rewriting the first filter's text is what makes the header filter again.
+// A hidden first column has no field to rewrite; the pass runs directly so
+// the new mode still takes effect.
 void RowEngine::ToggleExactMatch() {
   exactFlags_ ^= 0x0100;
   if (filterColumns_.empty() || filterTexts_.empty()) {
