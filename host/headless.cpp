@@ -60,8 +60,13 @@ bool click(QWidget* view, int id, QString& error) {
 HeadlessRun::HeadlessRun(const HostOptions& options, BackendControl& control, QObject* parent)
     : QObject(parent), options_(options), control_(control) {
   timeout_.setSingleShot(true);
-  connect(&timeout_, &QTimer::timeout, this,
-          [this] { finish(3, QString("no complete answer within %1 ms").arg(options_.waitMs)); });
+  connect(&timeout_, &QTimer::timeout, this, [this] {
+    finish(
+        3,
+        view_
+            ? QString("no complete answer within %1 ms").arg(options_.waitMs)
+            : QString("the back-end did not serve the start-up within %1 ms").arg(options_.waitMs));
+  });
   control_.Attach(this);
   // The answer's end has been seen and every record before it delivered.
   connect(&control_, &BackendControl::idle, this, [this] {
@@ -74,16 +79,43 @@ HeadlessRun::~HeadlessRun() {
   control_.Detach(this);
 }
 
+void HeadlessRun::Arm() {
+  timeout_.start(options_.waitMs);
+}
+
 void HeadlessRun::Start(QWidget* view) {
   view_ = view;
   QString error;
+  if (!knownTarget(error)) {
+    finish(2, error);
+    return;
+  }
   const bool ok = options_.client.isEmpty() ? selectScrip(view, error) : selectClient(view, error);
   if (!ok || !click(view, kViewButton, error)) {
     finish(2, error);
     return;
   }
   waiting_ = true;
-  timeout_.start(options_.waitMs);
+  if (!timeout_.isActive())
+    timeout_.start(options_.waitMs);
+}
+
+bool HeadlessRun::knownTarget(QString& error) const {
+  const HostContext& h = TheHost();
+  if (!options_.client.isEmpty()) {
+    const std::string id = options_.client.toStdString();
+    for (const std::string& c : h.user.clientIds)
+      if (c == id)
+        return true;
+    error = QString("client %1 is not one user %2 may query")
+                .arg(options_.client, QString::fromStdString(h.user.id));
+    return false;
+  }
+  const std::string name = options_.scrip.mid(4).toStdString();
+  if (h.master.Find(options_.scrip.left(3).toStdString(), name))
+    return true;
+  error = "unknown scrip " + options_.scrip;
+  return false;
 }
 
 bool HeadlessRun::selectClient(QWidget* view, QString& error) {

@@ -24,6 +24,9 @@ public:
   HeadlessRun(const HostOptions& options, BackendControl& control, QObject* parent = nullptr);
   ~HeadlessRun() override;
 
+  // Starts the clock: the run ends with code 3 when no complete answer has
+  // arrived --wait-ms after this, whatever phase it is in.
+  void Arm();
   // Starts the query on the opened view window.
   void Start(QWidget* view);
 
@@ -34,6 +37,7 @@ signals:
   void finished(int exitCode);
 
 private:
+  bool knownTarget(QString& error) const;
   bool selectScrip(QWidget* view, QString& error);
   bool selectClient(QWidget* view, QString& error);
   void answerEnded();

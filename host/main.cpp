@@ -89,12 +89,6 @@ QStringList allArguments(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   const QStringList arguments = allArguments(argc, argv);
-  std::vector<char*> qtArgv = argumentsForQt(argc, argv);
-  int qtArgc = static_cast<int>(qtArgv.size()) - 1;
-  QApplication app(qtArgc, qtArgv.data());
-  app.setApplicationName("tarntrader");
-  app.setOrganizationName("tarn");
-
   host::HostOptions options;
   QString error;
   bool help = false;
@@ -103,6 +97,15 @@ int main(int argc, char** argv) {
     return help ? 0 : 1;
   }
   const bool headless = options.headless();
+  // A headless run shows no window, so it needs no window system either.
+  if (headless && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+
+  std::vector<char*> qtArgv = argumentsForQt(argc, argv);
+  int qtArgc = static_cast<int>(qtArgv.size()) - 1;
+  QApplication app(qtArgc, qtArgv.data());
+  app.setApplicationName("tarntrader");
+  app.setOrganizationName("tarn");
 
   host::PluginLoader plugin;
   if (!plugin.Load(options.pluginPath.isEmpty() ? defaultPluginPath() : options.pluginPath, error))
@@ -131,6 +134,8 @@ int main(int argc, char** argv) {
   });
 
   host::HeadlessRun run(options, control);
+  if (headless)
+    run.Arm(); // --wait-ms bounds the whole run, start-up included
   QObject::connect(&run, &host::HeadlessRun::finished, &app, [&](int code) { app.exit(code); });
   QObject::connect(&loader, &host::StartupLoader::failed, &app, [&](const QString& why) {
     if (headless) {

@@ -1,0 +1,83 @@
+// The tarntrader executable as a user runs it: command line, embedded
+// back-end, start-up load, headless exit codes. No display is needed.
+#include <QProcess>
+#include <QTcpServer>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace {
+
+struct ProcessRun {
+  int exitCode = -1;
+  QString out;
+  QString err;
+};
+
+ProcessRun RunTarntrader(const QStringList& args, const QString& home) {
+  QProcess p;
+  QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+  env.remove("QT_QPA_PLATFORM"); // headless runs must choose offscreen themselves
+  env.remove("DISPLAY");
+  env.insert("HOME", home);
+  env.insert("XDG_DATA_HOME", home + "/data");
+  p.setProcessEnvironment(env);
+  p.start(TARNTRADER_PATH, args);
+  ProcessRun r;
+  if (!p.waitForFinished(60000)) {
+    p.kill();
+    p.waitForFinished();
+    r.err = "timed out";
+    return r;
+  }
+  r.exitCode = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -2;
+  r.out = QString::fromLocal8Bit(p.readAllStandardOutput());
+  r.err = QString::fromLocal8Bit(p.readAllStandardError());
+  return r;
+}
+
+quint16 ClosedPort() {
+  QTcpServer s;
+  s.listen(QHostAddress::LocalHost, 0);
+  const quint16 port = s.serverPort();
+  s.close();
+  return port;
+}
+
+TEST(TarntraderCli, ExitCodesAndMessages) {
+  QTemporaryDir home;
+  ASSERT_TRUE(home.isValid());
+  const QString db = home.filePath("risk.db");
+  const QStringList embedded{"--plugin", VIEWHOLDINGS_PATH, "--db", db, "--rows", "2000"};
+  const QString closed = QString("127.0.0.1:%1").arg(ClosedPort());
+  const struct {
+    const char* name;
+    QStringList args;
+    int exitCode;
+    const char* stderrPart; // or stdout for --help
+  } cases[] = {
+      {"help", {"--help"}, 0, "--scrip"},
+      {"unknownOption", {"--frobnicate"}, 1, "frobnicate"},
+      {"missingPlugin",
+       {"--plugin", "/nonexistent/libnothing.so", "--client", "C1"},
+       1,
+       "cannot load the plug-in"},
+      {"unknownScrip", embedded + QStringList{"--scrip", "NSE:NOPE-EQ", "--wait-ms", "20000"}, 2,
+       "unknown scrip NSE:NOPE-EQ"},
+      {"clientNotVisible", embedded + QStringList{"--client", "NOBODY", "--wait-ms", "20000"}, 2,
+       "client NOBODY is not one user RMS1 may query"},
+      {"unknownUser", embedded + QStringList{"--user", "NOBODY", "--client", "C1"}, 1,
+       "does not know user \"NOBODY\""},
+      {"backEndNotThere",
+       {"--plugin", VIEWHOLDINGS_PATH, "--backend", closed, "--client", "C1", "--wait-ms", "1500"},
+       3,
+       "did not serve the start-up within 1500 ms"},
+  };
+  for (const auto& c : cases) {
+    const ProcessRun r = RunTarntrader(c.args, home.path());
+    EXPECT_EQ(r.exitCode, c.exitCode) << c.name << "\n" << r.err.toStdString();
+    const QString& text = c.exitCode == 0 ? r.out : r.err;
+    EXPECT_TRUE(text.contains(c.stderrPart)) << c.name << "\n" << text.toStdString();
+  }
+}
+
+} // namespace
