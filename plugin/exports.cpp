@@ -8,12 +8,14 @@
 #include <cstdio>
 
 #include <QCoreApplication>
+#include <QFileInfo>
 
 #include "common/host_proc.h"
 #include "common/message.h"
 #include "plugin/message_box_sink.h"
 #include "plugin/module_state.h"
 #include "plugin/plugin_view.h"
+#include "settings/settings_paths.h"
 
 #if !defined(_WIN32)
 #include <dlfcn.h>
@@ -44,6 +46,16 @@ std::string executablePath() {
   return vh::HostExecutablePath();
 }
 
+// The first command-line argument as a path. A bare program name was found
+// on PATH; a relative path is taken from where the host was started.
+std::string commandLinePath() {
+  const QStringList args =
+      QCoreApplication::instance() ? QCoreApplication::arguments() : QStringList();
+  if (args.isEmpty() || !args.first().contains('/'))
+    return executablePath();
+  return QFileInfo(args.first()).absoluteFilePath().toStdString();
+}
+
 // Keeps the user's values and creates the window: the first compatible open.
 void createView(TarnHostContext* host, const char* userId, uint32_t userType) {
   vh::ModuleState& m = vh::Module();
@@ -51,7 +63,8 @@ void createView(TarnHostContext* host, const char* userId, uint32_t userType) {
   m.userId = userId ? userId : "";
   m.hostModule = mainModuleHandle();
   m.userType = userType;
-  m.hostDirectory = vh::HostDirectoryOf(executablePath());
+  m.hostDirectory = vh::DirectoryOfPath(executablePath());
+  vh::SetSettingsPaths({m.hostDirectory, vh::DirectoryOfPath(commandLinePath())});
   if (!m.hostModule) {
     vh::ShowMessage("Cant rename TarnTrader.exe,Module not found");
     return;

@@ -29,8 +29,4 @@ struct ModuleState {
 // The one instance, constructed on first use (the module's load).
 ModuleState& Module();
 
-// Host directory of an executable path: everything before its last path
-// separator ("/" here; "\\" and "/" on Windows). A path without one gives "".
-std::string HostDirectoryOf(const std::string& executablePath);
-
 } // namespace vh

@@ -46,6 +46,9 @@ struct Case {
   int nseLeft = 0, bseLeft = 0, topN = 0, lien = 0;
 };
 
+// Names the case in test listings instead of dumping its bytes.
+void PrintTo(const Case& c, std::ostream* os) { *os << c.name; }
+
 class Dispatch : public testing::TestWithParam<Case> {};
 
 TEST_P(Dispatch, RoutesByNameStatusAndSubKind) {

@@ -44,8 +44,8 @@ inline std::string ReadFile(const std::string& path) {
   return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-// The fixture folder's path is compiled in: the test environment does not
-// reliably carry VH_SOURCE_DIR to every discovered test.
+// The fixture folder's path is compiled in, so a test finds it from any
+// working directory.
 inline std::string Fixture(const std::string& name) {
   return ReadFile(std::string(VH_SETTINGS_FIXTURES) + "/" + name);
 }
