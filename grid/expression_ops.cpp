@@ -63,18 +63,42 @@ double StrtodC(const char* text, char** end) {
 // and constant has. from_chars rounds exactly as strtod does and needs no
 // terminator or locale; anything else goes to strtod.
 bool ParseSimpleDecimal(std::string_view s, double& value) {
-  size_t i = (!s.empty() && s[0] == '-') ? 1 : 0;
+  // Up to 15 significant digits fit a double exactly, and so does every
+  // power of ten up to 1e22; one correctly rounded division then gives the
+  // very double strtod would (the classic exact fast path).
+  static constexpr double kPow10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                      1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                      1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+  const bool negative = !s.empty() && s[0] == '-';
   bool digit = false, dot = false;
-  for (size_t k = i; k < s.size(); ++k) {
-    if (s[k] >= '0' && s[k] <= '9')
+  uint64_t mantissa = 0;
+  int significant = 0, decimals = 0;
+  for (size_t k = negative ? 1 : 0; k < s.size(); ++k) {
+    const char c = s[k];
+    if (c >= '0' && c <= '9') {
       digit = true;
-    else if (s[k] == '.' && !dot)
+      if (mantissa != 0 || c != '0')
+        ++significant;
+      mantissa = mantissa * 10 + static_cast<uint64_t>(c - '0');
+      decimals += dot;
+      if (significant > 15)
+        break;
+    } else if (c == '.' && !dot) {
       dot = true;
-    else
+    } else {
       return false;
+    }
   }
   if (!digit)
     return false;
+  if (significant <= 15 && decimals <= 22) {
+    const double v = static_cast<double>(mantissa) / kPow10[decimals];
+    value = negative ? -v : v;
+    return true;
+  }
+  for (size_t k = negative ? 1 : 0; k < s.size(); ++k)
+    if (!((s[k] >= '0' && s[k] <= '9') || s[k] == '.'))
+      return false;
   auto [ptr, ec] = std::from_chars(s.data(), s.data() + s.size(), value);
   return ec == std::errc() && ptr == s.data() + s.size();
 }
