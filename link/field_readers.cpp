@@ -49,6 +49,20 @@ locale_t CLocale() {
   return c;
 }
 
+// The numeric readers differ only in their buffer and conversion; a failed
+// read leaves the destination as it was.
+template <size_t N, typename T, typename Convert>
+int ReadNumber(const KdlMsg* msg, uint32_t tag, uint32_t index, T* out, int32_t* kind,
+               Convert convert) {
+  KdlValue value{};
+  if (!Fetch(msg, tag, index, &value, kind))
+    return 0;
+  char buffer[N];
+  CopyInto(value, buffer);
+  *out = convert(buffer);
+  return 1;
+}
+
 } // namespace
 
 int ReadTextField(const KdlMsg* msg, uint32_t tag, uint32_t index, std::string* out,
@@ -63,33 +77,17 @@ int ReadTextField(const KdlMsg* msg, uint32_t tag, uint32_t index, std::string* 
 }
 
 int ReadLongField(const KdlMsg* msg, uint32_t tag, uint32_t index, int32_t* out, int32_t* kind) {
-  KdlValue value{};
-  if (!Fetch(msg, tag, index, &value, kind))
-    return 0;
-  char buffer[kLongBuffer];
-  CopyInto(value, buffer);
-  *out = ToInt32(buffer);
-  return 1;
+  return ReadNumber<kLongBuffer>(msg, tag, index, out, kind, ToInt32);
 }
 
 int ReadIntField(const KdlMsg* msg, uint32_t tag, uint32_t index, int32_t* out, int32_t* kind) {
-  KdlValue value{};
-  if (!Fetch(msg, tag, index, &value, kind))
-    return 0;
-  char buffer[kIntBuffer];
-  CopyInto(value, buffer);
-  *out = ToInt32(buffer);
-  return 1;
+  return ReadNumber<kIntBuffer>(msg, tag, index, out, kind, ToInt32);
 }
 
 int ReadDoubleField(const KdlMsg* msg, uint32_t tag, uint32_t index, double* out, int32_t* kind) {
-  KdlValue value{};
-  if (!Fetch(msg, tag, index, &value, kind))
-    return 0;
-  char buffer[kDoubleBuffer];
-  CopyInto(value, buffer);
-  *out = CLocale() ? strtod_l(buffer, nullptr, CLocale()) : std::strtod(buffer, nullptr);
-  return 1;
+  return ReadNumber<kDoubleBuffer>(msg, tag, index, out, kind, [](const char* text) {
+    return CLocale() ? strtod_l(text, nullptr, CLocale()) : std::strtod(text, nullptr);
+  });
 }
 
 } // namespace vh
