@@ -1,11 +1,11 @@
 #include "grid/expression_detail.h"
 
+#include "common/c_locale.h"
+
 #include <algorithm>
 #include <charconv>
-#include <clocale>
 #include <cmath>
 #include <cstdlib>
-#include <locale.h>
 
 namespace vh::expr {
 
@@ -36,28 +36,6 @@ const OperatorEntry kOperators[kOperatorCount] = {
 };
 
 namespace {
-
-// One "C" locale for the life of the process: strtod must read "." as the
-// decimal point even when the host has switched LC_NUMERIC.
-class CLocale {
-public:
-  CLocale() : handle_(newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(nullptr))) {}
-  ~CLocale() {
-    if (handle_)
-      freelocale(handle_);
-  }
-  CLocale(const CLocale&) = delete;
-  CLocale& operator=(const CLocale&) = delete;
-  locale_t get() const { return handle_; }
-
-private:
-  locale_t handle_;
-};
-
-double StrtodC(const char* text, char** end) {
-  static const CLocale c;
-  return strtod_l(text, end, c.get());
-}
 
 // [-]digits[.digits] with at least one digit: the shape almost every cell
 // and constant has. from_chars rounds exactly as strtod does and needs no

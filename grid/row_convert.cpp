@@ -1,11 +1,11 @@
 #include "grid/row_convert.h"
 
+#include "common/c_locale.h"
+
 #include <cerrno>
 #include <charconv>
-#include <clocale>
 #include <cstdio>
 #include <cstdlib>
-#include <locale.h>
 #include <string>
 
 namespace vh {
@@ -13,16 +13,6 @@ namespace {
 
 bool IsCSpace(char c) {
   return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
-// Runs `fn` with the calling thread switched to the "C" locale; the process
-// locale may give "," as the decimal point, which must not change a value.
-template <typename Fn> auto InCLocale(Fn fn) {
-  static const locale_t cLocale = newlocale(LC_ALL_MASK, "C", locale_t(0));
-  const locale_t old = uselocale(cLocale);
-  auto result = fn();
-  uselocale(old);
-  return result;
 }
 
 // strtol with saturation, the shape both atoi and atol share.

@@ -1,11 +1,11 @@
 #include "link/field_readers.h"
 
+#include "common/c_locale.h"
+
 #include <algorithm>
 #include <climits>
-#include <clocale>
 #include <cstdlib>
 #include <cstring>
-#include <locale.h>
 
 #include "link/envelope.h"
 
@@ -44,10 +44,6 @@ int32_t ToInt32(const char* text) {
 
 // The process locale may use a decimal comma (a GUI toolkit may set it from
 // the environment); the back-end's numbers always use a point.
-locale_t CLocale() {
-  static const locale_t c = newlocale(LC_NUMERIC_MASK, "C", locale_t{});
-  return c;
-}
 
 // The numeric readers differ only in their buffer and conversion; a failed
 // read leaves the destination as it was.
@@ -85,9 +81,8 @@ int ReadIntField(const KdlMsg* msg, uint32_t tag, uint32_t index, int32_t* out, 
 }
 
 int ReadDoubleField(const KdlMsg* msg, uint32_t tag, uint32_t index, double* out, int32_t* kind) {
-  return ReadNumber<kDoubleBuffer>(msg, tag, index, out, kind, [](const char* text) {
-    return CLocale() ? strtod_l(text, nullptr, CLocale()) : std::strtod(text, nullptr);
-  });
+  return ReadNumber<kDoubleBuffer>(msg, tag, index, out, kind,
+                                   [](const char* text) { return StrtodC(text, nullptr); });
 }
 
 } // namespace vh
