@@ -65,6 +65,7 @@ bool ParseHostOptions(const QStringList& arguments, HostOptions& out, QString& e
   bool ok = true;
   out.userId = p.value(user);
   out.userType = p.value(userType).toUInt(&ok);
+  out.userTypeGiven = p.isSet(userType);
   if (!ok) {
     error = "--user-type needs a number";
     return false;

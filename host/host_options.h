@@ -9,8 +9,9 @@ namespace host {
 struct HostOptions {
   QString userId; // empty: the desk's administrator
   unsigned userType = 0;
-  QStringList rights;  // action rights granted (ignored for the administrator)
-  QString backendHost; // empty: start the embedded back-end
+  bool userTypeGiven = false; // else the back-end's type of the user
+  QStringList rights;         // action rights granted (ignored for the administrator)
+  QString backendHost;        // empty: start the embedded back-end
   quint16 backendPort = 0;
   QString pluginPath;
   QString dbPath;        // embedded back-end's database (default: user data dir)

@@ -151,10 +151,10 @@ int main(int argc, char** argv) {
       for (const QString& r : options.rights)
         ctx.user.rights.insert(r.toStdString());
     }
-    // The administrator is whoever the back-end names; a named user logs in
-    // with the type given on the command line.
+    // The back-end names the administrator and knows each user's type; the
+    // command line may still give another type.
     window.SetUser(QByteArray::fromStdString(ctx.user.id),
-                   options.administrator() ? ctx.user.type : options.userType);
+                   options.userTypeGiven ? options.userType : ctx.user.type);
     window.SetReady(true, QString("%1 scrip legs, %2 clients for user %3")
                               .arg(ctx.master.size())
                               .arg(ctx.user.clientIds.size())

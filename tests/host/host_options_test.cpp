@@ -58,6 +58,7 @@ TEST(HostOptions, ValuesLandWhereTheyBelong) {
   EXPECT_EQ(o.userId, "U7");
   EXPECT_FALSE(o.administrator());
   EXPECT_EQ(o.userType, 2u);
+  EXPECT_TRUE(o.userTypeGiven);
   EXPECT_EQ(o.rights, (QStringList{"A", "B"}));
   EXPECT_EQ(o.backendHost, "127.0.0.1");
   EXPECT_EQ(o.backendPort, 7000);
@@ -66,6 +67,7 @@ TEST(HostOptions, ValuesLandWhereTheyBelong) {
   host::HostOptions admin;
   ASSERT_TRUE(host::ParseHostOptions({"t"}, admin, error, help));
   EXPECT_TRUE(admin.administrator());
+  EXPECT_FALSE(admin.userTypeGiven);
   EXPECT_FALSE(admin.headless());
 }
 
