@@ -68,42 +68,9 @@ Fast ParseFast(std::string_view text, double& value) {
   return Fast::kDone;
 }
 
-} // namespace
-
-int32_t CAtoi(std::string_view text) {
-  return int32_t(uint32_t(uint64_t(StrToLong(text))));
-}
-
-int64_t CAtol(std::string_view text) {
-  return StrToLong(text);
-}
-
-bool CParseDouble(std::string_view text, double& value) {
-  switch (ParseFast(text, value)) {
-  case Fast::kDone:
-    return true;
-  case Fast::kNothing:
-    return false;
-  case Fast::kSlow:
-    break;
-  }
-  const std::string copy(text);
-  return InCLocale([&] {
-    char* end = nullptr;
-    const double v = std::strtod(copy.c_str(), &end);
-    if (end == copy.c_str())
-      return false;
-    value = v;
-    return true;
-  });
-}
-
-double CAtof(std::string_view text) {
-  double value = 0;
-  return CParseDouble(text, value) ? value : 0.0;
-}
-
-bool CScanDouble(std::string_view text, double& value) {
+// The fast path first; the rest goes to the C library's `slow` conversion on
+// a terminated copy, in the "C" locale. `value` is written only on success.
+template <typename Slow> bool ParseWith(std::string_view text, double& value, Slow slow) {
   switch (ParseFast(text, value)) {
   case Fast::kDone:
     return true;
@@ -115,11 +82,39 @@ bool CScanDouble(std::string_view text, double& value) {
   const std::string copy(text);
   return InCLocale([&] {
     double v = 0;
-    if (std::sscanf(copy.c_str(), "%lf", &v) != 1)
+    if (!slow(copy.c_str(), v))
       return false;
     value = v;
     return true;
   });
+}
+
+} // namespace
+
+int32_t CAtoi(std::string_view text) {
+  return int32_t(uint32_t(uint64_t(StrToLong(text))));
+}
+
+int64_t CAtol(std::string_view text) {
+  return StrToLong(text);
+}
+
+bool CParseDouble(std::string_view text, double& value) {
+  return ParseWith(text, value, [](const char* s, double& v) {
+    char* end = nullptr;
+    v = std::strtod(s, &end);
+    return end != s;
+  });
+}
+
+double CAtof(std::string_view text) {
+  double value = 0;
+  return CParseDouble(text, value) ? value : 0.0;
+}
+
+bool CScanDouble(std::string_view text, double& value) {
+  return ParseWith(text, value,
+                   [](const char* s, double& v) { return std::sscanf(s, "%lf", &v) == 1; });
 }
 
 bool EqualsNoCase(std::string_view a, std::string_view b) {

@@ -79,11 +79,13 @@ int BackendControl::Attach(CBrioRxNotifierBase* receiver) {
     return 0;
   if (std::find(receivers_.begin(), receivers_.end(), receiver) == receivers_.end())
     receivers_.push_back(receiver);
+  receiversChanged_ = true;
   return 1;
 }
 
 void BackendControl::Detach(CBrioRxNotifierBase* receiver) {
   receivers_.erase(std::remove(receivers_.begin(), receivers_.end(), receiver), receivers_.end());
+  receiversChanged_ = true;
 }
 
 int BackendControl::IsConnected() const {
@@ -114,8 +116,13 @@ void BackendControl::onReadyRead() {
   const QByteArray bytes = socket_.readAll();
   inbox_.Feed(bytes.constData(), static_cast<size_t>(bytes.size()));
   std::string_view payload;
-  while (inbox_.Next(&payload))
-    pending_.emplace_back(payload);
+  while (inbox_.Next(&payload)) {
+    KdlError err{};
+    if (auto msg = kdl::Message::Parse(payload, &err))
+      pending_.push_back(std::move(*msg));
+    else
+      qCWarning(lcBackend) << "malformed message ignored:" << err.text;
+  }
   if (inbox_.failed()) {
     qCWarning(lcBackend) << "oversize frame of" << inbox_.oversizeLength() << "bytes; reconnecting";
     socket_.abort(); // the splitter is renewed on the next connection
@@ -129,19 +136,14 @@ void BackendControl::onReadyRead() {
 
 void BackendControl::deliverSlice() {
   for (int i = 0; i < kSlice && !pending_.empty(); ++i) {
-    const std::string frame = std::move(pending_.front());
+    const kdl::Message msg = std::move(pending_.front());
     pending_.pop_front();
-    KdlMsg* msg = nullptr;
-    KdlError err{};
-    if (!kdl_parse(frame.data(), static_cast<uint32_t>(frame.size()), &msg, &err)) {
-      qCWarning(lcBackend) << "malformed message ignored:" << err.text;
-      continue;
+    if (receiversChanged_) {
+      deliverTo_ = receivers_;
+      receiversChanged_ = false;
     }
-    // A receiver may detach (or attach) while handling a message.
-    const auto receivers = receivers_;
-    for (CBrioRxNotifierBase* r : receivers)
-      r->OnResponse(nullptr, msg, nullptr);
-    kdl_dtor_primecb(&msg, &err);
+    for (CBrioRxNotifierBase* r : deliverTo_)
+      r->OnResponse(nullptr, msg.get(), nullptr);
   }
   if (!pending_.empty()) {
     QTimer::singleShot(0, this, &BackendControl::deliverSlice);

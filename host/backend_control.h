@@ -9,10 +9,10 @@
 #include <QTcpSocket>
 #include <QTimer>
 #include <deque>
-#include <string>
 #include <vector>
 
 #include "kdl/frame.h"
+#include "kdl/message.h"
 #include "link/brio_rx.h"
 
 namespace host {
@@ -36,9 +36,6 @@ public:
   int Send(uint64_t* outSlot, KdlMsg* msg, int zero, KdlError* err) override;
   void Release() override {} // owned by the host; lives as long as it
 
-  // Number of frames waiting to be delivered (for tests and the headless wait).
-  size_t pendingFrames() const { return pending_.size(); }
-
 signals:
   void connectedChanged(bool connected);
   // Emitted after each slice of deliveries, once the queue is empty.
@@ -57,8 +54,12 @@ private:
   bool running_ = false;
   uint64_t sequence_ = 0;
   kdl::FrameSplitter inbox_{kMaxFrame};
-  std::deque<std::string> pending_;
+  std::deque<kdl::Message> pending_; // parsed on arrival, delivered in slices
   std::vector<CBrioRxNotifierBase*> receivers_;
+  // What a slice delivers to: copied from receivers_ only after a change, so
+  // a receiver may attach or detach while handling a message.
+  std::vector<CBrioRxNotifierBase*> deliverTo_;
+  bool receiversChanged_ = true;
   bool delivering_ = false;
 };
 

@@ -12,17 +12,10 @@
 
 namespace {
 
+using vh::test::Get;
 using vh::test::ReadFile;
 using vh::test::TempDir;
 using vh::test::WriteFile;
-
-std::string Get(const char* section, const char* key, const std::string& file,
-                uint32_t size = 256) {
-  std::string buf(size, '\0');
-  const uint32_t n =
-      profile::GetPrivateProfileStringA(section, key, "<default>", buf.data(), size, file.c_str());
-  return buf.substr(0, n);
-}
 
 TEST(ProfileFault, UnopenableFilesReadAsMissingAndRefuseWrites) {
   TempDir dir;

@@ -12,16 +12,7 @@
 namespace {
 
 using vh::test::TempDir;
-
-std::string WithCrlf(const std::string& text) {
-  std::string out;
-  for (char c : text) {
-    if (c == '\n')
-      out += '\r';
-    out += c;
-  }
-  return out;
-}
+using vh::test::WithCrlf;
 
 struct Read {
   uint32_t count;

@@ -8,26 +8,11 @@
 
 namespace {
 
+using vh::test::Get;
 using vh::test::ReadFile;
 using vh::test::TempDir;
+using vh::test::WithCrlf;
 using vh::test::WriteFile;
-
-std::string WithCrlf(const std::string& text) {
-  std::string out;
-  for (char c : text) {
-    if (c == '\n')
-      out += '\r';
-    out += c;
-  }
-  return out;
-}
-
-std::string Get(const char* section, const char* key, const std::string& file) {
-  char buf[256];
-  const uint32_t n =
-      profile::GetPrivateProfileStringA(section, key, "<default>", buf, sizeof buf, file.c_str());
-  return std::string(buf, n);
-}
 
 class ProfileWriteGolden : public ::testing::TestWithParam<bool> {};
 

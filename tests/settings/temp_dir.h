@@ -1,4 +1,5 @@
-// A fresh directory per test, removed afterwards, and whole-file helpers.
+// A fresh directory per test, removed afterwards, and whole-file and
+// profile-reading helpers shared by the settings tests.
 #pragma once
 
 #include <filesystem>
@@ -7,6 +8,8 @@
 #include <string>
 
 #include <gtest/gtest.h>
+
+#include "settings/profile.h"
 
 namespace vh::test {
 
@@ -56,6 +59,27 @@ inline int CountOtherFiles(const std::filesystem::path& dir, const std::string& 
   for (const auto& e : std::filesystem::directory_iterator(dir))
     n += e.path().filename() != keep;
   return n;
+}
+
+// `text` with every "\n" turned into "\r\n".
+inline std::string WithCrlf(const std::string& text) {
+  std::string out;
+  for (char c : text) {
+    if (c == '\n')
+      out += '\r';
+    out += c;
+  }
+  return out;
+}
+
+// The value of `key` in `section` of `file`, "<default>" when absent, read
+// through a buffer of `size` bytes.
+inline std::string Get(const char* section, const char* key, const std::string& file,
+                       uint32_t size = 256) {
+  std::string buf(size, '\0');
+  const uint32_t n =
+      profile::GetPrivateProfileStringA(section, key, "<default>", buf.data(), size, file.c_str());
+  return buf.substr(0, n);
 }
 
 } // namespace vh::test
