@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "plugin/tarn_host_api.h"
+#include "tests/widgets/screenshot.h"
 
 namespace vh {
 namespace {
@@ -167,6 +168,16 @@ TEST_F(FilterTextTest, EveryWayOfLeavingCancels) {
     EXPECT_EQ(applied_.size(), 0);
     elsewhere.hide();
   }
+}
+
+TEST_F(FilterTextTest, Screenshot) {
+  Texts ids;
+  for (int i = 0; i < 40; ++i)
+    ids.push_back("C" + std::to_string(100000 + i * 37));
+  Open(ids);
+  CtrlClick("C100037");
+  CtrlClick("C100111");
+  EXPECT_TRUE(test::SaveScreenshot(popup_, "filter_text_popup"));
 }
 
 TEST_F(FilterTextTest, OpensAtThePointButStaysOnTheScreen) {
