@@ -147,6 +147,17 @@ void CCustomizedAppearance::SetGrid(const std::string& profileName, int controlI
   ShowAppearance();
 }
 
+void CCustomizedAppearance::ShowOver(QWidget* grid) {
+  show();
+  if (grid != nullptr) {
+    // Once shown the frame is known; move() places the frame.
+    const QPoint centre = grid->mapToGlobal(grid->rect().center());
+    move(centre - QPoint(frameGeometry().width() / 2, frameGeometry().height() / 2));
+  }
+  raise();
+  activateWindow();
+}
+
 void CCustomizedAppearance::ShowAppearance() {
   background_->SetColour(appearance_.backgroundColour);
   text_->SetColour(appearance_.textColour);

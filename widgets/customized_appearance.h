@@ -51,6 +51,9 @@ public:
   // the keyword column) and its present appearance.
   void SetGrid(const std::string& profileName, int controlId,
                const std::vector<std::string>& columns, const sListAppearance& appearance);
+  // Shows the dialog in front, centred over `grid` (as it is when opened
+  // from a grid's "Customize" command); a null grid leaves it where it is.
+  void ShowOver(QWidget* grid);
   // The appearance as the controls now set it.
   const sListAppearance& Appearance() const { return appearance_; }
 
