@@ -9,8 +9,12 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <random>
+
 #include <gtest/gtest.h>
 
+#include "grid/filter_join.h"
+#include "grid/filter_match.h"
 #include "plugin/tarn_host_api.h"
 #include "tests/widgets/screenshot.h"
 #include "widgets/control_pos.h"
@@ -29,6 +33,20 @@ TEST(SortedValues, AlphabeticalIgnoringCaseEachOnce) {
                                   "client-0001", "CLIENT-0001", "ABCDEFGHI", "abcdefgh"}),
             (Texts{"10", "9", "ABC", "Abc", "abc", "abcdefgh", "ABCDEFGHI", "b", "CLIENT-0001",
                    "client-0001", "CLIENT-0002"}));
+}
+
+// The linear join must give what the plain substring rule gives, on picks
+// from a small alphabet (so that many contain others, or "~") and with
+// repeated lengths (the hashed path) as well as unique ones (the direct one).
+TEST(FilterJoin, AgreesWithThePlainRule) {
+  std::mt19937 random(3);
+  for (int trial = 0; trial < 3000; ++trial) {
+    Texts picked(random() % 12);
+    for (std::string& p : picked)
+      for (int k = random() % 5; k > 0; --k)
+        p += "ab~"[random() % 3];
+    ASSERT_EQ(JoinFilterTexts(picked), JoinFilterSelection(picked)) << trial;
+  }
 }
 
 class FilterTextTest : public ::testing::Test {
