@@ -1,0 +1,143 @@
+// Exports real files into a temporary folder and reads them back.
+#include "excel/excel_interface.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <regex>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/excel/temp_folder.h"
+#include "tests/excel/xlsx_read.h"
+
+namespace vh {
+namespace {
+
+using test::Sheet;
+const auto T = [](std::string s) { return test::SheetCell{false, std::move(s)}; };
+const auto N = [](std::string s) { return test::SheetCell{true, std::move(s)}; };
+
+// A grid as the export sees it; row 0 holds "name:type" headings. A cell
+// text "-" is declined. Every call is recorded as row * 100 + column.
+struct Grid {
+  explicit Grid(std::vector<std::vector<std::string>> r) : rows(std::move(r)) {}
+  std::vector<std::vector<std::string>> rows;
+  std::vector<int> calls;
+  int cellsAtFirstIdle = -1;
+  std::string writtenPath;
+
+  static int Cell(void* context, int row, int column, std::string& text, int& type) {
+    auto* g = static_cast<Grid*>(context);
+    g->calls.push_back(text.empty() && type == -1 ? row * 100 + column : -1);
+    text = g->rows[row][column];
+    if (row == 0) {
+      type = std::atoi(text.c_str() + text.find(':') + 1);
+      text.resize(text.find(':'));
+    }
+    return text != "-";
+  }
+  int Export(const std::string& path, int rows = -1) {
+    CExcelInterface excel(rows < 0 ? static_cast<int>(this->rows.size()) : rows,
+                          static_cast<int>(this->rows[0].size()));
+    excel.SetContext(this, &Cell);
+    excel.SetIdleCallback([](void* context) {
+      auto* g = static_cast<Grid*>(context);
+      if (g->cellsAtFirstIdle < 0)
+        g->cellsAtFirstIdle = static_cast<int>(g->calls.size());
+    });
+    excel.SetFilePath(path);
+    excel.SetBaseName("rms/holdview");
+    const int written = excel.WriteToExcel();
+    writtenPath = excel.FilePath();
+    return written;
+  }
+};
+
+TEST(ExcelExport, HeadingThenCellsNumericColumnsAsNumbers) {
+  test::TempFolder folder;
+  Grid grid({{"Client Id:3", "Qty:1", "Close:2", "Haircut:5", "Value:4", "Date:6"},
+             {"500", "1500", "1234.50", "12.5", "9007199254740993", "07/06/2024"},
+             {"A", "-20", "N/A", "-", " 3", "09:15:00"}});
+  const std::string path = folder.file("holdings.xlsx");
+  ASSERT_NE(grid.Export(path), 0);
+  const Sheet expected = {
+      {"A1", T("Client Id")},
+      {"B1", T("Qty")},
+      {"C1", T("Close")},
+      {"D1", T("Haircut")},
+      {"E1", T("Value")},
+      {"F1", T("Date")},
+      {"A2", T("500")},
+      {"B2", N("1500")},
+      {"C2", N("1234.5")},
+      {"D2", N("12.5")},
+      {"E2", N("9007199254740992")},
+      {"F2", T("07/06/2024")},
+      {"A3", T("A")},
+      {"B3", N("-20")},
+      {"C3", T("N/A")},
+      {"E3", T(" 3")},
+      {"F3", T("09:15:00")},
+  };
+  EXPECT_EQ(test::ReadSheet(path), expected);
+  // Row by row, left to right, each cell once; then the idle callback.
+  std::vector<int> order;
+  for (int row = 0; row < 3; ++row)
+    for (int column = 0; column < 6; ++column)
+      order.push_back(row * 100 + column);
+  EXPECT_EQ(grid.calls, order);
+  EXPECT_EQ(grid.cellsAtFirstIdle, 18);
+}
+
+TEST(ExcelExport, AFullSheetIsTakenAndOneRowMoreIsRefused) {
+  test::TempFolder folder;
+  Grid grid({{"N:3"}});
+  grid.rows.resize(kExcelMaxRows + 1, {"-"});
+  grid.rows[kExcelMaxRows - 1] = {"last"};
+  EXPECT_EQ(grid.Export(folder.file("over.xlsx"), kExcelMaxRows + 1), 0);
+  EXPECT_TRUE(grid.calls.empty());
+  ASSERT_NE(grid.Export(folder.file("full.xlsx"), kExcelMaxRows), 0);
+  EXPECT_EQ(test::ReadSheet(folder.file("full.xlsx")),
+            (Sheet{{"A1", T("N")}, {"A1048576", T("last")}}));
+  EXPECT_EQ(folder.Entries(), std::set<std::string>{"full.xlsx"});
+}
+
+TEST(ExcelExport, FailuresLeaveNoFile) {
+  test::TempFolder folder;
+  std::ofstream(folder.file("file")) << "x";
+  std::filesystem::create_directories(folder.path / "taken" / "inside");
+  const struct {
+    const char* name;
+    std::string path;
+    bool cellsAsked;
+  } cases[] = {
+      {"missingFolder", folder.file("missing/out.xlsx"), false},
+      {"parentIsAFile", folder.file("file/out.xlsx"), false},
+      {"readOnlyFileSystem", "/proc/vh-export-test.xlsx", false},
+      {"renameOntoAFolderFails", folder.file("taken"), true},
+  };
+  for (const auto& c : cases) {
+    Grid grid({{"A:3"}, {"a"}});
+    EXPECT_EQ(grid.Export(c.path), 0) << c.name;
+    EXPECT_EQ(grid.calls.empty(), !c.cellsAsked) << c.name;
+    EXPECT_EQ(folder.Entries(), (std::set<std::string>{"file", "taken"})) << c.name;
+  }
+  EXPECT_TRUE(std::filesystem::exists(folder.path / "taken" / "inside"));
+}
+
+TEST(ExcelExport, WithoutAPathTheFileGoesToDocumentsUnderTheBaseName) {
+  test::TempFolder home;
+  std::filesystem::create_directory(home.path / "Documents");
+  const std::string oldHome = std::getenv("HOME");
+  ::setenv("HOME", home.path.c_str(), 1);
+  Grid grid({{"A:3"}, {"a"}});
+  EXPECT_NE(grid.Export(""), 0);
+  ::setenv("HOME", oldHome.c_str(), 1);
+  EXPECT_TRUE(std::regex_match(
+      grid.writtenPath, std::regex(home.file("Documents") + R"(/rms_holdview_\d{8}_\d{6}\.xlsx)")));
+  EXPECT_EQ(test::ReadSheet(grid.writtenPath).at("A2"), T("a"));
+}
+
+} // namespace
+} // namespace vh
