@@ -40,6 +40,10 @@ public:
   virtual void SetHeaderWidth(int position, int width) = 0;
   virtual void SetHeaderToolTip(int position, const std::string& text) = 0;
 
+  // The sort the grid applies when it is filled anew: `column` in the
+  // column table (-1: none), descending or ascending.
+  virtual void SetDefaultSort(int column, bool descending) = 0;
+
   virtual void SetProfileName(const std::string& name) = 0;
   virtual std::string ProfileName() const = 0;
 

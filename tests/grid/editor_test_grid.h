@@ -52,6 +52,8 @@ public:
   int dataCount = 0;
   std::vector<HeaderItem> header;
   std::string profile;
+  int sortColumn = -1;
+  bool sortDescending = false;
   int changes = 0;
   std::vector<Save> saves;
   std::vector<std::string> calls; // header calls, in order
@@ -82,11 +84,29 @@ public:
   void SetHeaderToolTip(int position, const std::string& text) override {
     header.at(size_t(position)).tip = text;
   }
+  void SetDefaultSort(int column, bool descending) override {
+    sortColumn = column;
+    sortDescending = descending;
+  }
   void SetProfileName(const std::string& name) override { profile = name; }
   std::string ProfileName() const override { return profile; }
+  // Lays the header out anew from the map, as a grid does; an item keeps
+  // the width and tooltip it had under the same heading (0 and the name
+  // for one it did not have).
   void ColumnsChanged() override {
     ++changes;
     engine_.SetColumns(table, dataCount, positions);
+    std::vector<HeaderItem> laidOut(size_t(engine_.HeaderItemCount()));
+    for (size_t p = 0; p < laidOut.size(); ++p) {
+      const sTarnColInfo* info = engine_.ColumnInfo(engine_.DataColumnAt(int(p)));
+      const std::string name = info ? std::string(info->Name()) : std::string();
+      laidOut[p] = {name, info ? info->nFormat : 0, 0, name};
+      for (const HeaderItem& old : header) {
+        if (old.heading == name)
+          laidOut[p] = old;
+      }
+    }
+    header = std::move(laidOut);
   }
   void SaveColumnProfile() override { saves.push_back({table, positions}); }
 
