@@ -262,11 +262,14 @@ TEST_F(UserDefinedColDlgTest, KeyboardAlone) {
   QTest::keyClick(List(), Qt::Key_Down); // from the focused first entry to the second
   QTest::keyClick(&dlg, Qt::Key_Tab);
   QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space); // "+"
-  for (int i = 0; i < 10; ++i)
+  for (int i = 0; i < 6; ++i)
+    QTest::keyClick(&dlg, Qt::Key_Tab);
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space, Qt::ControlModifier); // bare "("
+  for (int i = 0; i < 4; ++i)
     QTest::keyClick(&dlg, Qt::Key_Tab);
   ASSERT_EQ(QApplication::focusWidget(), Expression());
-  QTest::keyClicks(Expression(), "1");
-  EXPECT_EQ(ExpressionText(), R"("Price" + 1)");
+  QTest::keyClicks(Expression(), "1)");
+  EXPECT_EQ(ExpressionText(), R"("Price" + (1))");
   QTest::keyClick(Expression(), Qt::Key_Tab);
   QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
   ASSERT_FALSE(dlg.isVisible()) << recorder.messages().front();
