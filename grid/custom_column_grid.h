@@ -30,8 +30,6 @@ public:
   virtual int DataColumnCount() const = 0;
   // Number of header items shown now.
   virtual int HeaderItemCount() const = 0;
-  // Header width of the item whose heading equals `name`; 0 when none does.
-  virtual int HeaderWidth(const std::string& name) const = 0;
 
   // Inserts a header item at `position` (format as in sTarnColInfo).
   virtual void InsertHeaderColumn(int position, const std::string& heading, int format,

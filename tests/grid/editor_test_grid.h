@@ -1,7 +1,7 @@
-// A small grid for the column editors' tests: a real column table and
+// A one-row grid for the column editors' tests: a real column table and
 // position map, a header kept as a list of items, and a real row engine
-// that computes custom columns from the table, so a test sees the values a
-// new column shows. Every header call and every save is recorded.
+// that computes custom columns from the table, so a test sees the value a
+// new column shows. Header deletions and saves are recorded.
 #pragma once
 
 #include "grid/custom_column.h"
@@ -9,6 +9,7 @@
 #include "grid/row_engine.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vh::testing {
@@ -17,34 +18,29 @@ class EditorTestGrid final : public CustomColumnGrid {
 public:
   struct HeaderItem {
     std::string heading;
-    int format = 0;
     int width = 0;
     std::string tip;
   };
-  struct Save {
-    std::vector<sTarnColInfo> table;
-    std::vector<int32_t> positions;
-  };
 
-  // Data columns named `names` with comparison `types`, all shown in order;
-  // `rows` holds the data cells of each row.
+  // Data columns `names` of comparison `types`, all shown, over one row.
   EditorTestGrid(std::vector<std::string> names, std::vector<int> types,
-                 std::vector<std::vector<std::string>> rows)
-      : rows_(std::move(rows)) {
+                 std::vector<std::string> cells)
+      : cells_(std::move(cells)) {
     for (size_t i = 0; i < names.size(); ++i) {
-      sTarnColInfo info;
-      info.SetName(names[i]);
-      info.nWidth = 80;
-      info.nType = types[i];
-      table.push_back(info);
+      table.emplace_back().SetName(names[i]);
+      table.back().nType = types[i];
       positions.push_back(int32_t(i));
-      header.push_back({names[i], 0, 80, names[i]});
+      header.push_back({names[i], 80, names[i]});
     }
     dataCount = int(names.size());
-    engine_.SetOwnerDataSource(&EditorTestGrid::Source, this);
+    engine_.SetOwnerDataSource(
+        [](void* self, uint64_t, int column, std::string& text, CellStyle&) {
+          text = static_cast<EditorTestGrid*>(self)->cells_.at(size_t(column));
+          return 1;
+        },
+        this);
     engine_.SetCustomColumnCompiler(CompileCustomColumn);
     ColumnsChanged();
-    changes = 0;
   }
 
   std::vector<sTarnColInfo> table;
@@ -52,79 +48,48 @@ public:
   int dataCount = 0;
   std::vector<HeaderItem> header;
   std::string profile;
-  int sortColumn = -1;
-  bool sortDescending = false;
-  int changes = 0;
-  std::vector<Save> saves;
-  std::vector<std::string> calls; // header calls, in order
+  std::pair<int, bool> sort{-1, false};    // column, descending
+  std::vector<int> deleted;                // header positions, in call order
+  std::vector<std::vector<int32_t>> saves; // the position map at each save
 
   std::vector<sTarnColInfo>& ColumnTable() override { return table; }
   std::vector<int32_t>& ColumnPositions() override { return positions; }
   int DataColumnCount() const override { return dataCount; }
   int HeaderItemCount() const override { return int(header.size()); }
-  int HeaderWidth(const std::string& name) const override {
-    for (const HeaderItem& item : header) {
-      if (item.heading == name)
-        return item.width;
-    }
-    return 0;
+  void InsertHeaderColumn(int at, const std::string& heading, int, int width) override {
+    header.insert(header.begin() + at, {heading, width, heading});
   }
-  void InsertHeaderColumn(int position, const std::string& heading, int format,
-                          int width) override {
-    calls.push_back("insert " + std::to_string(position));
-    header.insert(header.begin() + position, {heading, format, width, heading});
+  void DeleteHeaderColumn(int at) override {
+    deleted.push_back(at);
+    header.erase(header.begin() + at);
   }
-  void DeleteHeaderColumn(int position) override {
-    calls.push_back("delete " + std::to_string(position));
-    header.erase(header.begin() + position);
+  void SetHeaderWidth(int at, int width) override { header.at(size_t(at)).width = width; }
+  void SetHeaderToolTip(int at, const std::string& text) override {
+    header.at(size_t(at)).tip = text;
   }
-  void SetHeaderWidth(int position, int width) override {
-    header.at(size_t(position)).width = width;
-  }
-  void SetHeaderToolTip(int position, const std::string& text) override {
-    header.at(size_t(position)).tip = text;
-  }
-  void SetDefaultSort(int column, bool descending) override {
-    sortColumn = column;
-    sortDescending = descending;
-  }
+  void SetDefaultSort(int column, bool descending) override { sort = {column, descending}; }
   void SetProfileName(const std::string& name) override { profile = name; }
   std::string ProfileName() const override { return profile; }
+  void SaveColumnProfile() override { saves.push_back(positions); }
+
   // Lays the header out anew from the map, as a grid does; an item keeps
-  // the width and tooltip it had under the same heading (0 and the name
-  // for one it did not have).
+  // the width and tooltip it had under the same heading.
   void ColumnsChanged() override {
-    ++changes;
     engine_.SetColumns(table, dataCount, positions);
-    std::vector<HeaderItem> laidOut(size_t(engine_.HeaderItemCount()));
-    for (size_t p = 0; p < laidOut.size(); ++p) {
-      const sTarnColInfo* info = engine_.ColumnInfo(engine_.DataColumnAt(int(p)));
-      const std::string name = info ? std::string(info->Name()) : std::string();
-      laidOut[p] = {name, info ? info->nFormat : 0, 0, name};
-      for (const HeaderItem& old : header) {
-        if (old.heading == name)
-          laidOut[p] = old;
-      }
+    std::vector<HeaderItem> laidOut;
+    for (int p = 0; p < engine_.HeaderItemCount(); ++p) {
+      const std::string name(engine_.ColumnInfo(engine_.DataColumnAt(p))->Name());
+      laidOut.push_back({name, 0, name});
+      for (const HeaderItem& old : header)
+        laidOut.back() = old.heading == name ? old : laidOut.back();
     }
     header = std::move(laidOut);
   }
-  void SaveColumnProfile() override { saves.push_back({table, positions}); }
 
-  // The text the grid shows for `row` in `column` (computed for a custom
-  // column from the definitions as of the last ColumnsChanged).
-  std::string Cell(size_t row, int column) {
+  std::string Cell(int column) {
     std::string text;
-    CellStyle style;
-    engine_.GetCellText(row + 1, column, text, style);
+    engine_.GetCellText(1, column, text);
     return text;
-  }
-  // Column numbers by name, -1 when none.
-  int ColumnNamed(const std::string& name) const {
-    for (size_t i = 0; i < table.size(); ++i) {
-      if (table[i].Name() == name)
-        return int(i);
-    }
-    return -1;
   }
   std::vector<std::string> Headings() const {
     std::vector<std::string> out;
@@ -134,14 +99,7 @@ public:
   }
 
 private:
-  static int Source(void* owner, uint64_t itemData, int column, std::string& text, CellStyle&) {
-    auto* self = static_cast<EditorTestGrid*>(owner);
-    const std::vector<std::string>& row = self->rows_.at(size_t(itemData - 1));
-    text = size_t(column) < row.size() ? row[size_t(column)] : std::string();
-    return 1;
-  }
-
-  std::vector<std::vector<std::string>> rows_;
+  std::vector<std::string> cells_;
   RowEngine engine_;
 };
 

@@ -17,271 +17,186 @@
 
 namespace {
 
-using vh::testing::EditorTestGrid;
-
 constexpr int kPlus = 1012, kTimes = 1014, kDivide = 1015, kOpen = 1016, kClose = 1017, kEnd = 1018,
-              kClear = 1019;
+              kClear = 1019, kConfirm = 1, kName = 1022, kExpression = 1010;
+enum ListRow { kQty, kPrice, kHaircut, kCount };
+using Texts = std::vector<std::string>;
 
 class UserDefinedColDlgTest : public ::testing::Test {
 protected:
-  template <typename T> T* Control(int id) {
-    T* control = qobject_cast<T*>(GetDlgItem(&dlg, id));
-    EXPECT_NE(control, nullptr) << "control " << id;
-    return control;
-  }
-  QListWidget* List() { return Control<QListWidget>(CUserDefinedColDlg::kColumnListId); }
-  QPlainTextEdit* Expression() {
-    return Control<QPlainTextEdit>(CUserDefinedColDlg::kExpressionEditId);
-  }
-  QComboBox* Combo() { return Control<QComboBox>(CUserDefinedColDlg::kCustomComboId); }
-  std::string ExpressionText() { return Expression()->toPlainText().toStdString(); }
-
+  template <typename T> T* Control(int id) { return qobject_cast<T*>(GetDlgItem(&dlg, id)); }
   void Open(int mode) {
     ASSERT_TRUE(dlg.Open(grid, mode));
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&dlg));
   }
-  void Click(int id, Qt::KeyboardModifiers modifiers = {}) {
-    QTest::mouseClick(Control<QPushButton>(id), Qt::LeftButton, modifiers);
+  void Click(int id, Qt::KeyboardModifiers m = {}) {
+    QTest::mouseClick(Control<QPushButton>(id), Qt::LeftButton, m);
   }
-  // Clicks the column list entry named `name`.
-  void Pick(const QString& name) {
-    const auto found = List()->findItems(name, Qt::MatchExactly);
-    ASSERT_EQ(found.size(), 1) << name.toStdString();
-    QTest::mouseClick(List()->viewport(), Qt::LeftButton, {},
-                      List()->visualItemRect(found[0]).center());
+  void Pick(int row) {
+    auto* list = Control<QListWidget>(1009);
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {},
+                      list->visualItemRect(list->item(row)).center());
   }
-  // Chooses custom column `index` in the combo with the arrow key.
-  void Choose(int index) {
-    Combo()->setFocus();
-    for (int i = Combo()->currentIndex(); i < index; ++i)
-      QTest::keyClick(Combo(), Qt::Key_Down);
+  void Choose(int index) { // with the arrow key, as a user does
+    for (int i = Control<QComboBox>(1011)->currentIndex(); i < index; ++i)
+      QTest::keyClick(Control<QComboBox>(1011), Qt::Key_Down);
   }
-  void TypeExpression(const QString& text) {
-    Expression()->setFocus();
-    Expression()->moveCursor(QTextCursor::End);
-    QTest::keyClicks(Expression(), text);
+  void Type(int id, const std::string& text) {
+    if (auto* edit = Control<QPlainTextEdit>(id))
+      edit->moveCursor(QTextCursor::End);
+    QTest::keyClicks(Control<QWidget>(id), QString::fromStdString(text));
   }
-  // An Add through the controls: the name and the expression typed.
-  void AddColumn(const QString& name, const QString& expression) {
+  // Add mode, both texts typed, Enter.
+  void AddColumn(const std::string& name, const std::string& expression) {
     Open(vh::kUserColumnAdd);
-    QTest::keyClicks(Control<QLineEdit>(CUserDefinedColDlg::kNameEditId), name);
-    TypeExpression(expression);
-    Click(CUserDefinedColDlg::kConfirmId);
+    Type(kName, name);
+    Type(kExpression, expression);
+    QTest::keyClick(Control<QWidget>(kName), Qt::Key_Return);
     ASSERT_FALSE(dlg.isVisible()) << recorder.messages().back();
-  }
-  void Screenshot(const char* file) {
-    ASSERT_TRUE(dlg.grab().save(QString(VH_SCREENSHOT_DIR "/") + file));
   }
 
   vh::ScopedMessageRecorder recorder;
-  EditorTestGrid grid{{"Client id", "Qty", "Price", "Symbol", "Haircut", "Count"},
-                      {3, 4, 2, 3, 5, 1},
-                      {{"C1", "10", "2.5", "ABC", "1", "3"}, {"C2", "4", "-1", "XYZ", "0", "7"}}};
+  vh::testing::EditorTestGrid grid{{"Client id", "Qty", "Price", "Symbol", "Haircut", "Count"},
+                                   {3, 4, 2, 3, 5, 1},
+                                   {"C1", "10", "2.5", "ABC", "1", "3"}};
   CUserDefinedColDlg dlg;
 };
 
-TEST_F(UserDefinedColDlgTest, EachModeHasItsCaptionLabelAndNameControl) {
+TEST_F(UserDefinedColDlgTest, ModesCaptionsListsAndScreenshots) {
   AddColumn("Value", R"("Qty" * "Price")");
   const struct {
-    const char* name;
     int mode;
-    const char* caption;
-    const char* confirm;
-    bool nameEdit;
-    const char* screenshot;
+    const char* look; // caption / confirm label / focus / focus after Tab
+    const char* png;
   } cases[] = {
-      {"add", vh::kUserColumnAdd, "rmsholdview: Add Custom Columns", "Add", true, "udc_add.png"},
-      {"edit", vh::kUserColumnEdit, "rmsholdview: Edit Custom Columns", "Save", false,
-       "udc_edit.png"},
-      {"delete", vh::kUserColumnDelete, "rmsholdview: Delete Custom Columns", "Delete", false,
-       "udc_delete.png"},
+      {0, "rmsholdview: Add Custom Columns/Add/1022/1009", "/udc_add.png"},
+      {1, "rmsholdview: Edit Custom Columns/Save/1011/1009", "/udc_edit.png"},
+      {2, "rmsholdview: Delete Custom Columns/Delete/1011/1009", "/udc_delete.png"},
   };
   for (const auto& c : cases) {
     grid.profile = "other";
     Open(c.mode);
-    EXPECT_EQ(dlg.windowTitle().toStdString(), c.caption) << c.name;
-    EXPECT_EQ(Control<QPushButton>(1)->text().toStdString(), c.confirm) << c.name;
-    EXPECT_EQ(Control<QLineEdit>(1022)->isVisible(), c.nameEdit) << c.name;
-    EXPECT_EQ(Combo()->isVisible(), !c.nameEdit) << c.name;
-    EXPECT_EQ(Combo()->currentIndex(), -1) << c.name;
-    if (c.mode == vh::kUserColumnEdit) {
+    const auto focused = [this] {
+      return dlg.focusWidget()->property(kControlIdProperty).toString();
+    };
+    const QString opened = focused();
+    QTest::keyClick(dlg.focusWidget(), Qt::Key_Tab);
+    EXPECT_EQ(
+        QString("%1/%2/%3/%4")
+            .arg(dlg.windowTitle(), Control<QPushButton>(kConfirm)->text(), opened, focused()),
+        c.look);
+    QStringList listed;
+    for (auto* list = Control<QListWidget>(1009); listed.size() < list->count();)
+      listed << list->item(listed.size())->text() +
+                    list->item(listed.size())->data(Qt::UserRole).toString();
+    EXPECT_EQ(listed, QStringList({"Qty1", "Price2", "Haircut4", "Count5", "Value6"}));
+    if (c.mode != vh::kUserColumnAdd)
       Choose(0);
-      Pick("Count");
-    }
-    Screenshot(c.screenshot);
+    EXPECT_TRUE(dlg.grab().save(VH_SCREENSHOT_DIR + QString(c.png)));
     dlg.reject();
   }
 }
 
-TEST_F(UserDefinedColDlgTest, ListsHoldNumericAndCustomColumnsInTableOrder) {
-  AddColumn("Value", R"("Qty" * "Price")");
-  AddColumn("Half", R"("Value" / 2)");
-  Open(vh::kUserColumnEdit);
-  QStringList listed;
-  for (int i = 0; i < List()->count(); ++i)
-    listed << List()->item(i)->text() + "=" + List()->item(i)->data(Qt::UserRole).toString();
-  EXPECT_EQ(listed, QStringList({"Qty=1", "Price=2", "Haircut=4", "Count=5", "Value=6", "Half=7"}));
-  ASSERT_EQ(Combo()->count(), 2);
-  EXPECT_EQ(Combo()->itemText(1), "Half");
-  EXPECT_EQ(Combo()->itemData(1).toInt(), 7);
-  Choose(1);
-  EXPECT_EQ(ExpressionText(), R"("Value" / 2)");
-  EXPECT_EQ(grid.Cell(0, 7), "12.50");
-}
-
-TEST_F(UserDefinedColDlgTest, ButtonsWithAndWithoutCtrlBuildAColumn) {
+TEST_F(UserDefinedColDlgTest, ButtonsBuildAColumnAndEditTakesTheLastPress) {
   Open(vh::kUserColumnAdd);
-  QTest::keyClicks(Control<QLineEdit>(1022), "Weighted");
+  Type(kName, "Weighted");
+  Pick(kPrice);
+  Click(kTimes);
+  Click(kClear); // starts over
   Click(kOpen, Qt::ControlModifier);
-  Pick("Qty");
+  Pick(kQty);
   Click(kPlus);
-  Pick("Count");
+  Pick(kCount);
   Click(kClose);
-  TypeExpression("* 2");
+  Type(kExpression, "* 2");
   Click(kDivide, Qt::ControlModifier);
-  Pick("Price");
+  Pick(kPrice);
   Click(kEnd, Qt::ControlModifier);
-  EXPECT_EQ(ExpressionText(), R"(("Qty" + "Count" ) * 2/"Price")");
-  Click(CUserDefinedColDlg::kConfirmId);
-  ASSERT_FALSE(dlg.isVisible());
-  const int column = grid.ColumnNamed("Weighted");
-  EXPECT_EQ(grid.table[size_t(column)].strExpression, R"( ("1" + "5" ) * 2/"2")");
-  EXPECT_EQ(grid.Cell(0, column), "10.40");
-  EXPECT_EQ(grid.header.back().heading, "Weighted");
-  EXPECT_EQ(grid.header.back().tip, R"(("Qty" + "Count" ) * 2/"Price")");
-  EXPECT_EQ(grid.saves.size(), 1u);
+  Click(kConfirm);
+  ASSERT_EQ(grid.table.size(), 7u) << recorder.messages().at(0);
+  EXPECT_EQ(grid.table[6].strExpression, R"( ("1" + "5" ) * 2/"2")");
+  EXPECT_EQ(grid.Cell(6), "10.40");
+  EXPECT_EQ(grid.header[6].tip, R"(("Qty" + "Count" ) * 2/"Price")");
+  Open(vh::kUserColumnEdit);
+  Choose(0);
+  Type(kExpression, " + ");
+  Pick(kHaircut);
+  Click(kEnd);
+  Type(kExpression, " - 100"); // after the last press: not seen by Save
+  Click(kConfirm);
+  EXPECT_EQ(grid.Cell(6), "11.40");
+  EXPECT_EQ(grid.header[6].tip, R"(("Qty" + "Count" ) * 2/"Price")") << "header left alone";
+  EXPECT_EQ(grid.saves.size(), 2u);
 }
 
 TEST_F(UserDefinedColDlgTest, ChecksSpeakInOrder) {
-  const std::string longName(64, 'n');
+  const std::string kInvalid = "Invalid Expression, Please check the expression again";
   const struct {
-    const char* name;
+    const char* why;
     int mode;
-    std::string nameText;
-    const char* typed;
-    int combo;  // custom column chosen, -1 none
-    int button; // pressed before confirming, 0 none
-    const char* message;
+    std::string name, typed;
+    int combo, button; // chosen before, pressed before confirming (-1, 0: none)
+    std::string message;
   } cases[] = {
-      {"blank name", 0, "   ", R"("Qty")", -1, 0, "Please Enter the column Name"},
-      {"name before expression", 0, "", "", -1, 0, "Please Enter the column Name"},
-      {"hash", 0, "A#B", "", -1, 0,
+      {"blank name, before expression", 0, "   ", "", -1, 0, "Please Enter the column Name"},
+      {"separator before expression", 0, "A,B", "", -1, 0,
        "\"#,\" are not allowed as a custom column name , please choose a different name"},
-      {"comma", 0, "A,B", R"("Qty")", -1, 0,
-       "\"#,\" are not allowed as a custom column name , please choose a different name"},
-      {"64 characters", 0, longName, R"("Qty")", -1, 0,
+      {"64 characters", 0, std::string(64, 'n'), "", -1, 0,
        "The column name is too long, please use at most 63 characters"},
       {"empty expression", 0, "X", "", -1, 0,
        "Column Expression is empty, please enter an expression to add a column"},
-      {"unknown column", 0, "X", R"("Volume" + 1)", -1, 0,
-       "Invalid Expression, Please check the expression again"},
-      {"text column", 0, "X", R"("Symbol" + 1)", -1, 0,
-       "Invalid Expression, Please check the expression again"},
-      {"engine refuses", 0, "X", R"("Qty" +)", -1, 0,
-       "Invalid Expression, Please check the expression again"},
-      {"expression before name", 0, "Qty", R"("Nope")", -1, 0,
-       "Invalid Expression, Please check the expression again"},
-      {"data column name", 0, " Price ", R"("Qty")", -1, 0,
+      {"text column", 0, "X", R"("Symbol" + 1)", -1, 0, kInvalid},
+      {"expression before name", 0, "Qty", R"("Nope")", -1, 0, kInvalid},
+      {"taken name", 0, " Price ", R"("Qty")", -1, 0,
        "This column name already present,Please choose different column Name"},
-      {"custom column name", 0, "Value", R"("Qty")", -1, 0,
-       "This column name already present,Please choose different column Name"},
-      {"other case is another name", 0, "value", R"("Qty")", -1, 0, ""},
-      {"63 characters", 0, std::string(63, 'n'), R"("Qty")", -1, 0, ""},
+      {"other case, other name", 0, "value", R"("qTY")", -1, 0, ""},
+      {"63 characters", 0, std::string(63, 'n'), R"(""Qty"")", -1, 0, ""},
       {"nothing to edit", 1, "", "", -1, 0, "No user defined column selected to edit"},
-      {"edit without a button press", 1, "", " + 1", 0, 0,
-       "Invalid Expression, Please check the expression again"},
-      {"edit after Clear", 1, "", "", 0, kClear,
-       "Invalid Expression, Please check the expression again"},
+      {"typing alone is not seen", 1, "", " + 1", 0, 0, kInvalid},
       {"nothing to delete", 2, "", "", -1, 0, "No user defined column selected to delete"},
-      {"operator without a column", 0, "X", "", -1, kTimes, "Please select a Column Name"},
-      {"End without a column", 0, "X", "", -1, kEnd, "No column is selected"},
+      {"operator without column", 0, "X", "", -1, kTimes, "Please select a Column Name"},
+      {"End without column", 0, "X", "", -1, kEnd, "No column is selected"},
   };
   AddColumn("Value", R"("Qty" * "Price")");
   for (const auto& c : cases) {
     Open(c.mode);
-    QTest::keyClicks(Control<QLineEdit>(1022), QString::fromStdString(c.nameText));
-    if (c.combo >= 0)
-      Choose(c.combo);
-    TypeExpression(c.typed);
-    if (c.button)
-      Click(c.button);
-    if (c.button != kTimes && c.button != kEnd)
-      Click(CUserDefinedColDlg::kConfirmId);
-    const std::vector<std::string> expected =
-        *c.message ? std::vector<std::string>{c.message} : std::vector<std::string>{};
-    EXPECT_EQ(recorder.messages(), expected) << c.name;
-    EXPECT_EQ(dlg.isVisible(), *c.message != '\0') << c.name;
+    Type(kName, c.name);
+    Choose(c.combo);
+    Type(kExpression, c.typed);
+    for (const int id : {c.button, c.button == kTimes || c.button == kEnd ? 0 : kConfirm})
+      if (id)
+        Click(id);
+    EXPECT_EQ(recorder.messages(), c.message.empty() ? Texts{} : Texts{c.message}) << c.why;
+    EXPECT_EQ(dlg.isVisible(), !c.message.empty()) << c.why;
     recorder.clear();
     dlg.reject();
   }
   EXPECT_EQ(grid.table.size(), 9u) << "only the two accepted names were added";
-}
-
-TEST_F(UserDefinedColDlgTest, EditTakesTheTextAtTheLastButtonPress) {
-  AddColumn("Value", R"("Qty" * "Price")");
-  Open(vh::kUserColumnEdit);
-  Choose(0);
-  TypeExpression(" + ");
-  Pick("Count");
-  Click(kEnd);
-  TypeExpression(" - 100"); // typed after the last press: not seen by Save
-  Click(CUserDefinedColDlg::kConfirmId);
-  ASSERT_FALSE(dlg.isVisible());
-  EXPECT_EQ(grid.table[6].strDisplayExpression, R"("Qty" * "Price" + "Count")");
-  EXPECT_EQ(grid.Cell(0, 6), "28.00");
-  EXPECT_EQ(grid.header[6].tip, R"("Qty" * "Price")") << "Edit leaves the header alone";
-  EXPECT_EQ(grid.header[6].width, 100);
-  EXPECT_EQ(grid.saves.size(), 2u);
-}
-
-TEST_F(UserDefinedColDlgTest, DeleteTakesTwoDependantsAsRecorded) {
-  AddColumn("A", R"("Qty" + 1)");
-  AddColumn("B", R"("A" * 2)");
-  AddColumn("C", R"("Count" - 1)");
-  AddColumn("D", R"("A" + "B")");
-  AddColumn("E", R"("Price" * 4)");
-  Open(vh::kUserColumnDelete);
-  Choose(0);
-  Click(CUserDefinedColDlg::kConfirmId);
-  ASSERT_FALSE(dlg.isVisible());
-  // B goes first; E then stands where D stood and goes in its place.
-  EXPECT_EQ(grid.Headings(), (std::vector<std::string>{"Client id", "Qty", "Price", "Symbol",
-                                                       "Haircut", "Count", "C", "D"}));
-  EXPECT_EQ(grid.Cell(0, grid.ColumnNamed("C")), "2.00");
-  EXPECT_EQ(grid.header[7].tip, R"("A" + "B")");
-  Open(vh::kUserColumnDelete);
-  EXPECT_EQ(Combo()->count(), 2);
-}
-
-TEST_F(UserDefinedColDlgTest, KeyboardAlone) {
-  Open(vh::kUserColumnAdd);
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&dlg));
-  QTest::keyClicks(QApplication::focusWidget(), "Next");
-  QTest::keyClick(&dlg, Qt::Key_Tab);
-  ASSERT_EQ(QApplication::focusWidget(), List());
-  QTest::keyClick(List(), Qt::Key_Down); // from the focused first entry to the second
-  QTest::keyClick(&dlg, Qt::Key_Tab);
-  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space); // "+"
-  for (int i = 0; i < 6; ++i)
-    QTest::keyClick(&dlg, Qt::Key_Tab);
-  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space, Qt::ControlModifier); // bare "("
-  for (int i = 0; i < 4; ++i)
-    QTest::keyClick(&dlg, Qt::Key_Tab);
-  ASSERT_EQ(QApplication::focusWidget(), Expression());
-  QTest::keyClicks(Expression(), "1)");
-  EXPECT_EQ(ExpressionText(), R"("Price" + (1))");
-  QTest::keyClick(Expression(), Qt::Key_Tab);
-  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
-  ASSERT_FALSE(dlg.isVisible()) << recorder.messages().front();
-  EXPECT_EQ(grid.Cell(0, grid.ColumnNamed("Next")), "3.50");
-}
-
-TEST_F(UserDefinedColDlgTest, GridShortOfColumnsIsRefusedOnOpening) {
-  grid.dataCount = 9;
+  grid.dataCount = 10;
   EXPECT_FALSE(dlg.Open(grid, vh::kUserColumnAdd));
-  EXPECT_EQ(recorder.messages(),
-            (std::vector<std::string>{"Error while adding user defined cols"}));
-  EXPECT_EQ(List()->count(), 0);
+  EXPECT_EQ(recorder.messages(), Texts{"Error while adding user defined cols"});
+}
+
+TEST_F(UserDefinedColDlgTest, DeleteTakesDependantsAsRecordedAndHiddenColumnsQuietly) {
+  for (const char* definition :
+       {"A\"Qty\" + 1", "B\"A\" * 2", "C\"Count\" - 1", "D\"A\" + \"B\"", "E\"Price\" * 4"})
+    AddColumn(std::string(definition, 1), definition + 1);
+  Open(vh::kUserColumnDelete);
+  Choose(0);
+  Click(kConfirm);
+  // B (7) goes first; E then stands at 9 where D stood, and goes instead.
+  EXPECT_EQ(grid.deleted, (std::vector<int>{7, 9, 6}));
+  EXPECT_EQ(grid.Headings(),
+            (Texts{"Client id", "Qty", "Price", "Symbol", "Haircut", "Count", "C", "D"}));
+  grid.positions = {0, 1, 2, 3, 4, 5, -1, 6}; // C hidden
+  grid.ColumnsChanged();
+  grid.header[0].tip = "stale";
+  Open(vh::kUserColumnDelete);
+  Choose(0);
+  Click(kConfirm);
+  EXPECT_EQ(grid.deleted.size(), 3u);
+  EXPECT_EQ(grid.positions, (std::vector<int32_t>{0, 1, 2, 3, 4, 5, 6}));
+  EXPECT_EQ(grid.header[0].tip, "Client id");
 }
 
 } // namespace
