@@ -6,7 +6,8 @@
 // call the header operations in between, in the order the user's change
 // dictates (a delete with dependants removes headers at positions that
 // earlier removals have shifted). When a change is complete they call
-// ColumnsChanged() once, then SaveColumnProfile().
+// ColumnsChanged() once, then SaveColumnProfile(). A header call with a
+// position the header does not have must be ignored.
 #pragma once
 
 #include "grid/col_info.h"

@@ -168,8 +168,10 @@ EditorOutcome UserColumnEditor::ConfirmAdd(std::string_view nameText) {
     return kEditorStay;
   }
   const int position = grid_->HeaderItemCount();
+  std::vector<int32_t>& positions = grid_->ColumnPositions();
+  positions.resize(grid_->ColumnTable().size(), -1); // the new entry must pair with the new record
   grid_->ColumnTable().push_back(CustomColumnInfo(name, expr, display_));
-  grid_->ColumnPositions().push_back(position);
+  positions.push_back(position);
   grid_->InsertHeaderColumn(position, name, kCustomColumnFormat, kCustomColumnWidth);
   grid_->SetHeaderToolTip(position, display_);
   return Finish();
