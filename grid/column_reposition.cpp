@@ -28,23 +28,6 @@ int ColumnNamed(const std::vector<sTarnColInfo>& table, std::string_view name) {
   return -1;
 }
 
-// Moves the entries at `rows` of `from` to the end of `to`, in list order;
-// `keep` says which must stay.
-template <typename Keep>
-void MoveRows(std::vector<int>& from, std::vector<int>& to, std::vector<int> rows, Keep keep) {
-  std::sort(rows.begin(), rows.end());
-  rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
-  std::vector<int> staying;
-  for (size_t i = 0; i < from.size(); ++i) {
-    const bool picked = std::binary_search(rows.begin(), rows.end(), int(i));
-    if (picked && !keep(from[i]))
-      to.push_back(from[i]);
-    else
-      staying.push_back(from[i]);
-  }
-  from = std::move(staying);
-}
-
 } // namespace
 
 bool ParseDefaultSort(std::string_view text, const std::vector<sTarnColInfo>& table,
@@ -100,32 +83,17 @@ std::string ColumnReposition::NameOf(int column) const {
   return std::string(grid_->ColumnTable()[size_t(column)].Name());
 }
 
-void ColumnReposition::ShowColumns(std::vector<int> rows) {
-  MoveRows(hidden_, shown_, std::move(rows), [](int) { return false; });
+bool ColumnReposition::MayHide(int column) const {
+  return !(grid_ && grid_->DataColumnCount() > 0 && column == 0);
 }
 
-void ColumnReposition::HideColumns(std::vector<int> rows) {
-  const bool hasData = grid_ && grid_->DataColumnCount() > 0;
-  MoveRows(shown_, hidden_, std::move(rows), [&](int column) {
-    if (!hasData || column != 0)
-      return false;
-    ShowMessage(NameOf(column) + std::string(kCannotBeRemovedSuffix));
-    return true;
-  });
-}
-
-void ColumnReposition::MoveShown(int from, int to) {
-  const int n = int(shown_.size());
-  if (from < 0 || from >= n || to < 0 || to >= n)
-    return;
-  const int column = shown_[size_t(from)];
-  shown_.erase(shown_.begin() + from);
-  shown_.insert(shown_.begin() + to, column);
+void ColumnReposition::ReportKept(int column) const {
+  ShowMessage(NameOf(column) + std::string(kCannotBeRemovedSuffix));
 }
 
 // Columns the lists no longer know (the table changed while the dialog was
 // open) end up hidden; list entries past the table are skipped.
-void ColumnReposition::Apply() {
+void ColumnReposition::Apply(const std::vector<int>& shown) {
   if (!grid_)
     return;
   const size_t count = grid_->ColumnTable().size();
@@ -134,7 +102,7 @@ void ColumnReposition::Apply() {
   positions.assign(count, -1);
   std::vector<int> newlyShown;
   int32_t next = 0;
-  for (const int column : shown_) {
+  for (const int column : shown) {
     if (column < 0 || size_t(column) >= count || positions[size_t(column)] != -1)
       continue;
     positions[size_t(column)] = next;
@@ -147,10 +115,10 @@ void ColumnReposition::Apply() {
     grid_->SetHeaderWidth(position, kNewlyShownWidth);
 }
 
-bool ColumnReposition::Save() {
+bool ColumnReposition::Save(const std::vector<int>& shown) {
   if (!grid_ || sortMode_)
     return false;
-  Apply();
+  Apply(shown);
   grid_->SaveColumnProfile();
   return true;
 }

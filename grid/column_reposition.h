@@ -1,15 +1,15 @@
 // The column profile dialog without its widgets: the shown and hidden
-// lists of one grid's columns, what the move, apply and save buttons do to
-// the grid, and the grid's default sort. Qt-free; single-threaded.
+// lists it starts from, the column that may not be hidden, what applying
+// and saving the lists does to the grid, and the grid's default sort.
+// Moving items between the lists is the lists' own business. Qt-free;
+// single-threaded.
 //
-//   ">"        selected hidden columns go to the end of the shown list
-//   "<"        selected shown columns go to the end of the hidden list; the
-//              first data column stays ("<name> cannot be removed")
 //   "&View"    header positions follow the shown list's order, every other
 //              column is hidden; a column that was hidden gets width 80
 //   "&Save"    "&View", then the column profile is saved (normal mode only)
 //   "&Default" shows the saved default-sort text
 //   "Sort"     sets and saves the default sort from the edit's text
+// The first data column stays shown ("<name> cannot be removed").
 // Default-sort text: a column's name (any letter case), optionally followed
 // by "," and "D" (descending) or "A" (ascending, the default), e.g.
 // "Holdings Qty,D"; empty for none. It is kept as settings/default_sort.h
@@ -51,25 +51,24 @@ public:
   bool SortMode() const { return sortMode_; }
   // The profile is the dealers' one (kDealerNetPositionProfile).
   bool DealerNetPosition() const { return dealerNetPosition_; }
-  // Column numbers, in list order.
+  // The lists as opened: column numbers, shown ones in header order,
+  // hidden ones in table order.
   const std::vector<int>& Shown() const { return shown_; }
   const std::vector<int>& Hidden() const { return hidden_; }
   // Empty for an unknown column.
   std::string NameOf(int column) const;
 
-  // ">": `rows` are indices into Hidden(); out-of-range ones are ignored.
-  void ShowColumns(std::vector<int> rows);
-  // "<": `rows` are indices into Shown(). The first data column is refused
-  // with its message and stays; the others move.
-  void HideColumns(std::vector<int> rows);
-  // A drag inside the shown list: the entry at `from` is put at `to`.
-  // Nothing happens for an index out of range.
-  void MoveShown(int from, int to);
+  // Whether `column` may go to the hidden list: not the first data column.
+  bool MayHide(int column) const;
+  // Says why `column` stays shown: "<name> cannot be removed".
+  void ReportKept(int column) const;
 
-  // "&View". Without an open grid nothing happens.
-  void Apply();
+  // "&View" with the shown list `shown` (column numbers, top to bottom).
+  // Unknown and repeated numbers are skipped. Without an open grid nothing
+  // happens.
+  void Apply(const std::vector<int>& shown);
   // "&Save": false (nothing done) in sort mode or without a grid.
-  bool Save();
+  bool Save(const std::vector<int>& shown);
 
   // "&Default": the grid's saved default-sort text.
   const std::string& SavedDefaultSort() const { return savedSort_; }

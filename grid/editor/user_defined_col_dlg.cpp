@@ -128,14 +128,19 @@ void CUserDefinedColDlg::OnConfirm() {
 }
 
 void CUserDefinedColDlg::OnCustomColumnChosen(int index) {
-  expression_->setPlainText(QString::fromStdString(editor_.ExpressionOfCustom(index)));
+  ShowExpression(editor_.ExpressionOfCustom(index));
+}
+
+// Typing goes on after the text shown, as after a button press.
+void CUserDefinedColDlg::ShowExpression(const std::string& text) {
+  expression_->setPlainText(QString::fromStdString(text));
+  expression_->moveCursor(QTextCursor::End);
 }
 
 void CUserDefinedColDlg::ApplyOutcome(vh::EditorOutcome outcome) {
   switch (outcome) {
   case vh::kEditorShowText:
-    expression_->setPlainText(QString::fromStdString(editor_.DisplayExpression()));
-    expression_->moveCursor(QTextCursor::End); // typing goes on after the button's text
+    ShowExpression(editor_.DisplayExpression());
     break;
   case vh::kEditorReactivate:
     activateWindow();

@@ -38,6 +38,7 @@ private:
   void OnExpressionButton(int controlId);
   void OnConfirm();
   void OnCustomColumnChosen(int index);
+  void ShowExpression(const std::string& text);
   void ApplyOutcome(vh::EditorOutcome outcome);
 
   vh::UserColumnEditor editor_;

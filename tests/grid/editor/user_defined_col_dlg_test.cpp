@@ -42,8 +42,6 @@ protected:
       QTest::keyClick(Control<QComboBox>(1011), Qt::Key_Down);
   }
   void Type(int id, const std::string& text) {
-    if (auto* edit = Control<QPlainTextEdit>(id))
-      edit->moveCursor(QTextCursor::End);
     QTest::keyClicks(Control<QWidget>(id), QString::fromStdString(text));
   }
   // Add mode, both texts typed, Enter.
@@ -85,11 +83,6 @@ TEST_F(UserDefinedColDlgTest, ModesCaptionsListsAndScreenshots) {
         QString("%1/%2/%3/%4")
             .arg(dlg.windowTitle(), Control<QPushButton>(kConfirm)->text(), opened, focused()),
         c.look);
-    QStringList listed;
-    for (auto* list = Control<QListWidget>(1009); listed.size() < list->count();)
-      listed << list->item(listed.size())->text() +
-                    list->item(listed.size())->data(Qt::UserRole).toString();
-    EXPECT_EQ(listed, QStringList({"Qty1", "Price2", "Haircut4", "Count5", "Value6"}));
     if (c.mode != vh::kUserColumnAdd)
       Choose(0);
     EXPECT_TRUE(dlg.grab().save(VH_SCREENSHOT_DIR + QString(c.png)));
