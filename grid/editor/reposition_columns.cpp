@@ -39,10 +39,13 @@ QPushButton* CRepositionColumns::AddButton(const char* text, int id) {
   return button;
 }
 
-// Hidden columns on the left, shown ones on the right: ">" shows, "<" hides.
+// Controls are made in their tab order: hidden list, ">", "<", shown list,
+// the sort row, then the dialog's buttons.
 void CRepositionColumns::BuildControls() {
   hidden_ = new vh::CNTDragListCtrl(this);
   SetControlId(hidden_, kHiddenListId);
+  show_ = AddButton(">", kShowId);
+  hide_ = AddButton("<", kHideId);
   shown_ = new vh::CNTDragListCtrl(this);
   SetControlId(shown_, kShownListId);
   shown_->SetLeaveFilter(
@@ -52,31 +55,34 @@ void CRepositionColumns::BuildControls() {
     SetControlId(spare, id);
     spare->hide();
   }
-  QPushButton* show = AddButton(">", kShowId);
-  QPushButton* hide = AddButton("<", kHideId);
-  view_ = AddButton("&View", kViewId);
-  save_ = AddButton("&Save", kSaveId);
-  QPushButton* byDefault = AddButton("&Default", kDefaultId);
-  QPushButton* cancel = AddButton("&Cancel", kCancelId);
-  sort_ = AddButton("Sort", kSortId);
-  auto* sortLabel = new QLabel("Default Sort For: ", this);
-  SetControlId(sortLabel, kSortLabelId);
+  sortLabel_ = new QLabel("Default Sort For: ", this);
+  SetControlId(sortLabel_, kSortLabelId);
   sortText_ = new QLineEdit(this);
   SetControlId(sortText_, kSortEditId);
-  sortLabel->setBuddy(sortText_);
+  sortLabel_->setBuddy(sortText_);
+  sort_ = AddButton("Sort", kSortId);
+  view_ = AddButton("&View", kViewId);
+  save_ = AddButton("&Save", kSaveId);
+  default_ = AddButton("&Default", kDefaultId);
+  cancel_ = AddButton("&Cancel", kCancelId);
+  LayOut();
+  ConnectControls();
+}
 
+// Hidden columns on the left, shown ones on the right: ">" shows, "<" hides.
+void CRepositionColumns::LayOut() {
   auto* moves = new QVBoxLayout;
   moves->addStretch();
-  moves->addWidget(show);
-  moves->addWidget(hide);
+  moves->addWidget(show_);
+  moves->addWidget(hide_);
   moves->addStretch();
   auto* sortRow = new QHBoxLayout;
-  sortRow->addWidget(sortLabel);
+  sortRow->addWidget(sortLabel_);
   sortRow->addWidget(sortText_, 1);
   sortRow->addWidget(sort_);
   auto* buttons = new QHBoxLayout;
   buttons->addStretch();
-  for (QPushButton* b : {view_, save_, byDefault, cancel})
+  for (QPushButton* b : {view_, save_, default_, cancel_})
     buttons->addWidget(b);
   auto* top = new QGridLayout(this);
   top->addWidget(new QLabel("Hidden columns", this), 0, 0);
@@ -86,23 +92,16 @@ void CRepositionColumns::BuildControls() {
   top->addWidget(shown_, 1, 2);
   top->addLayout(sortRow, 2, 0, 1, 3);
   top->addLayout(buttons, 3, 0, 1, 3);
-  for (auto [from, to] : {std::pair<QWidget*, QWidget*>{hidden_, show},
-                          {show, hide},
-                          {hide, shown_},
-                          {shown_, sortText_},
-                          {sortText_, sort_},
-                          {sort_, view_},
-                          {view_, save_},
-                          {save_, byDefault},
-                          {byDefault, cancel}})
-    setTabOrder(from, to);
+}
 
-  connect(show, &QPushButton::clicked, this, [this] { hidden_->MoveSelectedTo(shown_); });
-  connect(hide, &QPushButton::clicked, this, [this] { shown_->MoveSelectedTo(hidden_); });
-  connect(hidden_, &QListWidget::itemDoubleClicked, this,
-          [this] { hidden_->MoveSelectedTo(shown_); });
-  connect(shown_, &QListWidget::itemDoubleClicked, this,
-          [this] { shown_->MoveSelectedTo(hidden_); });
+// A double click moves the item to the other list, as ">" and "<" do.
+void CRepositionColumns::ConnectControls() {
+  const auto showSelected = [this] { hidden_->MoveSelectedTo(shown_); };
+  const auto hideSelected = [this] { shown_->MoveSelectedTo(hidden_); };
+  connect(show_, &QPushButton::clicked, this, showSelected);
+  connect(hide_, &QPushButton::clicked, this, hideSelected);
+  connect(hidden_, &QListWidget::itemDoubleClicked, this, showSelected);
+  connect(shown_, &QListWidget::itemDoubleClicked, this, hideSelected);
   connect(shown_, &vh::CNTDragListCtrl::MoveRefused, this,
           [this](const vh::DragListItem& item) { core_.ReportKept(item.value); });
   connect(view_, &QPushButton::clicked, this, [this] { core_.Apply(ShownColumns()); });
@@ -110,11 +109,11 @@ void CRepositionColumns::BuildControls() {
     if (core_.Save(ShownColumns()))
       accept();
   });
-  connect(byDefault, &QPushButton::clicked, this,
+  connect(default_, &QPushButton::clicked, this,
           [this] { sortText_->setText(QString::fromStdString(core_.SavedDefaultSort())); });
   connect(sort_, &QPushButton::clicked, this,
           [this] { (void)core_.Sort(sortText_->text().toStdString()); });
-  connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+  connect(cancel_, &QPushButton::clicked, this, &QDialog::reject);
 }
 
 void CRepositionColumns::Open(vh::CustomColumnGrid& grid, bool sortMode) {

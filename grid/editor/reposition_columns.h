@@ -12,6 +12,7 @@
 
 #include <QDialog>
 
+class QLabel;
 class QLineEdit;
 class QPushButton;
 
@@ -43,14 +44,21 @@ public:
 
 private:
   void BuildControls();
+  void LayOut();
+  void ConnectControls();
   QPushButton* AddButton(const char* text, int id);
   std::vector<int> ShownColumns() const;
 
   vh::ColumnReposition core_;
   vh::CNTDragListCtrl* shown_ = nullptr;
   vh::CNTDragListCtrl* hidden_ = nullptr;
+  QPushButton* show_ = nullptr;
+  QPushButton* hide_ = nullptr;
+  QLabel* sortLabel_ = nullptr;
   QLineEdit* sortText_ = nullptr;
+  QPushButton* sort_ = nullptr;
   QPushButton* view_ = nullptr;
   QPushButton* save_ = nullptr;
-  QPushButton* sort_ = nullptr;
+  QPushButton* default_ = nullptr;
+  QPushButton* cancel_ = nullptr;
 };

@@ -18,6 +18,11 @@ namespace {
 // Buttons per row of the operator pad.
 constexpr int kPadColumns = 4;
 
+template <typename T> T* WithId(T* control, int id) {
+  SetControlId(control, id);
+  return control;
+}
+
 } // namespace
 
 CUserDefinedColDlg::CUserDefinedColDlg(QWidget* parent) : QDialog(parent) {
@@ -26,32 +31,30 @@ CUserDefinedColDlg::CUserDefinedColDlg(QWidget* parent) : QDialog(parent) {
   BuildControls();
 }
 
-// Name edit and combo share one cell: only one of them is shown per mode,
-// and a hidden control drops out of the tab order by itself.
 void CUserDefinedColDlg::BuildControls() {
-  name_ = new QLineEdit(this);
-  SetControlId(name_, kNameEditId);
-  custom_ = new QComboBox(this);
-  SetControlId(custom_, kCustomComboId);
-  columns_ = new QListWidget(this);
-  SetControlId(columns_, kColumnListId);
-  expression_ = new QPlainTextEdit(this);
-  SetControlId(expression_, kExpressionEditId);
+  name_ = WithId(new QLineEdit(this), kNameEditId);
+  custom_ = WithId(new QComboBox(this), kCustomComboId);
+  columns_ = WithId(new QListWidget(this), kColumnListId);
+  expression_ = WithId(new QPlainTextEdit(this), kExpressionEditId);
   expression_->setTabChangesFocus(true);
-  confirm_ = new QPushButton("&Add", this);
-  SetControlId(confirm_, kConfirmId);
+  confirm_ = WithId(new QPushButton("&Add", this), kConfirmId);
   confirm_->setDefault(true);
-  cancel_ = new QPushButton("&Cancel", this);
-  SetControlId(cancel_, kCancelId);
+  cancel_ = WithId(new QPushButton("&Cancel", this), kCancelId);
+  LayOut(BuildButtonPad());
+  connect(confirm_, &QPushButton::clicked, this, &CUserDefinedColDlg::OnConfirm);
+  connect(cancel_, &QPushButton::clicked, this, &QDialog::reject);
+  connect(custom_, &QComboBox::activated, this, &CUserDefinedColDlg::OnCustomColumnChosen);
+}
 
+// The expression buttons in table order, which is also their tab order
+// between the column list and the expression. Enter never presses one of
+// them: it stays with the confirm button.
+QGridLayout* CUserDefinedColDlg::BuildButtonPad() {
   auto* pad = new QGridLayout;
   QWidget* previous = columns_;
-  setTabOrder(name_, custom_);
-  setTabOrder(custom_, columns_);
   int index = 0;
   for (const vh::ExpressionButton& b : vh::kExpressionButtons) {
-    auto* button = new QPushButton(b.label, this);
-    SetControlId(button, b.controlId);
+    auto* button = WithId(new QPushButton(b.label, this), b.controlId);
     button->setAutoDefault(false);
     pad->addWidget(button, index / kPadColumns, index % kPadColumns);
     ++index;
@@ -63,7 +66,14 @@ void CUserDefinedColDlg::BuildControls() {
   setTabOrder(previous, expression_);
   setTabOrder(expression_, confirm_);
   setTabOrder(confirm_, cancel_);
+  return pad;
+}
 
+// Name edit and combo share one cell: only one of them is shown per mode,
+// and a hidden control drops out of the tab order by itself.
+void CUserDefinedColDlg::LayOut(QGridLayout* pad) {
+  setTabOrder(name_, custom_);
+  setTabOrder(custom_, columns_);
   auto* group = new QGroupBox("Column Expression", this);
   (new QVBoxLayout(group))->addWidget(expression_);
   auto* confirmRow = new QHBoxLayout;
@@ -77,10 +87,6 @@ void CUserDefinedColDlg::BuildControls() {
   top->addLayout(pad, 1, 1, Qt::AlignTop);
   top->addWidget(group, 2, 0, 1, 2);
   top->addLayout(confirmRow, 3, 0, 1, 2);
-
-  connect(confirm_, &QPushButton::clicked, this, &CUserDefinedColDlg::OnConfirm);
-  connect(cancel_, &QPushButton::clicked, this, &QDialog::reject);
-  connect(custom_, &QComboBox::activated, this, &CUserDefinedColDlg::OnCustomColumnChosen);
 }
 
 bool CUserDefinedColDlg::Open(vh::CustomColumnGrid& grid, int mode) {

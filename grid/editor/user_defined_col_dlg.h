@@ -9,6 +9,7 @@
 #include <QDialog>
 
 class QComboBox;
+class QGridLayout;
 class QLineEdit;
 class QListWidget;
 class QPlainTextEdit;
@@ -35,6 +36,8 @@ public:
 
 private:
   void BuildControls();
+  QGridLayout* BuildButtonPad();
+  void LayOut(QGridLayout* pad);
   void OnExpressionButton(int controlId);
   void OnConfirm();
   void OnCustomColumnChosen(int index);
