@@ -25,10 +25,7 @@ using Texts = std::vector<std::string>;
 class UserDefinedColDlgTest : public ::testing::Test {
 protected:
   template <typename T> T* Control(int id) { return qobject_cast<T*>(GetDlgItem(&dlg, id)); }
-  void Open(int mode) {
-    ASSERT_TRUE(dlg.Open(grid, mode));
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&dlg));
-  }
+  void Open(int mode) { ASSERT_TRUE(dlg.Open(grid, mode)); }
   void Click(int id, Qt::KeyboardModifiers m = {}) {
     QTest::mouseClick(Control<QPushButton>(id), Qt::LeftButton, m);
   }
