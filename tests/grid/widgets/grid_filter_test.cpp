@@ -1,0 +1,115 @@
+// The filter bar, the distinct-values pop-up and header-click sorting.
+#include "tests/grid/widgets/grid_fixture.h"
+
+#include "grid/widgets/grid_commands.h"
+
+#include <QSignalSpy>
+
+namespace vh::test {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+TEST_F(GridTest, TypedFilterAppliesAfterTheDelay) {
+  CFilterListCtrl& grid = MakeGrid();
+  AddRows(SampleRows());
+  Show();
+  QTest::keyClick(&grid, Qt::Key_F, Qt::ControlModifier);
+  ASSERT_TRUE(grid.FilterBarShown());
+  EXPECT_EQ(grid.FilterHeader()->ChangeDelay(), 500);
+  QLineEdit* symbol = grid.FilterHeader()->FilterField(1);
+  QTest::keyClicks(symbol, "inf");
+  EXPECT_EQ(grid.Model().rowCount(), 5); // not before the delay
+  QTRY_COMPARE_WITH_TIMEOUT(grid.Model().rowCount(), 2, 2000);
+  EXPECT_EQ(Shown(0), (Texts{"C001", "C003"}));
+  // Enter applies at once.
+  QTest::keyClick(symbol, Qt::Key_Backspace);
+  QTest::keyClick(symbol, Qt::Key_Backspace);
+  QTest::keyClick(symbol, Qt::Key_Backspace);
+  QTest::keyClicks(symbol, "t~s");
+  QTest::keyClick(symbol, Qt::Key_Return);
+  EXPECT_EQ(Shown(1), (Texts{"TCS", "SBIN"}));
+}
+
+TEST_F(GridTest, EchoedFilterTextsDoNotFilterAgain) {
+  CFilterListCtrl& grid = MakeGrid();
+  AddRows(SampleRows());
+  AddRows({{"C006", "INFYX", "1", "1"}});
+  Show();
+  grid.ToggleFilterBar();
+  QSignalSpy reported(grid.FilterHeader(), &CFilterHeader::FilterChanged);
+  grid.SetFilter(1, "infy", false);
+  EXPECT_EQ(grid.FilterHeader()->FilterText(1), "infy");
+  EXPECT_EQ(grid.Model().rowCount(), 3);
+  grid.OnCommand(kCmdExactMatch); // rewrites the first filter in exact mode
+  EXPECT_EQ(grid.Model().rowCount(), 2);
+  QTest::qWait(700);
+  EXPECT_EQ(reported.count(), 0);
+  EXPECT_EQ(grid.Model().rowCount(), 2);
+  grid.OnCommand(kCmdResetFilters);
+  EXPECT_EQ(grid.FilterHeader()->FilterText(1), "");
+  EXPECT_EQ(grid.Model().rowCount(), 6);
+}
+
+TEST_F(GridTest, TabMovesBetweenFieldsWithWrapAround) {
+  CFilterListCtrl& grid = MakeGrid();
+  dialog_->resize(160, 200);
+  Show();
+  QTest::keyClick(&grid, Qt::Key_F, Qt::ControlModifier);
+  const struct {
+    const char* name;
+    Qt::Key key;
+    Qt::KeyboardModifiers mods;
+    int field;
+  } cases[] = {
+      {"backWrapsToLast", Qt::Key_Backtab, Qt::ShiftModifier, 3},
+      {"forwardWrapsToFirst", Qt::Key_Tab, {}, 0},
+      {"forward", Qt::Key_Tab, {}, 1},
+      {"forwardAgain", Qt::Key_Tab, {}, 2},
+      {"back", Qt::Key_Backtab, Qt::ShiftModifier, 1},
+  };
+  CFilterHeader* header = grid.FilterHeader();
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    QTest::keyClick(QApplication::focusWidget(), c.key, c.mods);
+    EXPECT_EQ(QApplication::focusWidget(), header->FilterField(c.field));
+    // The edited field is scrolled into view.
+    const QRect field = header->FilterField(c.field)->geometry();
+    EXPECT_GE(field.left(), 0);
+    EXPECT_LE(field.left(), grid.viewport()->width());
+  }
+  // Ctrl+F from inside a field gives the focus back to the list and hides.
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_F, Qt::ControlModifier);
+  EXPECT_FALSE(grid.FilterBarShown());
+  EXPECT_EQ(QApplication::focusWidget(), &grid);
+}
+
+TEST_F(GridTest, HeaderClicksSortAndMoveTheArrow) {
+  CFilterListCtrl& grid = MakeGrid();
+  AddRows(SampleRows());
+  Show();
+  CFilterHeader* header = grid.FilterHeader();
+  EXPECT_EQ(header->SectionImage(0), 0); // the set-up sort column
+  const struct {
+    const char* name;
+    int section;
+    Texts qty;
+    std::vector<int> images;
+  } cases[] = {
+      {"qtyAscending", 2, {"7", "15", "120", "300", "2000"}, {-1, -1, 0, -1}},
+      {"qtyDescending", 2, {"2000", "300", "120", "15", "7"}, {-1, -1, 1, -1}},
+      {"closeRestartsAscending", 3, {"7", "2000", "120", "300", "15"}, {-1, -1, -1, 0}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    ClickSection(c.section);
+    EXPECT_EQ(Shown(2), c.qty);
+    std::vector<int> images;
+    for (int s = 0; s < 4; ++s)
+      images.push_back(header->SectionImage(s));
+    EXPECT_EQ(images, c.images);
+  }
+}
+
+} // namespace
+} // namespace vh::test

@@ -1,0 +1,13 @@
+#include <QApplication>
+
+#include <gtest/gtest.h>
+
+#include "grid/widgets/common_list_ctrl.h"
+#include "plugin/header_images.h"
+
+int main(int argc, char** argv) {
+  QApplication app(argc, argv);
+  vh::CCommonListCtrl::SetHeaderImageList(vh::MakeHeaderImageList());
+  ::testing::InitGoogleTest(&argc, argv);
+  return RUN_ALL_TESTS();
+}
