@@ -4,9 +4,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <condition_variable>
 #include <cstdio>
 #include <ctime>
 #include <filesystem>
+#include <mutex>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -85,6 +89,37 @@ bool WriteRows(lxw_worksheet* sheet, int rows, int columns, void* context,
   return true;
 }
 
+// Closes `book` (writing and compressing the file), calling `idle` on this
+// thread meanwhile when there is one. Returns workbook_close's result.
+lxw_error CloseBook(lxw_workbook* book, ExcelIdleCallback idle, void* context) {
+  // libxlsxwriter prints numbers with printf, which follows LC_NUMERIC; the
+  // C locale is per thread, so it is set where the close runs.
+  const auto close = [book] { return InCLocale([book] { return workbook_close(book); }); };
+  if (idle == nullptr)
+    return close();
+  std::mutex mutex;
+  std::condition_variable finished;
+  bool done = false;
+  lxw_error result = LXW_NO_ERROR;
+  std::thread worker([&] {
+    const lxw_error e = close();
+    std::lock_guard lock(mutex);
+    result = e;
+    done = true;
+    finished.notify_one();
+  });
+  std::unique_lock lock(mutex);
+  do {
+    lock.unlock();
+    idle(context);
+    lock.lock();
+  } while (!finished.wait_for(lock, std::chrono::milliseconds(kExcelIdleIntervalMs),
+                              [&] { return done; }));
+  lock.unlock();
+  worker.join();
+  return result;
+}
+
 } // namespace
 
 CExcelInterface::CExcelInterface(int rows, int columns) : rows_(rows), columns_(columns) {}
@@ -92,6 +127,10 @@ CExcelInterface::CExcelInterface(int rows, int columns) : rows_(rows), columns_(
 void CExcelInterface::SetContext(void* context, ExcelCellCallback callback) {
   context_ = context;
   callback_ = callback;
+}
+
+void CExcelInterface::SetIdleCallback(ExcelIdleCallback idle) {
+  idle_ = idle;
 }
 
 void CExcelInterface::SetFilePath(std::string path) {
@@ -123,7 +162,7 @@ int CExcelInterface::WriteToExcel() {
   const bool rowsOk = sheet != nullptr && WriteRows(sheet, rows_, columns_, context_, callback_);
   // Closing also frees the workbook, so it happens on failure too; the
   // temporary file it wrote is then removed with `temp`.
-  const lxw_error closed = InCLocale([&] { return workbook_close(book); });
+  const lxw_error closed = CloseBook(book, idle_, context_);
   if (!rowsOk || closed != LXW_NO_ERROR)
     return 0;
   if (std::rename(temp.path().c_str(), writtenPath_.c_str()) != 0)

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <optional>
 #include <regex>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -236,6 +237,36 @@ TEST(ExcelExport, AnEarlierFileIsReplacedWholeWithTheUsualMode) {
   struct stat st {};
   ASSERT_EQ(::stat(path.c_str(), &st), 0);
   EXPECT_EQ(st.st_mode & 0777, 0666 & ~mask);
+}
+
+TEST(ExcelExport, TheIdleCallbackRunsOnTheCallersThreadAfterTheLastCell) {
+  test::TempFolder folder;
+  struct Probe {
+    Grid grid;
+    int cellsBeforeFirstIdle = -1;
+    int idles = 0;
+    bool otherThread = false;
+    std::thread::id caller = std::this_thread::get_id();
+  } probe;
+  probe.grid.heading = {{"A", 3}, {"B", 1}};
+  probe.grid.rows.assign(2000, {"some text", "12.5"});
+  CExcelInterface excel(2001, 2);
+  excel.SetContext(&probe, [](void* context, int row, int column, std::string& text, int& type) {
+    return Grid::Cell(&static_cast<Probe*>(context)->grid, row, column, text, type);
+  });
+  excel.SetIdleCallback([](void* context) {
+    auto* p = static_cast<Probe*>(context);
+    if (p->idles++ == 0)
+      p->cellsBeforeFirstIdle = static_cast<int>(p->grid.calls.size());
+    p->otherThread = p->otherThread || std::this_thread::get_id() != p->caller;
+  });
+  const std::string path = folder.file("idle.xlsx");
+  excel.SetFilePath(path);
+  ASSERT_NE(excel.WriteToExcel(), 0);
+  EXPECT_GE(probe.idles, 1);
+  EXPECT_EQ(probe.cellsBeforeFirstIdle, 2001 * 2);
+  EXPECT_FALSE(probe.otherThread);
+  EXPECT_EQ(test::ReadSheet(path).at("B2001"), Number("12.5"));
 }
 
 // Sets an environment variable for one test and puts the old value back.

@@ -1,0 +1,30 @@
+// A read-only list model over a vector of texts (UTF-8 bytes), for lists of a
+// million entries: texts are converted to QString only when a visible row is
+// painted.
+#pragma once
+
+#include <QAbstractListModel>
+
+#include <string>
+#include <vector>
+
+namespace vh {
+
+class DistinctValueModel : public QAbstractListModel {
+  Q_OBJECT
+public:
+  using QAbstractListModel::QAbstractListModel;
+
+  // Replaces every row (a model reset).
+  void SetValues(std::vector<std::string> values);
+  // The text of `row`; empty for a row out of range.
+  const std::string& Value(int row) const;
+
+  int rowCount(const QModelIndex& parent = QModelIndex()) const override;
+  QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+
+private:
+  std::vector<std::string> values_;
+};
+
+} // namespace vh
