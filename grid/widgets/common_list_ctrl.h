@@ -14,6 +14,7 @@
 #include "settings/list_appearance.h"
 
 #include <QPointer>
+#include <QProgressDialog>
 #include <QTableView>
 
 #include <memory>
@@ -132,7 +133,9 @@ protected:
   // The sort column the grid starts with.
   void SetInitialSortColumn(int column) { sortColumn_ = column; }
   int InitialSortColumn() const { return sortColumn_; }
-  void ReportProgress(int done, int total) { emit ProgressChanged(done, total); }
+  // Reports to ProgressChanged and shows a progress bar over the grid
+  // until `done` reaches `total`.
+  void ReportProgress(int done, int total);
 
   void keyPressEvent(QKeyEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
@@ -158,6 +161,7 @@ private:
   sListAppearance appearance_;
   std::string lastExportPath_;
   QPointer<QMenu> openMenu_;
+  QPointer<QProgressDialog> progress_;
   CGridDialog* profileDialog_ = nullptr;
 };
 

@@ -5,14 +5,12 @@
 #include "grid/widgets/grid_commands.h"
 #include "grid/widgets/row_delegate.h"
 #include "widgets/filter_header.h"
-#if __has_include("widgets/filter_text.h")
 #include "widgets/filter_text.h"
-#define VH_HAS_FILTER_TEXT 1
-#endif
 
 #include <QComboBox>
 #include <QKeyEvent>
 #include <QMenu>
+#include <QMouseEvent>
 #include <QPointer>
 #include <QScrollBar>
 
@@ -20,9 +18,10 @@ namespace vh {
 namespace {
 
 constexpr int kFilterDelayMs = 500;
+constexpr int kCheckBoxSide = 13;
 
 struct FilterShared {
-  QPointer<QWidget> popup;
+  QPointer<CFilterText> popup;
   QMetaObject::Connection applied;
   GridDialogFactory editorFactory;
   QPointer<CGridDialog> editor;
@@ -182,23 +181,23 @@ void CFilterListCtrl::OnClearHeaderFilters() {
 // --- distinct values ---------------------------------------------------------------------
 
 CFilterText* CFilterListCtrl::SharedFilterPopup() {
-#ifdef VH_HAS_FILTER_TEXT
-  return static_cast<CFilterText*>(Shared().popup.data());
-#else
-  return nullptr;
-#endif
+  return Shared().popup.data();
+}
+
+void CFilterListCtrl::DestroySharedWindows() {
+  delete Shared().popup.data();
+  delete Shared().editor.data();
 }
 
 void CFilterListCtrl::PopupDistinctValues(int headerItem, const QPoint& globalPos) {
   const int column = engine_.DataColumnAt(headerItem);
   if (column < 0)
     return;
-#ifdef VH_HAS_FILTER_TEXT
   auto& shared = Shared();
   if (!shared.popup)
     shared.popup = new CFilterText();
   QObject::disconnect(shared.applied);
-  auto* popup = static_cast<CFilterText*>(shared.popup.data());
+  CFilterText* popup = shared.popup.data();
   shared.applied =
       connect(popup, &CFilterText::Applied, this, [this](int item, const QString& text) {
         const int c = engine_.DataColumnAt(item);
@@ -206,9 +205,6 @@ void CFilterListCtrl::PopupDistinctValues(int headerItem, const QPoint& globalPo
           engine_.SetFilter(c, text.toStdString(), false);
       });
   popup->Popup(engine_.DistinctValues(column), headerItem, globalPos);
-#else
-  (void)globalPos;
-#endif
 }
 
 void CFilterListCtrl::FillComboWithColumn(QComboBox* combo, int column) {
@@ -297,6 +293,30 @@ void CFilterListCtrl::keyPressEvent(QKeyEvent* event) {
     return;
   }
   CCommonListCtrl::keyPressEvent(event);
+}
+
+} // namespace vh
+
+namespace vh {
+
+QRect CFilterListCtrl::CheckBoxRect(const QRect& cell) {
+  const int side = std::min(cell.height() - 2, kCheckBoxSide);
+  return QRect(cell.left() + 2, cell.top() + (cell.height() - side) / 2, side, side);
+}
+
+void CFilterListCtrl::mousePressEvent(QMouseEvent* event) {
+  const QModelIndex index = indexAt(event->position().toPoint());
+  if (checkBoxes_ && index.isValid() && index.column() == 0 && event->button() == Qt::LeftButton &&
+      CheckBoxRect(visualRect(index)).contains(event->position().toPoint())) {
+    const int row = model_->EngineRow(index.row());
+    engine_.SetCheck(row, engine_.GetCheck(row) ? 0 : 1);
+    selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect |
+                                                 QItemSelectionModel::Rows);
+    setFocus(Qt::MouseFocusReason);
+    viewport()->update(visualRect(index));
+    return;
+  }
+  CCommonListCtrl::mousePressEvent(event);
 }
 
 } // namespace vh

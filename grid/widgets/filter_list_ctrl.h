@@ -67,6 +67,12 @@ public:
     return engine_.SetItemData(position, itemData);
   }
   void DeleteAllItems();
+  // Rows show a check box in header item 0; a click on it toggles the
+  // row's check state and selects and focuses the row.
+  void SetCheckBoxes(bool on) { checkBoxes_ = on; }
+  bool CheckBoxes() const { return checkBoxes_; }
+  // The check box's place in a cell of header item 0.
+  static QRect CheckBoxRect(const QRect& cell);
 
   // --- columns after set-up -------------------------------------------------------
   // Adds a custom column at the end of the header. Returns its number.
@@ -87,6 +93,8 @@ public:
   void PopupDistinctValues(int headerItem, const QPoint& globalPos);
   // The one pop-up all grids share; null before the first use.
   static CFilterText* SharedFilterPopup();
+  // Deletes the shared pop-up and custom-column editor (module unload).
+  static void DestroySharedWindows();
   // "--ALL-- " and the distinct texts of data column `column`, first
   // selected.
   void FillComboWithColumn(QComboBox* combo, int column);
@@ -124,6 +132,7 @@ protected:
   void AddMenuItems(QMenu& menu, bool header) override;
   void SetHeaderImage(int headerItem, int image) override;
   void keyPressEvent(QKeyEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
 
 private:
   // RowEngineObserver (forwarded by the model)
@@ -142,6 +151,7 @@ private:
   bool customColumns_ = false;
   bool columnsInstalled_ = false;
   bool deletedWasSelected_ = false;
+  bool checkBoxes_ = false;
   bool gradient_ = false;
   int32_t defaultText_ = -1;
   int32_t defaultBackground_ = -1;

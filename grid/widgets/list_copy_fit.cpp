@@ -39,6 +39,26 @@ std::vector<std::pair<int, int>> SelectedSpans(const QItemSelectionModel* select
 
 } // namespace
 
+void CCommonListCtrl::ReportProgress(int done, int total) {
+  emit ProgressChanged(done, total);
+  if (done >= total) {
+    if (progress_)
+      progress_->hide();
+    return;
+  }
+  if (!progress_) {
+    progress_ = new QProgressDialog(this);
+    progress_->setCancelButton(nullptr);
+    progress_->setWindowModality(Qt::NonModal);
+    progress_->setAutoReset(false);
+    progress_->setAutoClose(false);
+    progress_->setMinimumDuration(0);
+  }
+  progress_->setMaximum(total);
+  progress_->setValue(done);
+  progress_->show();
+}
+
 QString CCommonListCtrl::CopyToClipboard() {
   const auto spans = SelectedSpans(selectionModel());
   int total = 0;

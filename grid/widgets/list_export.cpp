@@ -46,6 +46,7 @@ int CCommonListCtrl::ExportToExcel(const std::string& path) {
     ExportContext context{this, &pump};
     CExcelInterface excel(rows + 1, HeaderItemCount());
     excel.SetContext(&context, &ExportCell);
+    excel.SetIdleCallback([](void* c) { static_cast<ExportContext*>(c)->pump->Idle(); });
     excel.SetFilePath(path);
     excel.SetBaseName(ProfileName());
     written = excel.WriteToExcel();

@@ -20,9 +20,12 @@ public:
 
   // Cheap on most calls: looks at the clock every 256 steps.
   void Step(int done) {
+    done_ = done;
     if ((done & 0xFF) == 0)
       MaybePump(done);
   }
+  // For waits without steps (a file being finished): pumps when due.
+  void Idle() { MaybePump(done_); }
   // The longest time, in milliseconds, between two chances of the event
   // loop to run, over the pass so far.
   qint64 LongestStallMs() const { return longest_; }
@@ -33,6 +36,7 @@ private:
   void MaybePump(int done);
 
   int total_;
+  int done_ = 0;
   std::function<void(int, int)> report_;
   QElapsedTimer clock_;
   qint64 last_ = 0;

@@ -5,6 +5,7 @@
 
 #include <QLinearGradient>
 #include <QPainter>
+#include <QStyleOptionButton>
 
 namespace vh {
 namespace {
@@ -86,7 +87,15 @@ void RowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
     pen = Qt::white;
   painter->setPen(pen);
 
-  const QRect textRect = rect.adjusted(kTextMargin, 0, -kTextMargin, 0);
+  QRect textRect = rect.adjusted(kTextMargin, 0, -kTextMargin, 0);
+  if (index.column() == 0 && grid_->CheckBoxes()) {
+    QStyleOptionButton box;
+    box.rect = CFilterListCtrl::CheckBoxRect(rect);
+    box.state =
+        QStyle::State_Enabled | (engine.GetCheck(row) ? QStyle::State_On : QStyle::State_Off);
+    grid_->style()->drawPrimitive(QStyle::PE_IndicatorCheckBox, &box, painter, grid_);
+    textRect.setLeft(box.rect.right() + kTextMargin);
+  }
   const QString qtext = QString::fromStdString(text);
   if (info->nFormat == kFormatImage) {
     if (style.image > 0) {

@@ -2,8 +2,11 @@
 #include "tests/grid/widgets/grid_fixture.h"
 
 #include "grid/widgets/grid_commands.h"
+#include "plugin/tarn_host_api.h"
+#include "widgets/filter_text.h"
 
 #include <QSignalSpy>
+#include <QToolButton>
 
 namespace vh::test {
 namespace {
@@ -49,6 +52,33 @@ TEST_F(GridTest, EchoedFilterTextsDoNotFilterAgain) {
   grid.OnCommand(kCmdResetFilters);
   EXPECT_EQ(grid.FilterHeader()->FilterText(1), "");
   EXPECT_EQ(grid.Model().rowCount(), 6);
+}
+
+TEST_F(GridTest, PopUpOfAFilterButtonFiltersOnThePickedValues) {
+  CFilterListCtrl& grid = MakeGrid();
+  AddRows(SampleRows());
+  AddRows({{"C006", "INF", "1", "1"}});
+  Show();
+  grid.ToggleFilterBar();
+  QSignalSpy clicked(&grid, &CFilterListCtrl::FilterButtonClicked);
+  QTest::mouseClick(grid.FilterHeader()->FilterButton(1), Qt::LeftButton);
+  EXPECT_EQ(clicked.count(), 1);
+  CFilterText* popup = CFilterListCtrl::SharedFilterPopup();
+  ASSERT_NE(popup, nullptr);
+  ASSERT_TRUE(popup->isVisible());
+  auto* list = qobject_cast<QAbstractItemView*>(GetDlgItem(popup, kFilterTextListId));
+  ASSERT_NE(list, nullptr);
+  Texts values;
+  for (int r = 0; r < list->model()->rowCount(); ++r)
+    values.push_back(list->model()->index(r, 0).data().toString().toStdString());
+  EXPECT_EQ(values, (Texts{"ABB", "INF", "INFY", "SBIN", "TCS"}));
+  // INFY then INF: INF is inside the text joined so far, so it is left out.
+  for (int r : {2, 1, 4})
+    list->selectionModel()->select(list->model()->index(r, 0), QItemSelectionModel::Select);
+  QTest::keyClick(list, Qt::Key_Return);
+  EXPECT_FALSE(popup->isVisible());
+  EXPECT_EQ(grid.FilterHeader()->FilterText(1), "INF~INFY~TCS");
+  EXPECT_EQ(Shown(0), (Texts{"C001", "C002", "C003", "C006"}));
 }
 
 TEST_F(GridTest, TabMovesBetweenFieldsWithWrapAround) {

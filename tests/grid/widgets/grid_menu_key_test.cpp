@@ -226,3 +226,48 @@ TEST_F(GridTest, RegistryForgetsDestroyedGrids) {
 
 } // namespace
 } // namespace vh::test
+
+namespace vh::test {
+namespace {
+
+TEST_F(GridTest, MenuKeyOpensTheRowMenu) {
+  CFilterListCtrl& grid = MakeGrid();
+  Show();
+  QTest::keyClick(&grid, Qt::Key_Menu);
+  ASSERT_NE(grid.OpenMenu(), nullptr);
+  EXPECT_EQ(grid.OpenMenu()->actions().front()->text(), "Write to Excel\tShift+E");
+  grid.OpenMenu()->close();
+}
+
+TEST_F(GridTest, CheckBoxClicksToggleAndSelect) {
+  CFilterListCtrl& grid = MakeGrid();
+  grid.SetCheckBoxes(true);
+  AddRows(SampleRows());
+  Show();
+  const struct {
+    const char* name;
+    int row;
+    bool onBox;
+    std::vector<int> checks;
+  } cases[] = {
+      {"checkRow1", 1, true, {0, 1, 0}},
+      {"checkRow2", 2, true, {0, 1, 1}},
+      {"labelClickLeavesIt", 1, false, {0, 1, 1}},
+      {"uncheckRow1", 1, true, {0, 0, 1}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    const QRect cell = grid.visualRect(grid.model()->index(c.row, 0));
+    const QPoint at = c.onBox ? CFilterListCtrl::CheckBoxRect(cell).center() : cell.center();
+    QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, at);
+    std::vector<int> checks;
+    for (int r = 0; r < 3; ++r)
+      checks.push_back(grid.Engine().GetCheck(r));
+    EXPECT_EQ(checks, c.checks);
+    EXPECT_EQ(grid.selectionModel()->selectedRows().size(), 1);
+    EXPECT_TRUE(grid.selectionModel()->isRowSelected(c.row, {}));
+  }
+}
+
+} // namespace
+} // namespace vh::test
