@@ -240,16 +240,22 @@ int CFilterHeader::SectionImage(int section) const {
                                                                  : -1;
 }
 
-void CFilterHeader::paintSection(QPainter* painter, const QRect& rect, int logicalIndex) const {
-  QHeaderView::paintSection(painter, rect, logicalIndex);
-  const int image = SectionImage(logicalIndex);
-  if (image < 0 || image >= images_.size())
-    return;
-  const QPixmap& mark = images_[image];
-  const int x = rect.right() - kMarkMargin - mark.width();
-  const int y = rect.top() + (rect.height() - mark.height()) / 2;
-  if (x > rect.left())
-    painter->drawPixmap(x, y, mark);
+// The marks go over the painted sections, right of the label, so the style
+// never has to make room for them.
+void CFilterHeader::paintEvent(QPaintEvent* event) {
+  QHeaderView::paintEvent(event);
+  QPainter painter(viewport());
+  for (int section = 0; section < count(); ++section) {
+    const int image = SectionImage(section);
+    if (image < 0 || image >= images_.size() || isSectionHidden(section))
+      continue;
+    const QPixmap& mark = images_[image];
+    const int right = sectionViewportPosition(section) + sectionSize(section);
+    const int x = right - kMarkMargin - mark.width();
+    const int y = (viewport()->height() - mark.height()) / 2;
+    if (x > sectionViewportPosition(section))
+      painter.drawPixmap(x, y, mark);
+  }
 }
 
 } // namespace vh

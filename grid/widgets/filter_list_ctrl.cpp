@@ -7,6 +7,7 @@
 #include "widgets/filter_header.h"
 #include "widgets/filter_text.h"
 
+#include <QApplication>
 #include <QComboBox>
 #include <QKeyEvent>
 #include <QMenu>
@@ -48,6 +49,9 @@ CFilterListCtrl::CFilterListCtrl(QWidget* parent)
     OpenHeaderMenuAt(header_->mapToGlobal(p));
   });
   header_->SetImages(HeaderImages().images);
+  // The header and its filter fields keep the desktop's colours, not the
+  // grid's green on black.
+  header_->setPalette(QApplication::palette());
   setModel(model_.get());
   setItemDelegate(new RowDelegate(this));
   connect(model_.get(), &QAbstractItemModel::rowsAboutToBeRemoved, this,
@@ -302,6 +306,11 @@ namespace vh {
 QRect CFilterListCtrl::CheckBoxRect(const QRect& cell) {
   const int side = std::min(cell.height() - 2, kCheckBoxSide);
   return QRect(cell.left() + 2, cell.top() + (cell.height() - side) / 2, side, side);
+}
+
+void CFilterListCtrl::paintEvent(QPaintEvent* event) {
+  ++paintCount_;
+  CCommonListCtrl::paintEvent(event);
 }
 
 void CFilterListCtrl::mousePressEvent(QMouseEvent* event) {

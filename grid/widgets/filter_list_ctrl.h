@@ -116,6 +116,8 @@ public:
     uint64_t itemData = 0;
   };
   RowColours ColoursOfRow(int row);
+  // Counts paints of the rows, so drawing can tell one paint from the next.
+  unsigned PaintCount() const { return paintCount_; }
 
   bool OnCommand(int id) override;
   static void SetCustomColumnEditorFactory(GridDialogFactory factory);
@@ -133,6 +135,7 @@ protected:
   void SetHeaderImage(int headerItem, int image) override;
   void keyPressEvent(QKeyEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
 
 private:
   // RowEngineObserver (forwarded by the model)
@@ -152,6 +155,7 @@ private:
   bool columnsInstalled_ = false;
   bool deletedWasSelected_ = false;
   bool checkBoxes_ = false;
+  unsigned paintCount_ = 0;
   bool gradient_ = false;
   int32_t defaultText_ = -1;
   int32_t defaultBackground_ = -1;

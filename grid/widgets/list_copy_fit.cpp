@@ -94,12 +94,11 @@ int CCommonListCtrl::MeasureColumn(int headerItem, bool withHeader, ProgressPump
     pump.Step(done + row + 1);
   }
   width += kCellPadding;
-  if (withHeader) {
-    const QFontMetrics hfm(horizontalHeader()->font());
-    const int header = hfm.horizontalAdvance(HeaderItemText(headerItem)) + kCellPadding * 2 +
-                       HeaderImageList::kWidth;
-    width = std::max(width, header);
-  }
+  // The header's own measure counts its label, its mark and the style's
+  // margins.
+  if (withHeader)
+    width = std::max(width, horizontalHeader()->sectionSizeHint(headerItem) +
+                                HeaderImageList::kWidth + kCellPadding);
   return width;
 }
 

@@ -59,7 +59,12 @@ void RowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
   const int row = grid_->Model().EngineRow(index.row());
   if (row < 0 || row >= engine.DisplayedCount())
     return;
-  const CFilterListCtrl::RowColours colours = grid_->ColoursOfRow(index.row());
+  if (index.row() != cachedRow_ || grid_->PaintCount() != cachedPaint_) {
+    cached_ = grid_->ColoursOfRow(index.row());
+    cachedRow_ = index.row();
+    cachedPaint_ = grid_->PaintCount();
+  }
+  const CFilterListCtrl::RowColours& colours = cached_;
   const bool selected = option.state & QStyle::State_Selected;
   const QRect rect = option.rect;
   painter->setFont(option.font);
@@ -109,9 +114,22 @@ void RowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
     }
     return;
   }
-  const QString shown =
-      option.fontMetrics.elidedText(qtext, Qt::ElideRight, std::max(0, textRect.width()));
-  painter->drawText(textRect, int(AlignmentOf(info->nFormat)) | Qt::TextSingleLine, shown);
+  // One measurement and a plain draw: the layout path of drawText with a
+  // rectangle costs more than the rest of a cell together.
+  const QFontMetrics& fm = option.fontMetrics;
+  const int room = std::max(0, textRect.width());
+  int width = fm.horizontalAdvance(qtext);
+  QString shown = qtext;
+  if (width > room) {
+    shown = fm.elidedText(qtext, Qt::ElideRight, room);
+    width = fm.horizontalAdvance(shown);
+  }
+  const Qt::Alignment align = AlignmentOf(info->nFormat);
+  const int x = align & Qt::AlignLeft    ? textRect.left()
+                : align & Qt::AlignRight ? textRect.right() + 1 - width
+                                         : textRect.left() + (room - width) / 2;
+  const int y = rect.top() + (rect.height() - fm.height()) / 2 + fm.ascent();
+  painter->drawText(QPoint(x, y), shown);
 }
 
 } // namespace vh

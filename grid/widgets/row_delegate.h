@@ -4,11 +4,11 @@
 // ellipsis. Image columns draw their icon 30 pixels wide at the right edge.
 #pragma once
 
+#include "grid/widgets/filter_list_ctrl.h"
+
 #include <QAbstractItemDelegate>
 
 namespace vh {
-
-class CFilterListCtrl;
 
 class RowDelegate final : public QAbstractItemDelegate {
 public:
@@ -19,6 +19,11 @@ public:
 
 private:
   CFilterListCtrl* grid_;
+  // The view paints row by row, so the row's colours are worked out once
+  // per row and paint, not once per cell.
+  mutable int cachedRow_ = -1;
+  mutable unsigned cachedPaint_ = 0;
+  mutable CFilterListCtrl::RowColours cached_;
 };
 
 } // namespace vh
