@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QHeaderView>
+#include <QItemSelectionModel>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QScreen>
@@ -68,6 +69,19 @@ CCommonListCtrl::~CCommonListCtrl() {
 void CCommonListCtrl::SetListControlId(int id) {
   controlId_ = id;
   SetControlId(this, id);
+}
+
+// The header never shows selected sections, yet Qt asks on each header
+// paint whether the columns next to each section are wholly selected, which
+// walks every selected row: with a million rows selected one header paint
+// froze the window for a quarter of a second. The header gets a selection
+// of its own that stays empty; rows are still selected whole (clicking a
+// section never selects a column).
+void CCommonListCtrl::setSelectionModel(QItemSelectionModel* selectionModel) {
+  QTableView::setSelectionModel(selectionModel);
+  if (selectionModel && selectionModel->model())
+    horizontalHeader()->setSelectionModel(
+        new QItemSelectionModel(selectionModel->model(), selectionModel));
 }
 
 // --- set-up and appearance ---------------------------------------------------
@@ -363,6 +377,10 @@ int CCommonListCtrl::DisplayedRowCount() const {
 
 QString CCommonListCtrl::GetCellText(int row, int headerItem) {
   return model() ? model()->index(row, headerItem).data().toString() : QString();
+}
+
+std::string CCommonListCtrl::GetCellBytes(int row, int headerItem) {
+  return GetCellText(row, headerItem).toStdString();
 }
 
 const sTarnColInfo* CCommonListCtrl::FindColumnByName(const std::string& /*name*/) const {

@@ -14,7 +14,7 @@
 #include "settings/list_appearance.h"
 
 #include <QPointer>
-#include <QProgressDialog>
+#include <QProgressBar>
 #include <QTableView>
 
 #include <memory>
@@ -94,6 +94,8 @@ public:
   virtual QString HeaderItemText(int headerItem) const;
   virtual int DisplayedRowCount() const;
   virtual QString GetCellText(int row, int headerItem);
+  // The same as UTF-8 bytes, for passes over every row.
+  virtual std::string GetCellBytes(int row, int headerItem);
   // The column record whose name is `name`, or null.
   virtual const sTarnColInfo* FindColumnByName(const std::string& name) const;
 
@@ -133,10 +135,11 @@ protected:
   // The sort column the grid starts with.
   void SetInitialSortColumn(int column) { sortColumn_ = column; }
   int InitialSortColumn() const { return sortColumn_; }
-  // Reports to ProgressChanged and shows a progress bar over the grid
-  // until `done` reaches `total`.
+  // Reports to ProgressChanged and shows a progress bar over the bottom of
+  // the rows until `done` reaches `total`.
   void ReportProgress(int done, int total);
 
+  void setSelectionModel(QItemSelectionModel* selectionModel) override;
   void keyPressEvent(QKeyEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
   void changeEvent(QEvent* event) override;
@@ -161,7 +164,7 @@ private:
   sListAppearance appearance_;
   std::string lastExportPath_;
   QPointer<QMenu> openMenu_;
-  QPointer<QProgressDialog> progress_;
+  QPointer<QProgressBar> progress_;
   CGridDialog* profileDialog_ = nullptr;
 };
 

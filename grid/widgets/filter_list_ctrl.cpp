@@ -146,6 +146,10 @@ QString CFilterListCtrl::GetCellText(int row, int headerItem) {
   return QString::fromStdString(engine_.GetItemText(model_->EngineRow(row), headerItem));
 }
 
+std::string CFilterListCtrl::GetCellBytes(int row, int headerItem) {
+  return engine_.GetItemText(model_->EngineRow(row), headerItem);
+}
+
 // --- filter bar ------------------------------------------------------------------------
 
 void CFilterListCtrl::ToggleFilterBar() {

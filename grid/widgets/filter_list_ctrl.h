@@ -124,6 +124,7 @@ public:
 
   const sTarnColInfo* FindColumnByName(const std::string& name) const override;
   QString GetCellText(int row, int headerItem) override;
+  std::string GetCellBytes(int row, int headerItem) override;
 
 signals:
   // The owner learns of filter button clicks and filter changes too.

@@ -9,6 +9,7 @@
 #include <QGuiApplication>
 #include <QHeaderView>
 #include <QItemSelectionModel>
+#include <QProgressBar>
 
 #include <algorithm>
 
@@ -18,6 +19,11 @@ namespace {
 constexpr int kFitFloor = 50;
 // Room the view's own cell drawing leaves around a text.
 constexpr int kCellPadding = 8;
+constexpr size_t kChunkBytes = 1 << 20;
+// Room kept when reserving the copied text from its first chunk.
+constexpr double kReserveFactor = 1.1;
+// Pixels a text's kerning might add over its characters' advances.
+constexpr int kKerningSlack = 3;
 
 // Selected rows as ascending [top, bottom] spans, merged.
 std::vector<std::pair<int, int>> SelectedSpans(const QItemSelectionModel* selection) {
@@ -47,18 +53,22 @@ void CCommonListCtrl::ReportProgress(int done, int total) {
     return;
   }
   if (!progress_) {
-    progress_ = new QProgressDialog(this);
-    progress_->setCancelButton(nullptr);
-    progress_->setWindowModality(Qt::NonModal);
-    progress_->setAutoReset(false);
-    progress_->setAutoClose(false);
-    progress_->setMinimumDuration(0);
+    // A bar over the bottom of the rows rather than a window of its own:
+    // a new top-level window costs more to show than a slice may take.
+    progress_ = new QProgressBar(this);
+    progress_->setTextVisible(false);
   }
+  const int h = progress_->sizeHint().height();
+  progress_->setGeometry(viewport()->x(), viewport()->y() + viewport()->height() - h,
+                         viewport()->width(), h);
   progress_->setMaximum(total);
   progress_->setValue(done);
   progress_->show();
 }
 
+// The text is gathered as bytes in chunks and turned into one QString
+// reserved from the first chunk's size, so a million rows never copy the
+// whole text again on growth (each such copy is a long stall).
 QString CCommonListCtrl::CopyToClipboard() {
   const auto spans = SelectedSpans(selectionModel());
   int total = 0;
@@ -68,34 +78,64 @@ QString CCommonListCtrl::CopyToClipboard() {
   QString text;
   {
     ProgressPump pump(total, [this](int d, int t) { ReportProgress(d, t); });
+    std::string chunk;
+    size_t bytes = 0;
     int done = 0;
+    const auto flush = [&] {
+      if (text.isEmpty() && done > 0 && done < total)
+        text.reserve(qsizetype(double(chunk.size()) / done * total * kReserveFactor));
+      text += QString::fromUtf8(chunk.data(), qsizetype(chunk.size()));
+      bytes += chunk.size();
+      chunk.clear();
+    };
     for (const auto& s : spans) {
       for (int row = s.first; row <= s.second; ++row) {
         for (int c = 0; c < columns; ++c) {
-          text += GetCellText(row, c);
-          text += QLatin1Char('\t');
+          chunk += GetCellBytes(row, c);
+          chunk += '\t';
         }
-        text += QLatin1String("\r\n");
-        pump.Step(++done);
+        chunk += "\r\n";
+        ++done;
+        if (chunk.size() >= kChunkBytes)
+          flush();
+        pump.Step(done);
       }
     }
+    flush();
   }
   if (QClipboard* clipboard = QGuiApplication::clipboard())
     clipboard->setText(text);
   return text;
 }
 
+// Most cells cannot be the widest: the sum of their characters' advances
+// (what the text measures without kerning, which only narrows) is checked
+// first, and only texts that could win are measured exactly.
 int CCommonListCtrl::MeasureColumn(int headerItem, bool withHeader, ProgressPump& pump, int done) {
   const QFontMetrics fm(font());
+  int advance[128];
+  for (int ch = 0; ch < 128; ++ch)
+    advance[ch] = fm.horizontalAdvance(QChar(ch));
   int width = 0;
   const int rows = DisplayedRowCount();
   for (int row = 0; row < rows; ++row) {
-    width = std::max(width, fm.horizontalAdvance(GetCellText(row, headerItem)));
+    const std::string text = GetCellBytes(row, headerItem);
+    int estimate = 0;
+    bool ascii = true;
+    for (const char ch : text) {
+      if (static_cast<unsigned char>(ch) >= 128) {
+        ascii = false;
+        break;
+      }
+      estimate += advance[int(ch)];
+    }
+    if (!ascii || estimate + kKerningSlack > width)
+      width = std::max(
+          width, fm.horizontalAdvance(QString::fromUtf8(text.data(), qsizetype(text.size()))));
     pump.Step(done + row + 1);
   }
   width += kCellPadding;
-  // The header's own measure counts its label, its mark and the style's
-  // margins.
+  // The header's own measure counts its label and the style's margins.
   if (withHeader)
     width = std::max(width, horizontalHeader()->sectionSizeHint(headerItem) +
                                 HeaderImageList::kWidth + kCellPadding);
