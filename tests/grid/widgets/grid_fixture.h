@@ -68,14 +68,19 @@ inline std::vector<std::vector<std::string>> SampleRows() {
 
 class GridTest : public ::testing::Test {
 protected:
-  // A grid inside a dialog, as the view holds it.
-  CFilterListCtrl& MakeGrid(bool customizable = false) {
+  // A grid inside a dialog, as the view holds it (or inside a plain window).
+  CFilterListCtrl& MakeGrid(bool customizable = false, bool inDialog = true) {
     // A default export lands in this test's own folder.
     qputenv("HOME", QByteArray::fromStdString(dir_.path().string()));
     qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(dir_.path().string()));
     dialog_ = std::make_unique<QDialog>();
-    grid_ = new CFilterListCtrl(dialog_.get());
-    auto* layout = new QVBoxLayout(dialog_.get());
+    QWidget* holder = dialog_.get();
+    if (!inDialog) {
+      window_ = std::make_unique<QWidget>();
+      holder = window_.get();
+    }
+    grid_ = new CFilterListCtrl(holder);
+    auto* layout = new QVBoxLayout(holder);
     layout->addWidget(grid_);
     grid_->SetProfileName("testgrid");
     grid_->SetListControlId(9016);
@@ -135,6 +140,7 @@ protected:
   ScopedSettingsPaths paths_{{dir_.path().string(), dir_.path().string()}};
   ScopedMessageRecorder messages_;
   GridRows data_;
+  std::unique_ptr<QWidget> window_;
   std::unique_ptr<QDialog> dialog_;
   CFilterListCtrl* grid_ = nullptr;
 };

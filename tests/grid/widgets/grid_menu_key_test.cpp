@@ -75,6 +75,47 @@ TEST_F(GridTest, MenusShowTheirItemsInOrderWithGreying) {
   }
 }
 
+TEST_F(GridTest, SavedAppearanceIsReadOnlyByCustomizableGridsInDialogs) {
+  WriteFile(dir_.file("UserSetting.ini"),
+            "[CUSTOMIZE_LISTS]\ntestgrid-9016=FF0000,FFFFFF,DejaVu Sans,12,1,tcs,FF,\n");
+  const struct {
+    const char* name;
+    bool customizable, inDialog, colouring;
+    QColor text, background;
+    bool own;
+  } cases[] = {
+      {"customizableInDialog", true, true, true, Qt::white, QColor(0, 0, 255), true},
+      {"coloursNotAllowed", true, true, false, QColor(0, 255, 0), Qt::black, true},
+      {"notCustomizable", false, true, true, QColor(0, 255, 0), Qt::black, false},
+      {"notInADialog", true, false, true, QColor(0, 255, 0), Qt::black, false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    dialog_.reset();
+    window_.reset();
+    dialog_ = std::make_unique<QDialog>();
+    auto* grid = new CFilterListCtrl(dialog_.get());
+    if (!c.inDialog) {
+      window_ = std::make_unique<QWidget>();
+      grid->setParent(window_.get());
+    }
+    grid->SetProfileName("testgrid");
+    grid->SetListControlId(9016);
+    grid->SetCustomizable(c.customizable);
+    grid->SetColouringAllowed(c.colouring);
+    grid->Engine().SetOwnerDataSource(&GridRows::Fetch, &data_);
+    grid->SetUpColumns(HoldingColumns());
+    EXPECT_EQ(grid->HasOwnSettings(), c.own);
+    EXPECT_EQ(grid->DefaultTextColour(), c.text);
+    EXPECT_EQ(grid->DefaultBackground(), c.background);
+    // The row height follows the font: its line height plus one pixel.
+    const QFontMetrics fm(grid->font());
+    EXPECT_EQ(grid->verticalHeader()->defaultSectionSize(), fm.height() + fm.leading() + 1);
+    if (c.own)
+      EXPECT_EQ(grid->font().family(), "DejaVu Sans");
+  }
+}
+
 TEST_F(GridTest, ExactMatchIsCheckedWhileOn) {
   CFilterListCtrl& grid = MakeGrid();
   grid.OnCommand(kCmdExactMatch);

@@ -87,6 +87,16 @@ TEST_F(GridTest, ScreenshotsOfAFilledGrid) {
   EXPECT_TRUE(RowHasColour(grid, keyword, 0, QColor(255, 0, 0)));   // INFY red
   EXPECT_TRUE(RowHasColour(grid, keyword, 1, QColor(0, 255, 255))); // TCS cyan
   EXPECT_FALSE(RowHasColour(grid, keyword, 2, QColor(255, 0, 0)));
+
+  // The owner's row colour wins over the keyword colour.
+  grid.SetRowColourCallback([](CFilterListCtrl*, uint64_t item, int32_t& colour, int, int) {
+    if (item == 2)
+      colour = 0x00FFFF;
+  });
+  const QImage owner = shoot("grid_row_colour");
+  EXPECT_TRUE(RowHasColour(grid, owner, 1, QColor(255, 255, 0)));
+  EXPECT_FALSE(RowHasColour(grid, owner, 1, QColor(0, 255, 255)));
+  EXPECT_TRUE(RowHasColour(grid, owner, 0, QColor(255, 0, 0)));
 }
 
 } // namespace
