@@ -26,8 +26,10 @@ namespace vh::test {
 
 struct GridRows {
   std::vector<std::vector<std::string>> rows;
+  int fetches = 0;
   static int Fetch(void* owner, uint64_t item, int column, std::string& text, CellStyle&) {
     auto* self = static_cast<GridRows*>(owner);
+    ++self->fetches;
     if (item == 0 || item > self->rows.size() || column < 0 ||
         size_t(column) >= self->rows[item - 1].size())
       return 0;
@@ -38,22 +40,14 @@ struct GridRows {
 
 // Client, Symbol, Qty (integer), Close (decimal).
 inline std::vector<sTarnColInfo> HoldingColumns() {
-  const struct {
-    const char* name;
-    int type;
-    int format;
-  } specs[] = {{"Client", kCompareText, kFormatLeft},
-               {"Symbol", kCompareText, kFormatLeft},
-               {"Qty", kCompareInteger, kFormatRight},
-               {"Close", kCompareDecimal, kFormatRight}};
-  std::vector<sTarnColInfo> columns;
-  for (const auto& s : specs) {
-    sTarnColInfo info;
-    info.SetName(s.name);
-    info.nType = s.type;
-    info.nFormat = s.format;
-    info.nWidth = 90;
-    columns.push_back(info);
+  const char* names[] = {"Client", "Symbol", "Qty", "Close"};
+  const int types[] = {kCompareText, kCompareText, kCompareInteger, kCompareDecimal};
+  std::vector<sTarnColInfo> columns(4);
+  for (size_t c = 0; c < 4; ++c) {
+    columns[c].SetName(names[c]);
+    columns[c].nType = types[c];
+    columns[c].nFormat = c < 2 ? kFormatLeft : kFormatRight;
+    columns[c].nWidth = 90;
   }
   return columns;
 }
