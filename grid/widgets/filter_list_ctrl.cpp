@@ -50,8 +50,12 @@ CFilterListCtrl::CFilterListCtrl(QWidget* parent)
   });
   header_->SetImages(HeaderImages().images);
   // The header and its filter fields keep the desktop's colours, not the
-  // grid's green on black.
-  header_->setPalette(QApplication::palette());
+  // grid's green on black; the two roles the grid sets are set here too, so
+  // they are not inherited.
+  QPalette desktop = QApplication::palette();
+  desktop.setColor(QPalette::Base, desktop.color(QPalette::Base));
+  desktop.setColor(QPalette::Text, desktop.color(QPalette::Text));
+  header_->setPalette(desktop);
   setModel(model_.get());
   setItemDelegate(new RowDelegate(this));
   connect(model_.get(), &QAbstractItemModel::rowsAboutToBeRemoved, this,
