@@ -38,10 +38,10 @@ using ExcelCellCallback = int (*)(void* context, int row, int column, std::strin
 // Optional: called on the caller's thread once the last cell is written and
 // then about every kExcelIdleIntervalMs until the file is complete, while
 // the sheet is compressed into the file on another thread. That phase asks
-// no cells and takes about half of a large export (some 13 s for a million
-// rows of 19 columns), so a caller keeps its window alive from here; the
-// context must stay valid, and no new export of the same object may start,
-// until WriteToExcel returns.
+// no cells and takes most of a large export (some 25 s of 33 s for a
+// million rows of 19 columns), so a caller keeps its window alive from here;
+// the context must stay valid, and no new export of the same object may
+// start, until WriteToExcel returns.
 using ExcelIdleCallback = void (*)(void* context);
 inline constexpr int kExcelIdleIntervalMs = 50;
 

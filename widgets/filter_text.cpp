@@ -10,7 +10,7 @@
 
 #include <algorithm>
 
-#include "grid/filter_match.h"
+#include "grid/filter_join.h"
 #include "plugin/tarn_host_api.h"
 #include "widgets/distinct_value_model.h"
 #include "widgets/sorted_values.h"
@@ -107,7 +107,7 @@ void CFilterText::Apply() {
   picked.reserve(static_cast<size_t>(rows.size()));
   for (const QModelIndex& index : rows)
     picked.push_back(model_->Value(index.row()));
-  const std::string joined = JoinFilterSelection(picked);
+  const std::string joined = JoinFilterTexts(picked);
   hide();
   emit Applied(column_, QString::fromUtf8(joined));
 }

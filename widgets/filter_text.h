@@ -10,8 +10,8 @@
 //
 // Applying: a double click on a value, or Enter (either key), takes the
 // selected values in list order, joins them as the filter text with "~"
-// (JoinFilterSelection, grid/filter_match.h: a value already contained in
-// the text joined so far is left out), hides the pop-up and emits Applied.
+// (JoinFilterTexts, grid/filter_join.h: a value already contained in the
+// text joined so far is left out), hides the pop-up and emits Applied.
 // Enter with nothing selected applies the empty text, which clears the
 // column's filter.
 //

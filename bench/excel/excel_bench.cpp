@@ -13,6 +13,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -75,6 +77,24 @@ int Cell(void*, int row, int column, std::string& text, int& type) {
   return 1;
 }
 
+// When the last cell was written (the first idle call) and the longest wait
+// between idle calls: how long a caller's window would go unserved.
+struct IdleClock {
+  using Clock = std::chrono::steady_clock;
+  Clock::time_point start = Clock::now(), firstIdle, lastIdle;
+  double longestGapMs = 0;
+  static void Tick(void* context) {
+    auto* c = static_cast<IdleClock*>(context);
+    const auto now = Clock::now();
+    if (c->firstIdle == Clock::time_point())
+      c->firstIdle = now;
+    else
+      c->longestGapMs = std::max(
+          c->longestGapMs, std::chrono::duration<double, std::milli>(now - c->lastIdle).count());
+    c->lastIdle = now;
+  }
+};
+
 long PeakRssKib() {
   rusage usage{};
   getrusage(RUSAGE_SELF, &usage);
@@ -86,13 +106,20 @@ void Export_1m_rows_19_columns(benchmark::State& state) {
                             ("vh-excel-bench-" + std::to_string(getpid()) + ".xlsx"))
                                .string();
   const long before = PeakRssKib();
+  IdleClock clock;
   for (auto _ : state) {
+    clock = IdleClock();
     CExcelInterface excel(kRows + 1, kColumns);
-    excel.SetContext(nullptr, &Cell);
+    excel.SetContext(&clock, &Cell);
+    excel.SetIdleCallback(&IdleClock::Tick);
     excel.SetFilePath(path);
     if (!excel.WriteToExcel())
       state.SkipWithError("export failed");
   }
+  const auto end = IdleClock::Clock::now();
+  state.counters["cells_s"] = std::chrono::duration<double>(clock.firstIdle - clock.start).count();
+  state.counters["compress_s"] = std::chrono::duration<double>(end - clock.firstIdle).count();
+  state.counters["longest_idle_gap_ms"] = clock.longestGapMs;
   std::error_code ec;
   state.counters["file_MiB"] =
       static_cast<double>(std::filesystem::file_size(path, ec)) / (1024.0 * 1024.0);

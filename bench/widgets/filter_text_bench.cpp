@@ -17,6 +17,8 @@
 #include <cstdlib>
 #include <random>
 
+#include "grid/filter_join.h"
+#include "grid/filter_match.h"
 #include "plugin/tarn_host_api.h"
 #include "widgets/sorted_values.h"
 
@@ -88,6 +90,22 @@ void Sort_1m(benchmark::State& state, const char* prefix) {
     state.ResumeTiming();
   }
 }
+
+// Applying a selection of every value (Ctrl+A, Enter): the linear join over
+// n picks, and the plain substring rule for comparison.
+template <std::string (*Join)(const std::vector<std::string>&)>
+void Join_all(benchmark::State& state) {
+  auto picked = SortedDistinctValues(ClientIds("C"));
+  picked.resize(static_cast<size_t>(state.range(0)));
+  for (auto _ : state)
+    benchmark::DoNotOptimize(Join(picked).size());
+}
+
+BENCHMARK_TEMPLATE(Join_all, JoinFilterTexts)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(Join_all, JoinFilterSelection)
+    ->Arg(20'000)
+    ->Arg(40'000)
+    ->Unit(benchmark::kMillisecond);
 
 BENCHMARK_CAPTURE(Sort_1m, short_ids, "C")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Sort_1m, long_ids, "CLIENT-NSE-")->Unit(benchmark::kMillisecond);

@@ -1,0 +1,235 @@
+// The distinct-value pop-up, the drag list and the control positioner,
+// driven through their controls (offscreen).
+#include <QAbstractItemModelTester>
+#include <QApplication>
+#include <QDropEvent>
+#include <QListView>
+#include <QMimeData>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "grid/filter_join.h"
+#include "grid/filter_match.h"
+#include "plugin/tarn_host_api.h"
+#include "tests/widgets/screenshot.h"
+#include "widgets/control_pos.h"
+#include "widgets/drag_list_ctrl.h"
+#include "widgets/filter_text.h"
+#include "widgets/sorted_values.h"
+
+namespace vh {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+// Case is ignored with ties by bytes, also past the sort's eight-byte keys.
+TEST(SortedValues, AlphabeticalIgnoringCaseEachOnce) {
+  EXPECT_EQ(SortedDistinctValues({"b", "abc", "ABC", "", "Abc", "9", "10", "b", "CLIENT-0002",
+                                  "client-0001", "CLIENT-0001", "ABCDEFGHI", "abcdefgh"}),
+            (Texts{"10", "9", "ABC", "Abc", "abc", "abcdefgh", "ABCDEFGHI", "b", "CLIENT-0001",
+                   "client-0001", "CLIENT-0002"}));
+}
+
+// The linear join must give what the plain substring rule gives, on picks
+// from a small alphabet (so that many contain others, or "~") and with
+// repeated lengths (the hashed path) as well as unique ones (the direct one).
+TEST(FilterJoin, AgreesWithThePlainRule) {
+  std::mt19937 random(3);
+  for (int trial = 0; trial < 3000; ++trial) {
+    Texts picked(random() % 12);
+    for (std::string& p : picked)
+      for (int k = random() % 5; k > 0; --k)
+        p += "ab~"[random() % 3];
+    ASSERT_EQ(JoinFilterTexts(picked), JoinFilterSelection(picked)) << trial;
+  }
+}
+
+class FilterTextTest : public ::testing::Test {
+protected:
+  void Open(Texts values) {
+    popup_.Popup(std::move(values), 3, QPoint(20, 30));
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&popup_));
+  }
+  QPoint At(const std::string& text) {
+    const auto found = list_->model()->match(list_->model()->index(0, 0), Qt::DisplayRole,
+                                             QString::fromStdString(text), 1, Qt::MatchExactly);
+    return found.isEmpty() ? QPoint(-1, -1) : list_->visualRect(found[0]).center();
+  }
+  void Click(const std::string& text, Qt::KeyboardModifiers modifiers = Qt::ControlModifier) {
+    QTest::mouseClick(list_->viewport(), Qt::LeftButton, modifiers, At(text));
+  }
+
+  CFilterText popup_;
+  QListView* list_ = qobject_cast<QListView*>(GetDlgItem(&popup_, kFilterTextListId));
+  QSignalSpy applied_{&popup_, &CFilterText::Applied};
+};
+
+TEST_F(FilterTextTest, PickedValuesApplyJoinedInListOrder) {
+  QAbstractItemModelTester tester(list_->model(),
+                                  QAbstractItemModelTester::FailureReportingMode::Fatal);
+  enum Gesture { kReturn, kKeypadEnter, kDoubleClick };
+  const struct {
+    const char* name;
+    Texts clicks; // Ctrl+clicks in this order
+    Gesture gesture;
+    const char* filter;
+  } cases[] = {
+      {"listOrderNotClickOrder", {"XYZ", "ABC"}, kReturn, "ABC~XYZ"},
+      {"valueInsideAnEarlierOneDropped", {"ABC", "B", "C1"}, kKeypadEnter, "ABC~C1"},
+      {"clickedTwiceIsUnselected", {"ABC", "XYZ", "ABC"}, kReturn, "XYZ"},
+      {"nothingPickedClearsTheFilter", {}, kReturn, ""},
+      {"doubleClickTakesTheValueUnderIt", {"ABC"}, kDoubleClick, "C1"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    applied_.clear();
+    Open({"XYZ", "C1", "", "B", "ABC", "XYZ"});
+    ASSERT_EQ(list_->model()->rowCount(), 4);
+    EXPECT_EQ(list_->model()->index(3, 0).data(), QString("XYZ"));
+    for (const std::string& text : c.clicks)
+      Click(text);
+    if (c.gesture == kDoubleClick) {
+      Click("C1", Qt::NoModifier); // QTest's double click alone misses a fresh view
+      QTest::mouseDClick(list_->viewport(), Qt::LeftButton, Qt::NoModifier, At("C1"));
+    } else {
+      QTest::keyClick(list_, c.gesture == kReturn ? Qt::Key_Return : Qt::Key_Enter);
+    }
+    ASSERT_EQ(applied_.size(), 1);
+    EXPECT_EQ(applied_[0][0].toInt(), 3);
+    EXPECT_EQ(applied_[0][1].toString(), QString(c.filter));
+    EXPECT_FALSE(popup_.isVisible());
+  }
+}
+
+TEST_F(FilterTextTest, LeavingCancels) {
+  QWidget elsewhere;
+  auto* cancel = qobject_cast<QPushButton*>(GetDlgItem(&popup_, kFilterTextCancelId));
+  const struct {
+    const char* name;
+    std::function<void()> leave;
+  } cases[] = {
+      {"anotherWindowActivated", [&] { elsewhere.show(), elsewhere.activateWindow(); }},
+      {"escape", [&] { QTest::keyClick(list_, Qt::Key_Escape); }},
+      {"hiddenCancelButton", [&] { cancel->click(); }},
+  };
+  Texts ids;
+  for (int i = 0; i < 40; ++i)
+    ids.push_back("C" + std::to_string(100000 + i * 37));
+  for (const auto& c : cases) {
+    Open(ids);
+    Click("C100037");
+    Click("C100111");
+    EXPECT_TRUE(test::SaveScreenshot(popup_, "filter_text_popup"));
+    c.leave();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !popup_.isVisible(); }, 2000)) << c.name;
+    EXPECT_EQ(applied_.size(), 0) << c.name;
+    elsewhere.hide();
+  }
+}
+
+std::vector<DragListItem> Columns(std::initializer_list<int> numbers) {
+  std::vector<DragListItem> items;
+  for (int n : numbers)
+    items.push_back({QString("Col%1").arg(n), n});
+  return items;
+}
+
+// From {0..4} to {10, 11}; the leave filter keeps column 0 in the source.
+TEST(DragList, SelectedItemsMoveInListOrder) {
+  const struct {
+    const char* name;
+    std::vector<int> selected;
+    bool toSelf;
+    int row;
+    std::vector<DragListItem> source, target;
+  } cases[] = {
+      {"appendToOther", {3, 1}, false, -1, Columns({0, 2, 4}), Columns({10, 11, 1, 3})},
+      {"firstOfOtherButNotCol0", {4, 0}, false, 0, Columns({0, 1, 2, 3}), Columns({4, 10, 11})},
+      {"downWithinTheList", {0, 1}, true, 4, Columns({2, 3, 0, 1, 4}), Columns({10, 11})},
+      {"upWithinTheList", {3, 4}, true, 1, Columns({0, 3, 4, 1, 2}), Columns({10, 11})},
+      {"nothingSelected", {}, false, -1, Columns({0, 1, 2, 3, 4}), Columns({10, 11})},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    CNTDragListCtrl source, target;
+    source.SetItems(Columns({0, 1, 2, 3, 4}));
+    source.SetLeaveFilter([](const DragListItem& item) { return item.value != 0; });
+    target.SetItems(Columns({10, 11}));
+    for (int row : c.selected)
+      source.item(row)->setSelected(true);
+    QSignalSpy changed(&target, &CNTDragListCtrl::ItemsChanged);
+    QSignalSpy refused(&source, &CNTDragListCtrl::MoveRefused);
+    const size_t kept = !c.toSelf && std::count(c.selected.begin(), c.selected.end(), 0);
+    CNTDragListCtrl& to = c.toSelf ? source : target;
+    EXPECT_EQ(source.MoveSelectedTo(&to, c.row), static_cast<int>(c.selected.size() - kept));
+    EXPECT_TRUE(source.Items() == c.source && target.Items() == c.target);
+    EXPECT_EQ(to.SelectedItems().size(), c.selected.size() - kept) << "moved items stay selected";
+    EXPECT_EQ(changed.size(), c.toSelf || c.selected.empty() ? 0 : 1);
+    EXPECT_EQ(refused.size(), static_cast<qsizetype>(kept));
+  }
+}
+
+// Qt's offscreen platform ends every drag at once, so the drop handler is
+// driven with the point a drop would bring.
+TEST(DragList, ADropLandsWhereThePointerIsAndOnlyFromADragList) {
+  const struct {
+    int onto, quarter; // row under the pointer (-1 below the items); -1 upper, +1 lower half
+    std::vector<DragListItem> target;
+  } cases[] = {
+      {0, -1, Columns({1, 10, 11})}, {0, 1, Columns({10, 1, 11})}, {-1, 0, Columns({10, 11, 1})}};
+  for (const auto& c : cases) {
+    CNTDragListCtrl from, to;
+    from.SetItems(Columns({0, 1, 2}));
+    to.SetItems(Columns({10, 11}));
+    to.show();
+    from.item(1)->setSelected(true);
+    QPoint at(5, to.viewport()->height() - 2);
+    if (c.onto >= 0)
+      at = to.visualItemRect(to.item(c.onto)).center() + QPoint(0, c.quarter * 4);
+    EXPECT_EQ(to.DropSelectionOf(&from, at), 1);
+    EXPECT_TRUE(to.Items() == c.target) << c.onto << c.quarter;
+  }
+  CNTDragListCtrl list;
+  QMimeData text;
+  text.setText("Col9");
+  QDropEvent drop(QPointF(5, 5), Qt::MoveAction, &text, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(list.viewport(), &drop);
+  EXPECT_FALSE(drop.isAccepted());
+}
+
+// A control at (10, 20, 80 x 30) in a 300 x 200 dialog, which grows by
+// 50 x 40, shrinks far below its first size, and comes back.
+TEST(ControlPos, ControlsFollowTheDialogsSizeChange) {
+  const struct {
+    unsigned anchors;
+    QRect grown, shrunk;
+  } cases[] = {
+      {kFollowRight | kFollowBottom, {60, 60, 80, 30}, {-190, -80, 80, 30}},
+      {kStretchWidth | kStretchHeight, {10, 20, 130, 70}, {10, 20, 0, 0}},
+      {kFollowBottom | kStretchWidth, {10, 60, 130, 30}, {10, -80, 0, 30}},
+  };
+  for (const auto& c : cases) {
+    QWidget dialog;
+    dialog.resize(300, 200);
+    auto* button = new QPushButton(&dialog);
+    button->setGeometry(10, 20, 80, 30);
+    auto* pos = new CControlPos(&dialog);
+    ASSERT_TRUE(pos->AddControl(button, c.anchors));
+    dialog.show();
+    for (const auto& [size, expected] : {std::pair{QSize(350, 240), c.grown},
+                                         {QSize(100, 100), c.shrunk},
+                                         {QSize(300, 200), QRect(10, 20, 80, 30)}}) {
+      dialog.resize(size);
+      QApplication::processEvents();
+      EXPECT_EQ(button->geometry(), expected) << c.anchors;
+    }
+  }
+}
+
+} // namespace
+} // namespace vh
