@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QContextMenuEvent>
+#include <QDialog>
 #include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QKeyEvent>
@@ -31,7 +32,7 @@ struct ClassWide {
   std::vector<CCommonListCtrl*> registry;
   GridDialogFactory appearanceFactory;
   GridDialogFactory profileFactory;
-  QPointer<CGridDialog> appearance;
+  std::unique_ptr<GridDialog> appearance;
 };
 
 ClassWide& Shared() {
@@ -64,6 +65,7 @@ CCommonListCtrl::~CCommonListCtrl() {
   registry.erase(std::remove(registry.begin(), registry.end(), this), registry.end());
   if (Shared().appearance)
     Shared().appearance->GridDestroyed(this);
+  profileDialog_.reset();
 }
 
 void CCommonListCtrl::SetListControlId(int id) {
@@ -106,7 +108,8 @@ void CCommonListCtrl::SetUp() {
   ApplyAppearance(appearance);
 }
 
-void CCommonListCtrl::ApplyAppearance(const sListAppearance& appearance) {
+void CCommonListCtrl::ApplyAppearance(const sListAppearance& appearance, bool own) {
+  ownSettings_ = ownSettings_ || own;
   appearance_ = appearance;
   SetListFont(appearance.fontFace, appearance.fontSize);
   if (colouringAllowed_) {
@@ -291,9 +294,9 @@ void CCommonListCtrl::keyPressEvent(QKeyEvent* event) {
 
 // --- dialogs ---------------------------------------------------------------------
 
-void CCommonListCtrl::OpenDialog(const GridDialogFactory& factory, CGridDialog*& slot,
-                                 QWidget* parent, int mode) {
-  if (!slot) {
+void CCommonListCtrl::OpenDialog(const GridDialogFactory& factory,
+                                 std::unique_ptr<GridDialog>& slot, QWidget* parent, int mode) {
+  if (!slot || !slot->Window()) {
     if (!factory)
       return;
     slot = factory(parent);
@@ -301,21 +304,22 @@ void CCommonListCtrl::OpenDialog(const GridDialogFactory& factory, CGridDialog*&
       return;
   }
   slot->OpenFor(this, mode);
-  slot->show();
-  slot->raise();
-  slot->activateWindow();
+  if (QWidget* window = slot->Window()) {
+    window->show();
+    window->raise();
+    window->activateWindow();
+  }
 }
 
 void CCommonListCtrl::OpenAppearanceDialog() {
   auto& shared = Shared();
-  CGridDialog* dialog = shared.appearance.data();
-  OpenDialog(shared.appearanceFactory, dialog, nullptr, 0);
-  shared.appearance = dialog;
-  if (!dialog)
+  OpenDialog(shared.appearanceFactory, shared.appearance, nullptr, 0);
+  QWidget* window = shared.appearance ? shared.appearance->Window() : nullptr;
+  if (!window)
     return;
-  dialog->setWindowTitle(QString::fromStdString("Customize Appearance :" + profileName_));
+  window->setWindowTitle(QString::fromStdString("Customize Appearance :" + profileName_));
   const QPoint centre = mapToGlobal(rect().center());
-  dialog->move(centre - QPoint(dialog->width() / 2, dialog->height() / 2));
+  window->move(centre - QPoint(window->width() / 2, window->height() / 2));
 }
 
 void CCommonListCtrl::OpenColumnProfileDialog(bool sortMode) {
@@ -331,7 +335,7 @@ void CCommonListCtrl::SetColumnProfileDialogFactory(GridDialogFactory factory) {
 }
 
 void CCommonListCtrl::DestroySharedDialogs() {
-  delete Shared().appearance.data();
+  Shared().appearance.reset();
 }
 
 // --- class-wide ------------------------------------------------------------------
@@ -381,6 +385,13 @@ QString CCommonListCtrl::GetCellText(int row, int headerItem) {
 
 std::string CCommonListCtrl::GetCellBytes(int row, int headerItem) {
   return GetCellText(row, headerItem).toStdString();
+}
+
+std::vector<std::string> CCommonListCtrl::ColumnNames() const {
+  std::vector<std::string> names;
+  for (int i = 0; i < HeaderItemCount(); ++i)
+    names.push_back(HeaderItemText(i).toStdString());
+  return names;
 }
 
 const sTarnColInfo* CCommonListCtrl::FindColumnByName(const std::string& /*name*/) const {

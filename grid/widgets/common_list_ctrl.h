@@ -57,8 +57,9 @@ public:
   void SetUp();
   bool HasOwnSettings() const { return ownSettings_; }
   const sListAppearance& Appearance() const { return appearance_; }
-  // Applies `appearance` (font always; colours when colouring is allowed).
-  void ApplyAppearance(const sListAppearance& appearance);
+  // Applies `appearance` (font always; colours when colouring is allowed);
+  // `own` marks it as the grid's own saved value.
+  void ApplyAppearance(const sListAppearance& appearance, bool own = false);
   // Face and size in points as decimal text; a size that is not a positive
   // number leaves the font alone.
   void SetListFont(const std::string& face, const std::string& sizeText);
@@ -96,6 +97,8 @@ public:
   virtual QString GetCellText(int row, int headerItem);
   // The same as UTF-8 bytes, for passes over every row.
   virtual std::string GetCellBytes(int row, int headerItem);
+  // Column names by column number (the keyword column is one of them).
+  virtual std::vector<std::string> ColumnNames() const;
   // The column record whose name is `name`, or null.
   virtual const sTarnColInfo* FindColumnByName(const std::string& name) const;
 
@@ -127,7 +130,8 @@ protected:
   // Derived grids add their items; `header` tells which menu.
   virtual void AddMenuItems(QMenu& menu, bool header);
   // Opens the dialog made by `factory` (kept in `slot`) for this grid.
-  void OpenDialog(const GridDialogFactory& factory, CGridDialog*& slot, QWidget* parent, int mode);
+  void OpenDialog(const GridDialogFactory& factory, std::unique_ptr<GridDialog>& slot,
+                  QWidget* parent, int mode);
   // Header marks: image 0 ascending, 1 descending, -1 none.
   virtual void SetHeaderImage(int headerItem, int image);
   void OpenColumnProfileDialog(bool sortMode);
@@ -165,7 +169,7 @@ private:
   std::string lastExportPath_;
   QPointer<QMenu> openMenu_;
   QPointer<QProgressBar> progress_;
-  CGridDialog* profileDialog_ = nullptr;
+  std::unique_ptr<GridDialog> profileDialog_;
 };
 
 } // namespace vh

@@ -25,7 +25,7 @@ struct FilterShared {
   QPointer<CFilterText> popup;
   QMetaObject::Connection applied;
   GridDialogFactory editorFactory;
-  QPointer<CGridDialog> editor;
+  std::unique_ptr<GridDialog> editor;
 };
 
 FilterShared& Shared() {
@@ -139,6 +139,13 @@ bool CFilterListCtrl::DeleteHeaderColumn(int headerItem) {
   return true;
 }
 
+std::vector<std::string> CFilterListCtrl::ColumnNames() const {
+  std::vector<std::string> names;
+  for (int c = 0; c < engine_.ColumnCount(); ++c)
+    names.emplace_back(engine_.ColumnInfo(c)->Name());
+  return names;
+}
+
 const sTarnColInfo* CFilterListCtrl::FindColumnByName(const std::string& name) const {
   for (int c = 0; c < engine_.ColumnCount(); ++c)
     if (engine_.ColumnInfo(c)->Name() == name)
@@ -198,7 +205,7 @@ CFilterText* CFilterListCtrl::SharedFilterPopup() {
 
 void CFilterListCtrl::DestroySharedWindows() {
   delete Shared().popup.data();
-  delete Shared().editor.data();
+  Shared().editor.reset();
 }
 
 void CFilterListCtrl::PopupDistinctValues(int headerItem, const QPoint& globalPos) {
@@ -285,9 +292,7 @@ bool CFilterListCtrl::OnCommand(int id) {
   case kCmdEditCustomColumns:
   case kCmdDeleteCustomColumns: {
     const int mode = id == kCmdAddCustomColumns ? 0 : id == kCmdEditCustomColumns ? 1 : 2;
-    CGridDialog* editor = Shared().editor.data();
-    OpenDialog(Shared().editorFactory, editor, nullptr, mode);
-    Shared().editor = editor;
+    OpenDialog(Shared().editorFactory, Shared().editor, nullptr, mode);
     return true;
   }
   default:

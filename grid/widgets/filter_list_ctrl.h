@@ -122,6 +122,7 @@ public:
   bool OnCommand(int id) override;
   static void SetCustomColumnEditorFactory(GridDialogFactory factory);
 
+  std::vector<std::string> ColumnNames() const override;
   const sTarnColInfo* FindColumnByName(const std::string& name) const override;
   QString GetCellText(int row, int headerItem) override;
   std::string GetCellBytes(int row, int headerItem) override;

@@ -2,9 +2,13 @@
 // as a user clicks and types.
 #include "tests/grid/widgets/grid_fixture.h"
 
+#include "grid/widgets/appearance_hook.h"
 #include "grid/widgets/grid_commands.h"
+#include "widgets/customized_appearance.h"
 
 #include <QClipboard>
+#include <QComboBox>
+#include <QPushButton>
 #include <QScrollBar>
 
 namespace vh::test {
@@ -157,17 +161,19 @@ TEST_F(GridTest, FitWidthsByMode) {
 }
 
 // A stand-in for the dialogs another part of the system builds.
-struct StandIn : CGridDialog {
+struct StandIn : GridDialog {
+  std::unique_ptr<QDialog> window = std::make_unique<QDialog>();
   std::vector<std::pair<CCommonListCtrl*, int>> opened;
+  QWidget* Window() override { return window.get(); }
   void OpenFor(CCommonListCtrl* grid, int mode) override { opened.emplace_back(grid, mode); }
 };
 
 TEST_F(GridTest, DialogHooksOpenWithTheirModes) {
   std::vector<StandIn*> made;
-  auto factory = [&made](QWidget* parent) {
-    made.push_back(new StandIn);
-    made.back()->setParent(parent, Qt::Dialog);
-    return made.back();
+  auto factory = [&made](QWidget*) {
+    auto hook = std::make_unique<StandIn>();
+    made.push_back(hook.get());
+    return std::unique_ptr<GridDialog>(std::move(hook));
   };
   CCommonListCtrl::SetAppearanceDialogFactory(factory);
   CCommonListCtrl::SetColumnProfileDialogFactory(factory);
@@ -185,7 +191,7 @@ TEST_F(GridTest, DialogHooksOpenWithTheirModes) {
     ASSERT_FALSE(made.empty() || made.back()->opened.empty());
     EXPECT_EQ(made.back()->opened.back(),
               std::make_pair(static_cast<CCommonListCtrl*>(&grid), mode));
-    EXPECT_TRUE(made.back()->isVisible());
+    EXPECT_TRUE(made.back()->window->isVisible());
   }
   EXPECT_EQ(made.size(), 2u); // one profile dialog per grid, one shared editor
   // Ctrl+Shift+C copies and opens the appearance dialog, captioned.
@@ -193,11 +199,32 @@ TEST_F(GridTest, DialogHooksOpenWithTheirModes) {
   QTest::keyClick(&grid, Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
   EXPECT_EQ(QGuiApplication::clipboard()->text(), "");
   ASSERT_EQ(made.size(), 3u);
-  EXPECT_EQ(made.back()->windowTitle(), "Customize Appearance :testgrid");
+  EXPECT_EQ(made.back()->window->windowTitle(), "Customize Appearance :testgrid");
   CFilterListCtrl::SetCustomColumnEditorFactory({});
   CCommonListCtrl::SetAppearanceDialogFactory({});
   CCommonListCtrl::SetColumnProfileDialogFactory({});
   CCommonListCtrl::DestroySharedDialogs();
+}
+
+TEST_F(GridTest, CustomizeOpensTheAppearanceDialogWhoseApplyRestylesTheGrid) {
+  InstallAppearanceDialog();
+  CFilterListCtrl& grid = MakeGrid(true);
+  Show();
+  QTest::keyClick(&grid, Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
+  CCustomizedAppearance* dialog = nullptr;
+  for (QWidget* w : QApplication::topLevelWidgets())
+    if (auto* d = qobject_cast<CCustomizedAppearance*>(w); d && d->isVisible())
+      dialog = d;
+  ASSERT_NE(dialog, nullptr);
+  EXPECT_EQ(dialog->windowTitle(), "Customize Appearance :testgrid");
+  dialog->findChild<QComboBox*>("keywordColumn")->setCurrentIndex(2); // "Symbol"
+  QTest::mouseClick(dialog->findChild<QPushButton*>("apply"), Qt::LeftButton);
+  EXPECT_EQ(grid.Appearance().keywordColumn, 1);
+  EXPECT_TRUE(grid.HasOwnSettings());
+  EXPECT_EQ(Get("CUSTOMIZE_LISTS", "testgrid-9016", dir_.file("UserSetting.ini")),
+            "0,FF00,MS Shell Dlg 2,8,1,");
+  CCommonListCtrl::DestroySharedDialogs();
+  CCommonListCtrl::SetAppearanceDialogFactory({});
 }
 
 } // namespace
