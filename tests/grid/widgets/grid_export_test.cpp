@@ -28,7 +28,6 @@ TEST_F(GridTest, ExportWritesHeadingThenRowsWithNumbersAsNumbers) {
     const char* name;
     const char* xml;
   } cells[] = {
-      {"headingIsText", "<c r=\"D1\" t=\"inlineStr\"><is><t>Close</t></is></c>"},
       {"textColumnStaysText", "<c r=\"A2\" t=\"inlineStr\"><is><t>C001</t></is></c>"},
       {"integerIsANumber", "<c r=\"C2\"><v>120</v></c>"},
       {"decimalIsANumber", "<c r=\"D3\"><v>3320.5</v></c>"},

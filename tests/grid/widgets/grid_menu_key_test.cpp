@@ -140,26 +140,6 @@ TEST_F(GridTest, CopyGivesSelectedRowsTabbedWithCrLf) {
   }
 }
 
-TEST_F(GridTest, FitWidthsByMode) {
-  CFilterListCtrl& grid = MakeGrid();
-  AddRows({{"C1", "A VERY LONG SYMBOL NAME INDEED", "1", "2"}});
-  Show();
-  const std::vector<std::pair<int, std::vector<int>>> cases = {
-      {kCmdFitToData, {50, 0, 50, 50}},    // short texts get the floor; 0 = wider than 100
-      {kCmdFitToWindow, {-1, -1, -1, -1}}, // -1 = an equal share of the viewport
-  };
-  for (const auto& [command, widths] : cases) {
-    grid.OnCommand(command);
-    for (int s = 0; s < 4; ++s) {
-      const int w = grid.horizontalHeader()->sectionSize(s);
-      EXPECT_TRUE(widths[s] > 0    ? w == widths[s]
-                  : widths[s] == 0 ? w > 100
-                                   : w == grid.viewport()->width() / 4)
-          << command << " " << s << " " << w;
-    }
-  }
-}
-
 // A stand-in for the dialogs another part of the system builds.
 struct StandIn : GridDialog {
   std::unique_ptr<QDialog> window = std::make_unique<QDialog>();
@@ -194,12 +174,6 @@ TEST_F(GridTest, DialogHooksOpenWithTheirModes) {
     EXPECT_TRUE(made.back()->window->isVisible());
   }
   EXPECT_EQ(made.size(), 2u); // one profile dialog per grid, one shared editor
-  // Ctrl+Shift+C copies and opens the appearance dialog, captioned.
-  QGuiApplication::clipboard()->setText("old");
-  QTest::keyClick(&grid, Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
-  EXPECT_EQ(QGuiApplication::clipboard()->text(), "");
-  ASSERT_EQ(made.size(), 3u);
-  EXPECT_EQ(made.back()->window->windowTitle(), "Customize Appearance :testgrid");
   CFilterListCtrl::SetCustomColumnEditorFactory({});
   CCommonListCtrl::SetAppearanceDialogFactory({});
   CCommonListCtrl::SetColumnProfileDialogFactory({});
@@ -210,7 +184,9 @@ TEST_F(GridTest, CustomizeOpensTheAppearanceDialogWhoseApplyRestylesTheGrid) {
   InstallAppearanceDialog();
   CFilterListCtrl& grid = MakeGrid(true);
   Show();
+  QGuiApplication::clipboard()->setText("old");
   QTest::keyClick(&grid, Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
+  EXPECT_EQ(QGuiApplication::clipboard()->text(), ""); // it copied (nothing) too
   CCustomizedAppearance* dialog = nullptr;
   for (QWidget* w : QApplication::topLevelWidgets())
     if (auto* d = qobject_cast<CCustomizedAppearance*>(w); d && d->isVisible())
