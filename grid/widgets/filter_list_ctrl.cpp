@@ -85,6 +85,8 @@ CFilterListCtrl::CFilterListCtrl(QWidget* parent)
 CFilterListCtrl::~CFilterListCtrl() {
   if (columnsInstalled_)
     (void)SaveColumnProfile();
+  // The model goes before the view's own destructor runs.
+  setModel(nullptr);
   if (Shared().editor)
     Shared().editor->GridDestroyed(this);
 }

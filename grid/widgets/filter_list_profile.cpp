@@ -71,6 +71,18 @@ bool CFilterListCtrl::LoadColumnProfile() {
   for (size_t c = 0; c < positions.size(); ++c)
     if (positions[c] == -2)
       positions[c] = next++;
+  // Shown columns take the places 0, 1, 2 ... in their saved order, so a
+  // gap in the saved places never shows as a blank header item.
+  std::vector<std::pair<int32_t, size_t>> shown;
+  for (size_t c = 0; c < positions.size(); ++c)
+    if (positions[c] >= 0)
+      shown.emplace_back(positions[c], c);
+  std::sort(shown.begin(), shown.end());
+  int32_t place = 0;
+  for (size_t i = 0; i < shown.size(); ++i) {
+    const bool repeated = i > 0 && shown[i].first == shown[i - 1].first;
+    positions[shown[i].second] = repeated ? -1 : place++;
+  }
   for (size_t c = 0; c < widths.size(); ++c)
     if (widths[c] <= 0 && positions[c] >= 0)
       widths[c] = table[c].nWidth;
