@@ -180,6 +180,18 @@ TEST_F(GridTest, DialogHooksOpenWithTheirModes) {
   CCommonListCtrl::DestroySharedDialogs();
 }
 
+TEST_F(GridTest, SavedAppearanceIsReadOnlyByCustomizableGridsInDialogs) {
+  WriteFile(dir_.file("UserSetting.ini"),
+            "[CUSTOMIZE_LISTS]\ntestgrid-9016=FF0000,FFFFFF,Arial,12\n");
+  for (const auto& [customizable, inDialog] :
+       {std::pair{true, true}, std::pair{false, true}, std::pair{true, false}}) {
+    CFilterListCtrl& grid = MakeGrid(customizable, inDialog);
+    const bool own = customizable && inDialog;
+    EXPECT_EQ(grid.HasOwnSettings(), own);
+    EXPECT_EQ(grid.DefaultBackground(), own ? QColor(0, 0, 255) : QColor(Qt::black));
+  }
+}
+
 TEST_F(GridTest, CustomizeOpensTheAppearanceDialogWhoseApplyRestylesTheGrid) {
   InstallAppearanceDialog();
   CFilterListCtrl& grid = MakeGrid(true);
