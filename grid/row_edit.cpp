@@ -15,6 +15,7 @@ int RowEngine::InsertItem(int position, std::string_view text) {
   ++displayedCount_;
   const int size = int(items_.size());
   int dataIndex = size;
+  size_t slot = map_.size();
   if (position <= 0 || position >= size) {
     // Position 0 appends: the owner shows newest first through the reverse
     // flag instead of shifting every index on each new row.
@@ -34,11 +35,12 @@ int RowEngine::InsertItem(int position, std::string_view text) {
     dataIndex = position;
     items_.insert(items_.begin() + position, 0);
     checks_.insert(checks_.begin() + position, 0);
-    const size_t at = std::min(size_t(position), map_.size());
-    map_.insert(map_.begin() + ptrdiff_t(at), position);
+    slot = std::min(size_t(position), map_.size());
+    map_.insert(map_.begin() + ptrdiff_t(slot), position);
   }
   if (observer_)
-    observer_->OnRowInserted(position, text);
+    observer_->OnRowInsertedAt(position, text,
+                               reverse_ ? displayedCount_ - 1 - int(slot) : int(slot));
   return reverse_ ? displayedCount_ - 1 - dataIndex : dataIndex;
 }
 

@@ -44,6 +44,12 @@ public:
   virtual ~RowEngineObserver() = default;
   // The base list must insert a row at `position` with `text`.
   virtual void OnRowInserted(int /*position*/, std::string_view /*text*/) {}
+  // The same, with the displayed row where the new row landed: the end, the
+  // top with the reverse-display flag, or the insertion point. The engine
+  // calls this one; by default it forwards to OnRowInserted.
+  virtual void OnRowInsertedAt(int position, std::string_view text, int /*displayRow*/) {
+    OnRowInserted(position, text);
+  }
   // The row shown at `position` is gone; the count is already lowered. If
   // that row was selected and was not the last one, select the next; with
   // the reverse-display flag and no focus, scroll the first row into view.
@@ -189,6 +195,22 @@ public:
 
   // Bytes the engine holds per row store and map (capacity, not size).
   size_t ResidentBytes() const;
+
+  // --- set-up and column edits for the widgets (row_columns.cpp) ------------
+  // The sort state a grid starts with: `displayColumn` becomes both the sort
+  // column and the previous one, so a first click on it reverses at once.
+  void SetSortState(int displayColumn);
+  // Adds `info` as the last column, shown after the last header item; only
+  // its own formula is compiled. Returns its column number.
+  int AppendColumn(const sTarnColInfo& info);
+  // Removes the column shown at header item `headerItem`: later header
+  // positions move down by one and the column's filter goes. A custom
+  // column leaves the table (later column numbers move down, their filters
+  // follow them; stored expressions that name a later custom column are
+  // the editor's to rewrite); a data column stays in the table, hidden.
+  // Other formulas stay compiled. False (nothing changed) when no column is
+  // shown there. Rows are not filtered again.
+  bool DeleteHeaderColumn(int headerItem);
 
 private:
   friend struct RowEngineProbe; // tests corrupt the map on purpose
