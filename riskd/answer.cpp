@@ -18,9 +18,9 @@ RecordWriter::RecordWriter(std::string answered) : answered_(std::move(answered)
 void RecordWriter::Start(std::string_view subKind) {
   if (!msg_)
     msg_.emplace(kRecordScratch);
-  failed_ = !msg_->valid() || !msg_->Restart() || !msg_->Add(kTagAnswered, answered_);
+  failed_ = !msg_->valid() || !msg_->Restart() || !msg_->Add(vh::kTagAnsweredName, answered_);
   if (!subKind.empty())
-    Add(kTagSubKind, subKind);
+    Add(vh::kTagSubKind, subKind);
 }
 
 void RecordWriter::Add(uint32_t tag, std::string_view text) {
@@ -42,9 +42,9 @@ bool RecordWriter::Emit(std::string& out) {
 void RecordWriter::EmitStatus(std::string& out, std::string_view code) {
   Start();
   if (code.empty())
-    AddEmpty(kTagStatus);
+    AddEmpty(vh::kTagStatus);
   else
-    Add(kTagStatus, code);
+    Add(vh::kTagStatus, code);
   Emit(out);
 }
 

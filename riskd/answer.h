@@ -1,9 +1,9 @@
 // Answers as streams of framed records, produced as the connection drains
 // so that a million-row answer never sits whole in memory.
 //
-// Every answer is data records (field 32767 = the request answered, no
-// field 32766) closed by one status record (32767 + 32766 = "1", or 32766
-// with no value for the lien report).
+// Every answer is data records (vh::kTagAnsweredName = the request
+// answered, no vh::kTagStatus) closed by one status record (a status of
+// "1", or a status without value for the lien report).
 #pragma once
 
 #include <cstdint>
@@ -14,15 +14,10 @@
 #include <string_view>
 
 #include "kdl/message.h"
+#include "kdl/tags.h"
 #include "riskd/sqlite.h"
 
 namespace riskd {
-
-inline constexpr uint32_t kTagRequest = 0;
-inline constexpr uint32_t kTagAnswered = 32767;
-inline constexpr uint32_t kTagStatus = 32766;
-inline constexpr uint32_t kTagSubKind = 32760;
-inline constexpr uint32_t kTagUser = 31003;
 
 class Answer {
 public:
@@ -37,7 +32,8 @@ class RecordWriter {
 public:
   explicit RecordWriter(std::string answered);
 
-  // Starts a record that carries 32767 (and 32760 when `subKind` is given).
+  // Starts a record that carries the answered name (and the sub-kind when
+  // `subKind` is given).
   void Start(std::string_view subKind = {});
   void Add(uint32_t tag, std::string_view text);
   void Add(uint32_t tag, int64_t value) { Add(tag, std::string_view(std::to_string(value))); }
@@ -45,8 +41,8 @@ public:
   // Frames the record onto `out`. A record that overflowed its buffer is
   // dropped whole (false), never sent half-filled.
   bool Emit(std::string& out);
-  // The closing record: 32766 = `code`, or 32766 without a value when
-  // `code` is empty.
+  // The closing record: the status `code`, or a status without a value
+  // when `code` is empty.
   void EmitStatus(std::string& out, std::string_view code = "1");
 
   const std::string& answered() const { return answered_; }

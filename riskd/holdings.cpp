@@ -12,8 +12,15 @@ namespace riskd {
 namespace {
 
 // Quantity columns 3..11 of kHoldingColumns, in this order of tags.
-constexpr uint32_t kQuantityTags[] = {64044, 64300, 64205, 64297, 64301,
-                                      64461, 64462, 64204, 64435};
+constexpr uint32_t kQuantityTags[] = {vh::kTagHoldingsQty,
+                                      vh::kTagHoldingsUpdateQty,
+                                      vh::kTagUsedQty,
+                                      vh::kTagCollateralQty,
+                                      vh::kTagCollateralUpdateQty,
+                                      vh::kTagWithheldHoldingQty,
+                                      vh::kTagWithheldCollateralQty,
+                                      vh::kTagT1Qty,
+                                      vh::kTagT1CollateralQty};
 
 #define HOLDING_COLUMNS                                                                            \
   "client_id,scrip_id,product,holdings_qty,holdings_update_qty,used_qty,collateral_qty,"           \
@@ -23,44 +30,45 @@ constexpr uint32_t kQuantityTags[] = {64044, 64300, 64205, 64297, 64301,
 // The legs go as value 0 and 1 of 63001/63100/10100, NSE first.
 void AddLegs(const ScripInfo& sc, RecordWriter& rec) {
   if (sc.hasNse()) {
-    rec.Add(63001, "nse_cm");
-    rec.Add(63100, sc.nseTradingSymbol());
-    rec.Add(10100, sc.nseToken);
+    rec.Add(vh::kTagSegment, "nse_cm");
+    rec.Add(vh::kTagTradingSymbol, sc.nseTradingSymbol());
+    rec.Add(vh::kTagScripCode, sc.nseToken);
   }
   if (sc.hasBse()) {
-    rec.Add(63001, "bse_cm");
-    rec.Add(63100, sc.bseSymbol);
-    rec.Add(10100, sc.bseCode);
+    rec.Add(vh::kTagSegment, "bse_cm");
+    rec.Add(vh::kTagTradingSymbol, sc.bseSymbol);
+    rec.Add(vh::kTagScripCode, sc.bseCode);
   }
 }
 
 void HoldingRecord(const ScripBook& book, const Stmt& row, RecordWriter& rec) {
-  rec.Add(54001, row.Text(0));
+  rec.Add(vh::kTagClientId, row.Text(0));
   const ScripInfo* sc = book.ById(row.Int(1));
   if (sc) {
     AddLegs(*sc, rec);
     if (sc->hasBse())
-      rec.Add(63003, sc->bseCode);
-    rec.Add(59351, sc->close);
+      rec.Add(vh::kTagBseCode, sc->bseCode);
+    rec.Add(vh::kTagClosePrice, sc->close);
   }
-  rec.Add(64030, row.Text(2));
+  rec.Add(vh::kTagProduct, row.Text(2));
   for (int i = 0; i < 9; ++i)
     rec.Add(kQuantityTags[i], row.Int(3 + i));
-  rec.Add(64172, FormatHundredths(row.Int(12)));
+  rec.Add(vh::kTagHaircut, FormatHundredths(row.Int(12)));
   if (!row.IsNull(13))
-    rec.Add(64171, row.Int(13));
+    rec.Add(vh::kTagCollateralType, row.Int(13));
 }
 
 // The scrips a scrip-mode request names: each leg i is 63001[i] with
 // 10100[i]; 63003 (a BSE code) is the fall-back when no leg is known.
 std::vector<int64_t> RequestedScrips(const ScripBook& book, const kdl::Message& req) {
   std::vector<int64_t> ids;
-  const uint32_t legs = req.Count(63001).value_or(0);
+  const uint32_t legs = req.Count(vh::kTagSegment).value_or(0);
   for (uint32_t i = 0; i < legs && i < 2; ++i)
-    if (const ScripInfo* sc = book.Find(FieldText(req, 63001, i), FieldText(req, 10100, i)))
+    if (const ScripInfo* sc =
+            book.Find(FieldText(req, vh::kTagSegment, i), FieldText(req, vh::kTagScripCode, i)))
       ids.push_back(sc->id);
   if (ids.empty())
-    if (const ScripInfo* sc = book.FindBse(FieldText(req, 63003)))
+    if (const ScripInfo* sc = book.FindBse(FieldText(req, vh::kTagBseCode)))
       ids.push_back(sc->id);
   std::sort(ids.begin(), ids.end());
   ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
@@ -95,9 +103,9 @@ private:
 } // namespace
 
 void HandleHoldings(Services& s, const kdl::Message& req, Subscription* sub, Answers* out) {
-  const auto user = LoadUser(s.db, FieldText(req, kTagUser));
-  const std::string client = FieldText(req, 54001);
-  const bool byClient = req.Count(54001).has_value();
+  const auto user = LoadUser(s.db, FieldText(req, vh::kTagUserId));
+  const std::string client = FieldText(req, vh::kTagClientId);
+  const bool byClient = req.Count(vh::kTagClientId).has_value();
   Subscription next;
   next.userId = user ? user->id : "";
   next.clientId = client;
@@ -145,10 +153,10 @@ std::string PriceFrames(const ScripBook& book, const Subscription& sub, int64_t 
       if (nse ? !sc->hasNse() : !sc->hasBse())
         continue;
       w.Start(nse ? "NSE_LTP" : "BSE_LTP");
-      w.Add(6, sc->ltp);
-      w.Add(63100, nse ? sc->nseTradingSymbol() : sc->bseSymbol);
-      w.Add(32, sc->close);
-      w.Add(63179, now);
+      w.Add(vh::kTagLastPrice, sc->ltp);
+      w.Add(vh::kTagTradingSymbol, nse ? sc->nseTradingSymbol() : sc->bseSymbol);
+      w.Add(vh::kTagTickClose, sc->close);
+      w.Add(vh::kTagPriceTime, now);
       w.Emit(frames);
     }
   }
@@ -191,13 +199,13 @@ std::unique_ptr<Answer> PresentValues(Services& s, const Subscription& sub) {
       const int64_t qty = HeldQuantity(*services, *user, id, sub.clientId);
       w.Start();
       if (!sub.clientId.empty())
-        w.Add(54001, sub.clientId);
+        w.Add(vh::kTagClientId, sub.clientId);
       AddLegs(*sc, w);
-      w.Add(61002, sc->isin);
-      w.Add(6, sc->ltp);
-      w.Add(59351, sc->close);
-      w.Add(64044, qty);
-      w.Add(41231, qty * sc->ltp);
+      w.Add(vh::kTagIsin, sc->isin);
+      w.Add(vh::kTagLastPrice, sc->ltp);
+      w.Add(vh::kTagClosePrice, sc->close);
+      w.Add(vh::kTagHoldingsQty, qty);
+      w.Add(vh::kTagValue, qty * sc->ltp);
       w.Emit(frames);
     }
     w.EmitStatus(frames);

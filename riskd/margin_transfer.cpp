@@ -123,21 +123,21 @@ std::string ApplyTransfer(Db& db, const TransferRequest& request) {
 // then its ISIN (61002), then 63003 (a BSE code).
 void HandleMarginTransfer(Services& s, const kdl::Message& req) {
   TransferRequest r;
-  r.userId = FieldText(req, 54247);
+  r.userId = FieldText(req, vh::kTagSourceUserId);
   if (r.userId.empty())
-    r.userId = FieldText(req, kTagUser);
-  r.clientId = FieldText(req, 54001);
-  r.product = FieldText(req, 64030);
-  r.action = FieldText(req, 20008);
-  r.quantity = FieldText(req, 64044);
+    r.userId = FieldText(req, vh::kTagUserId);
+  r.clientId = FieldText(req, vh::kTagClientId);
+  r.product = FieldText(req, vh::kTagProduct);
+  r.action = FieldText(req, vh::kTagAction);
+  r.quantity = FieldText(req, vh::kTagHoldingsQty);
   const ScripInfo* sc = nullptr;
-  const uint32_t legs = req.Count(63001).value_or(0);
+  const uint32_t legs = req.Count(vh::kTagSegment).value_or(0);
   for (uint32_t i = 0; i < legs && !sc; ++i)
-    sc = s.book.Find(FieldText(req, 63001, i), FieldText(req, 10100, i));
+    sc = s.book.Find(FieldText(req, vh::kTagSegment, i), FieldText(req, vh::kTagScripCode, i));
   if (!sc)
-    sc = s.book.FindIsin(FieldText(req, 61002));
+    sc = s.book.FindIsin(FieldText(req, vh::kTagIsin));
   if (!sc)
-    sc = s.book.FindBse(FieldText(req, 63003));
+    sc = s.book.FindBse(FieldText(req, vh::kTagBseCode));
   r.scripId = sc ? sc->id : 0;
   const std::string why = ApplyTransfer(s.db, r);
   if (why.empty())

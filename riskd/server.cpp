@@ -200,7 +200,7 @@ void Loop::HandleFrames(Connection& c) {
     }
     Answers answers;
     if (!HandleRequest(services_, *request, &c.subscription(), &answers)) {
-      const auto name = request->Text(kTagRequest);
+      const auto name = request->Text(vh::kTagRequestName);
       options_.log(who + ": unknown request '" + std::string(name.value_or("<none>")) +
                    "' ignored");
       continue;

@@ -77,8 +77,8 @@ std::vector<Row> ByChange(std::vector<const ScripInfo*> scrips, bool top, Larges
 } // namespace
 
 void HandleTopTen(Services& s, const kdl::Message& req, Answers* out) {
-  const std::string exchange = FieldText(req, 10101);
-  const std::string method = FieldText(req, 41232);
+  const std::string exchange = FieldText(req, vh::kTagExchange);
+  const std::string method = FieldText(req, vh::kTagTopMethod);
   const bool nse = exchange == "NSE";
   if ((!nse && exchange != "BSE") || (method != "1" && method != "3" && method != "4")) {
     s.log("rs_display_topten_holdings refused: exchange '" + exchange + "', method '" + method +
@@ -91,8 +91,8 @@ void HandleTopTen(Services& s, const kdl::Message& req, Answers* out) {
     if (nse ? sc.hasNse() : sc.hasBse())
       scrips.push_back(&sc);
   std::optional<User> user;
-  if (req.Count(kTagUser)) {
-    user = LoadUser(s.db, FieldText(req, kTagUser));
+  if (req.Count(vh::kTagUserId)) {
+    user = LoadUser(s.db, FieldText(req, vh::kTagUserId));
     if (!user) {
       out->push_back(StatusOnly("rs_display_topten_holdings"));
       return;
@@ -106,11 +106,11 @@ void HandleTopTen(Services& s, const kdl::Message& req, Answers* out) {
   std::string frames;
   if (!rows.empty()) {
     w.Start();
-    w.Add(10101, nse ? "nse_cm" : "bse_cm");
+    w.Add(vh::kTagExchange, nse ? "nse_cm" : "bse_cm");
     for (const Row& r : rows) {
-      w.Add(54001, r.client);
-      w.Add(20008, nse ? r.scrip->nseTradingSymbol() : r.scrip->bseSymbol);
-      w.Add(41231, r.value);
+      w.Add(vh::kTagClientId, r.client);
+      w.Add(vh::kTagTopSymbol, nse ? r.scrip->nseTradingSymbol() : r.scrip->bseSymbol);
+      w.Add(vh::kTagValue, r.value);
     }
     w.Emit(frames);
   }
