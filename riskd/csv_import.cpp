@@ -175,8 +175,10 @@ std::vector<Stmt> PrepareAll(Db& db, const char* sql, std::string* error) {
       *error = db.LastError();
       return {};
     }
-    if (raw)
+    if (raw) {
       out.emplace_back(raw);
+      out.back().SkipParametersPastTheLast();
+    }
     sql = tail;
   }
   return out;

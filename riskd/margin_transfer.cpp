@@ -106,12 +106,16 @@ std::string ApplyTransfer(Db& db, const TransferRequest& request) {
   std::string why = Check(db, request, qty, &h);
   if (why.empty()) {
     // A failure half-way is undone, while the ledger still records it.
-    db.Exec("SAVEPOINT apply", nullptr);
+    if (!db.Exec("SAVEPOINT apply", nullptr))
+      return "database: " + db.LastError();
     if (!Apply(db, request, qty, h)) {
       why = "database: " + db.LastError();
-      db.Exec("ROLLBACK TO apply", nullptr);
+      // Not undone: the whole transaction rolls back, ledger line included.
+      if (!db.Exec("ROLLBACK TO apply", nullptr))
+        return why;
     }
-    db.Exec("RELEASE apply", nullptr);
+    if (!db.Exec("RELEASE apply", nullptr))
+      return "database: " + db.LastError();
   }
   std::string error;
   if (!Ledger(db, request, qty, why) || !tx.Commit(&error))
