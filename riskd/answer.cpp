@@ -49,10 +49,14 @@ void RecordWriter::EmitStatus(std::string& out, std::string_view code) {
 }
 
 bool FramesAnswer::Fill(std::string& out, size_t budget) {
-  // The output is a byte stream, so a frame may be cut between two fills.
-  const size_t n = std::min(budget, frames_.size() - sent_);
-  out.append(frames_, sent_, n);
-  sent_ += n;
+  // Whole frames only: ticks are pushed between two fills, so a frame cut
+  // here would have a tick inside it. At least one frame goes each time.
+  size_t end = sent_;
+  while (end < frames_.size() && (end == sent_ || end - sent_ < budget)) {
+    end += kdl::kFrameHeader + kdl::LoadLength(frames_.data() + end);
+  }
+  out.append(frames_, sent_, end - sent_);
+  sent_ = end;
   return sent_ < frames_.size();
 }
 

@@ -22,8 +22,10 @@ namespace riskd {
 class Answer {
 public:
   virtual ~Answer() = default;
-  // Appends whole frames to `out`, stopping once about `budget` bytes were
-  // added. Returns true while frames remain, false once the last is out.
+  // Appends whole frames to `out` (never part of one: other frames are
+  // pushed between two fills), stopping once about `budget` bytes were
+  // added; at least one frame per call. Returns true while frames remain,
+  // false once the last is out.
   virtual bool Fill(std::string& out, size_t budget) = 0;
 };
 
@@ -53,7 +55,8 @@ private:
   bool failed_ = true;              // until Start
 };
 
-// Frames prepared up front; for answers of a few records.
+// Frames prepared up front (whole frames, as RecordWriter emits them); for
+// answers of a few records.
 class FramesAnswer : public Answer {
 public:
   explicit FramesAnswer(std::string frames) : frames_(std::move(frames)) {}
