@@ -60,10 +60,10 @@ bool FramesAnswer::Fill(std::string& out, size_t budget) {
   return sent_ < frames_.size();
 }
 
-SqlAnswer::SqlAnswer(Stmt stmt, std::string answered, RowFn row, std::string status,
-                     int rowsPerRecord, std::string subKind)
-    : stmt_(std::move(stmt)), writer_(std::move(answered)), row_(std::move(row)),
-      status_(std::move(status)), subKind_(std::move(subKind)),
+SqlAnswer::SqlAnswer(std::shared_ptr<const Db> snapshot, Stmt stmt, std::string answered, RowFn row,
+                     std::string status, int rowsPerRecord, std::string subKind)
+    : snapshot_(std::move(snapshot)), stmt_(std::move(stmt)), writer_(std::move(answered)),
+      row_(std::move(row)), status_(std::move(status)), subKind_(std::move(subKind)),
       rowsPerRecord_(rowsPerRecord < 1 ? 1 : rowsPerRecord) {}
 
 bool SqlAnswer::Fill(std::string& out, size_t budget) {
@@ -78,6 +78,7 @@ bool SqlAnswer::Fill(std::string& out, size_t budget) {
         writer_.Emit(out);
       writer_.EmitStatus(out, status_);
       stmt_ = Stmt(); // releases the read snapshot at once
+      snapshot_.reset();
       done_ = true;
       return false;
     }

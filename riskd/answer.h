@@ -69,14 +69,17 @@ private:
 
 // A stepped statement: each row adds its fields to the open record, which is
 // emitted every `rowsPerRecord` rows; then the status record closes it.
+// `stmt` was prepared on `snapshot`, which the answer keeps (and with it
+// one view of the store) until its last row is out.
 class SqlAnswer : public Answer {
 public:
   using RowFn = std::function<void(const Stmt& row, RecordWriter& record)>;
-  SqlAnswer(Stmt stmt, std::string answered, RowFn row, std::string status = "1",
-            int rowsPerRecord = 1, std::string subKind = {});
+  SqlAnswer(std::shared_ptr<const Db> snapshot, Stmt stmt, std::string answered, RowFn row,
+            std::string status = "1", int rowsPerRecord = 1, std::string subKind = {});
   bool Fill(std::string& out, size_t budget) override;
 
 private:
+  std::shared_ptr<const Db> snapshot_;
   Stmt stmt_;
   RecordWriter writer_;
   RowFn row_;

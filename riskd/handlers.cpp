@@ -112,14 +112,20 @@ void UserInfo(Services& s, const kdl::Message& req, Answers* out) {
   w.Add(vh::kTagUserExchange, "NSE");
   w.Add(vh::kTagUserExchange, "BSE");
   w.Emit(frames);
+  const auto snapshot = TakeSnapshot(s, "tarn_user_info");
+  if (!snapshot) {
+    w.EmitStatus(frames, "2");
+    out->push_back(std::make_unique<FramesAnswer>(std::move(frames)));
+    return;
+  }
   out->push_back(std::make_unique<FramesAnswer>(std::move(frames)));
-  Stmt clients = s.db.Prepare(
+  Stmt clients = snapshot->Prepare(
       user->admin ? "SELECT id FROM client WHERE ?1 IS NOT NULL ORDER BY id"
                   : "SELECT client_id FROM user_client WHERE user_id=?1 ORDER BY client_id",
       nullptr);
   clients.Bind(1, user->id);
   out->push_back(std::make_unique<SqlAnswer>(
-      std::move(clients), "tarn_user_info",
+      snapshot, std::move(clients), "tarn_user_info",
       [](const Stmt& row, RecordWriter& rec) { rec.Add(vh::kTagClientId, row.Text(0)); }, "1",
       kClientsPerRecord, "CLIENTS"));
 }
@@ -129,14 +135,19 @@ void UserInfo(Services& s, const kdl::Message& req, Answers* out) {
 void ClientReports(Services& s, const kdl::Message& req, Answers* out) {
   const auto user = LoadUser(s.db, FieldText(req, vh::kTagSourceUserId));
   const std::string segment = FieldText(req, vh::kTagReportSegment);
-  Stmt rows =
-      s.db.Prepare("SELECT client_id,segment,lien_paise,payin_paise,payout_paise FROM lien l"
-                   " WHERE (?1='' OR segment=?1) AND (?2 OR EXISTS(SELECT 1 FROM user_client u"
-                   " WHERE u.user_id=?3 AND u.client_id=l.client_id)) ORDER BY client_id,segment",
-                   nullptr);
+  const auto snapshot = TakeSnapshot(s, "om_get_client_reports");
+  if (!snapshot) {
+    out->push_back(StatusOnly("om_get_client_reports", ""));
+    return;
+  }
+  Stmt rows = snapshot->Prepare(
+      "SELECT client_id,segment,lien_paise,payin_paise,payout_paise FROM lien l"
+      " WHERE (?1='' OR segment=?1) AND (?2 OR EXISTS(SELECT 1 FROM user_client u"
+      " WHERE u.user_id=?3 AND u.client_id=l.client_id)) ORDER BY client_id,segment",
+      nullptr);
   rows.Bind(1, segment).Bind(2, int64_t{user && user->admin}).Bind(3, user ? user->id : "");
   out->push_back(std::make_unique<SqlAnswer>(
-      std::move(rows), "om_get_client_reports",
+      snapshot, std::move(rows), "om_get_client_reports",
       [](const Stmt& row, RecordWriter& rec) {
         rec.Add(vh::kTagClientId, row.Text(0));
         rec.Add(vh::kTagSubKind, row.Text(1));
@@ -148,6 +159,14 @@ void ClientReports(Services& s, const kdl::Message& req, Answers* out) {
 }
 
 } // namespace
+
+std::shared_ptr<const Db> TakeSnapshot(Services& s, std::string_view request) {
+  std::string error;
+  auto snapshot = TakeSnapshot(s.storePath, &error);
+  if (!snapshot)
+    s.log(std::string(request) + ": cannot read the store: " + error);
+  return snapshot;
+}
 
 std::string FieldText(const kdl::Message& msg, uint32_t tag, uint32_t index) {
   const auto v = msg.Text(tag, index);

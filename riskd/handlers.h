@@ -11,12 +11,14 @@
 #include "kdl/message.h"
 #include "riskd/answer.h"
 #include "riskd/scrip_book.h"
+#include "riskd/snapshot.h"
 #include "riskd/sqlite.h"
 
 namespace riskd {
 
 struct Services {
-  Db& db;
+  Db& db;                // the writer's connection
+  std::string storePath; // streamed answers read their own snapshot of it
   ScripBook& book;
   std::function<void(const std::string&)> log;
   // Held quantity per "scrip|client|user", for the present-values timer: a
@@ -51,6 +53,10 @@ void HandleMarginTransfer(Services& s, const kdl::Message& req);
 std::string PriceFrames(const ScripBook& book, const Subscription& sub, int64_t now);
 // One "om_get_prsnt_values" answer for `sub`, built when it is first filled.
 std::unique_ptr<Answer> PresentValues(Services& s, const Subscription& sub);
+
+// A snapshot of the store for a streamed answer to `request`; nullptr, and
+// the reason logged, when the store cannot be read.
+std::shared_ptr<const Db> TakeSnapshot(Services& s, std::string_view request);
 
 // Text of value 0 of `tag`, or empty.
 std::string FieldText(const kdl::Message& msg, uint32_t tag, uint32_t index = 0);

@@ -109,19 +109,21 @@ void HandleHoldings(Services& s, const kdl::Message& req, Subscription* sub, Ans
   Subscription next;
   next.userId = user ? user->id : "";
   next.clientId = client;
+  const auto snapshot = TakeSnapshot(s, "display_holding_detail");
   Stmt rows;
-  if (byClient && user && MaySee(s.db, *user, client)) {
-    rows = s.db.Prepare("SELECT " HOLDING_COLUMNS " FROM holding WHERE client_id=?1", nullptr);
+  if (!snapshot) {
+  } else if (byClient && user && MaySee(*snapshot, *user, client)) {
+    rows = snapshot->Prepare("SELECT " HOLDING_COLUMNS " FROM holding WHERE client_id=?1", nullptr);
     rows.Bind(1, client);
-    next.scrips = ClientScrips(s.db, client);
+    next.scrips = ClientScrips(*snapshot, client);
   } else if (!byClient && user) {
     next.scrips = RequestedScrips(s.book, req);
     // No ORDER BY: the (scrip_id, ...) index yields the rows without a sort,
     // which a hot scrip's million rows would otherwise need.
-    rows = s.db.Prepare("SELECT " HOLDING_COLUMNS " FROM holding h WHERE scrip_id IN (?1,?2)"
-                        " AND (?3 OR EXISTS(SELECT 1 FROM user_client u WHERE u.user_id=?4"
-                        " AND u.client_id=h.client_id))",
-                        nullptr);
+    rows = snapshot->Prepare("SELECT " HOLDING_COLUMNS " FROM holding h WHERE scrip_id IN (?1,?2)"
+                             " AND (?3 OR EXISTS(SELECT 1 FROM user_client u WHERE u.user_id=?4"
+                             " AND u.client_id=h.client_id))",
+                             nullptr);
     const int64_t none = -1;
     rows.Bind(1, next.scrips.empty() ? none : next.scrips[0]);
     rows.Bind(2, next.scrips.size() > 1 ? next.scrips[1] : none);
@@ -136,7 +138,7 @@ void HandleHoldings(Services& s, const kdl::Message& req, Subscription* sub, Ans
   }
   const ScripBook* book = &s.book;
   out->push_back(std::make_unique<SqlAnswer>(
-      std::move(rows), "display_holding_detail",
+      snapshot, std::move(rows), "display_holding_detail",
       [book](const Stmt& row, RecordWriter& rec) { HoldingRecord(*book, row, rec); }));
   *sub = std::move(next);
   out->push_back(PresentValues(s, *sub));

@@ -58,7 +58,8 @@ int Listen(const std::string& host, uint16_t port, uint16_t* bound, std::string*
 class Loop {
 public:
   Loop(RiskServerOptions options, Db db)
-      : options_(std::move(options)), db_(std::move(db)), services_{db_, book_, options_.log, {}} {}
+      : options_(std::move(options)),
+        db_(std::move(db)), services_{db_, options_.store.dbPath, book_, options_.log, {}} {}
   ~Loop() {
     for (int fd : {listenFd_, wakeRead_, wakeWrite_})
       if (fd >= 0)

@@ -22,10 +22,12 @@ Db& Db::operator=(Db&& other) noexcept {
   return *this;
 }
 
-bool Db::Open(const std::string& path, std::string* error) {
+bool Db::Open(const std::string& path, std::string* error, Mode mode) {
   sqlite3* db = nullptr;
-  const int rc = sqlite3_open_v2(
-      path.c_str(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+  const int flags =
+      (mode == kReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE) |
+      SQLITE_OPEN_NOMUTEX;
+  const int rc = sqlite3_open_v2(path.c_str(), &db, flags, nullptr);
   if (rc != SQLITE_OK) {
     if (error)
       *error = path + ": " + (db ? sqlite3_errmsg(db) : sqlite3_errstr(rc));

@@ -24,8 +24,10 @@ public:
   Db(Db&& other) noexcept;
   Db& operator=(Db&& other) noexcept;
 
-  // Opens (creating) `path`; false with *error set on failure.
-  [[nodiscard]] bool Open(const std::string& path, std::string* error);
+  enum Mode { kReadWrite, kReadOnly };
+  // Opens `path`, creating it when kReadWrite; false with *error set on
+  // failure.
+  [[nodiscard]] bool Open(const std::string& path, std::string* error, Mode mode = kReadWrite);
   // Runs one or more statements without results; false with *error on failure.
   [[nodiscard]] bool Exec(std::string_view sql, std::string* error);
   // A prepared statement; an invalid one (ok() false) with *error on failure.
