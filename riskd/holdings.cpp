@@ -6,6 +6,7 @@
 
 #include "riskd/csv.h"
 #include "riskd/handlers.h"
+#include "riskd/limits.h"
 #include "riskd/users.h"
 
 namespace riskd {
@@ -207,7 +208,8 @@ std::unique_ptr<Answer> PresentValues(Services& s, const Subscription& sub) {
       w.Add(vh::kTagLastPrice, sc->ltp);
       w.Add(vh::kTagClosePrice, sc->close);
       w.Add(vh::kTagHoldingsQty, qty);
-      w.Add(vh::kTagValue, qty * sc->ltp);
+      // A whole hot scrip may hold more than a 64-bit value can say.
+      w.Add(vh::kTagValue, CheckedMul(qty, sc->ltp).value_or(INT64_MAX));
       w.Emit(frames);
     }
     w.EmitStatus(frames);

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "riskd/handlers.h"
+#include "riskd/limits.h"
 #include "riskd/users.h"
 
 namespace riskd {
@@ -37,7 +38,8 @@ public:
     stmt_.Bind(1, sc.id).Bind(2, int64_t{admin_}).Bind(3, userId_);
     stmt_.Bind(4, static_cast<int64_t>(limit));
     while (stmt_.Step() == SQLITE_ROW)
-      rows->push_back({std::string(stmt_.Text(0)), &sc, stmt_.Int(1) * sc.ltp});
+      rows->push_back(
+          {std::string(stmt_.Text(0)), &sc, CheckedMul(stmt_.Int(1), sc.ltp).value_or(INT64_MAX)});
     stmt_.Reset();
   }
 
