@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "kdl/tags.h"
+
 Q_LOGGING_CATEGORY(lcBackend, "tarntrader.backend")
 
 namespace host {
@@ -34,13 +36,14 @@ BackendControl::BackendControl(QObject* parent) : QObject(parent) {
     backoffMs_ = 0;
     inbox_ = kdl::FrameSplitter(kMaxFrame);
     socket_.setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    qCInfo(lcBackend) << "connected to" << host_ << port_;
-    emit connectedChanged(true);
+    qCInfo(lcBackend) << "connected to" << host_ << port_ << "; logging in";
+    sendLogin(std::nullopt);
   });
   connect(&socket_, &QTcpSocket::disconnected, this, [this] {
     qCWarning(lcBackend) << "back-end connection lost";
     inbox_ = kdl::FrameSplitter(kMaxFrame);
-    emit connectedChanged(false);
+    if (std::exchange(loggedIn_, false))
+      emit connectedChanged(false);
     scheduleReconnect();
   });
   connect(&socket_, &QTcpSocket::errorOccurred, this, [this](QAbstractSocket::SocketError) {
@@ -65,6 +68,8 @@ void BackendControl::Stop() {
   running_ = false;
   reconnect_.stop();
   socket_.abort();
+  if (std::exchange(loggedIn_, false))
+    emit connectedChanged(false);
 }
 
 void BackendControl::scheduleReconnect() {
@@ -72,6 +77,55 @@ void BackendControl::scheduleReconnect() {
     return;
   backoffMs_ = backoffMs_ == 0 ? kFirstBackoffMs : std::min(backoffMs_ * 2, kMaxBackoffMs);
   reconnect_.start(backoffMs_);
+}
+
+void BackendControl::SetLogin(std::string userId, PasswordSource passwords) {
+  userId_ = std::move(userId);
+  passwords_ = std::move(passwords);
+}
+
+void BackendControl::sendLogin(const std::optional<std::string>& password) {
+  kdl::Message login;
+  login.Add(vh::kTagRequestName, vh::kLoginRequest);
+  login.Add(vh::kTagUserId, userId_);
+  if (password)
+    login.Add(vh::kTagPassword, *password);
+  std::string frame;
+  if (!kdl::AppendFrame(frame, login.Serialise()))
+    return;
+  socket_.write(frame.data(), static_cast<qint64>(frame.size()));
+}
+
+bool BackendControl::onLoginAnswer(const kdl::Message& msg) {
+  if (loggedIn_ || msg.Text(vh::kTagAnsweredName) != vh::kLoginRequest)
+    return false;
+  const auto status = msg.Text(vh::kTagStatus);
+  const QString user = QString::fromStdString(userId_);
+  if (status == vh::kLoginAccepted) {
+    loggedIn_ = true;
+    qCInfo(lcBackend) << "logged in as" << (userId_.empty() ? "the administrator" : user);
+    emit connectedChanged(true);
+  } else if (status == vh::kPasswordNeeded) {
+    // Asked outside the read handler: a dialog runs an event loop of its own.
+    QTimer::singleShot(0, this, [this, user] {
+      const auto password = passwords_ ? passwords_() : std::nullopt;
+      if (!password)
+        failLogin(QString("the back-end wants a password for user \"%1\"").arg(user));
+      else if (IsConnectedSocket())
+        sendLogin(password);
+    });
+  } else {
+    failLogin(QString("login refused: the back-end does not know user \"%1\", or the password "
+                      "is wrong")
+                  .arg(user));
+  }
+  return true;
+}
+
+void BackendControl::failLogin(const QString& why) {
+  qCWarning(lcBackend) << why;
+  Stop();
+  emit loginFailed(why);
 }
 
 int BackendControl::Attach(CBrioRxNotifierBase* receiver) {
@@ -88,8 +142,12 @@ void BackendControl::Detach(CBrioRxNotifierBase* receiver) {
   receiversChanged_ = true;
 }
 
+bool BackendControl::IsConnectedSocket() const {
+  return socket_.state() == QAbstractSocket::ConnectedState;
+}
+
 int BackendControl::IsConnected() const {
-  return socket_.state() == QAbstractSocket::ConnectedState ? 1 : 0;
+  return loggedIn_ && IsConnectedSocket() ? 1 : 0;
 }
 
 int BackendControl::Send(uint64_t* outSlot, KdlMsg* msg, int, KdlError* err) {
@@ -118,9 +176,10 @@ void BackendControl::onReadyRead() {
   std::string_view payload;
   while (inbox_.Next(&payload)) {
     KdlError err{};
-    if (auto msg = kdl::Message::Parse(payload, &err))
-      pending_.push_back(std::move(*msg));
-    else
+    if (auto msg = kdl::Message::Parse(payload, &err)) {
+      if (!onLoginAnswer(*msg))
+        pending_.push_back(std::move(*msg));
+    } else
       qCWarning(lcBackend) << "malformed message ignored:" << err.text;
   }
   if (inbox_.failed()) {

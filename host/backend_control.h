@@ -3,12 +3,20 @@
 // to every attached receiver on the user-interface thread, in slices, so a
 // million-row answer never freezes the window. When the back-end goes away
 // the control reconnects with back-off; a send while disconnected fails.
+//
+// Each connection first logs in as the host's user: the back-end answers
+// every request as that user. A back-end run with --auth asks for a
+// password, which the control gets from its password source. Until the
+// login is accepted the control counts as disconnected.
 #pragma once
 
 #include <QObject>
 #include <QTcpSocket>
 #include <QTimer>
 #include <deque>
+#include <functional>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "kdl/frame.h"
@@ -23,8 +31,16 @@ public:
   // Frames above this size are refused: the connection is dropped and made anew.
   static constexpr quint32 kMaxFrame = 16u * 1024u * 1024u;
 
+  // Asked for the user's password when the back-end wants one; nullopt
+  // when there is none to give (the login then fails).
+  using PasswordSource = std::function<std::optional<std::string>()>;
+
   explicit BackendControl(QObject* parent = nullptr);
   ~BackendControl() override;
+
+  // The user each connection logs in as (empty: the desk's administrator)
+  // and where a password comes from. Takes effect at the next connection.
+  void SetLogin(std::string userId, PasswordSource passwords);
 
   // Connects to `host`:`port` and keeps reconnecting until Stop().
   void Start(const QString& host, quint16 port);
@@ -40,11 +56,19 @@ signals:
   void connectedChanged(bool connected);
   // Emitted after each slice of deliveries, once the queue is empty.
   void idle();
+  // The back-end refused the login (unknown user, wrong or no password);
+  // the control stops reconnecting.
+  void loginFailed(const QString& why);
 
 private:
   void onReadyRead();
   void deliverSlice();
   void scheduleReconnect();
+  void sendLogin(const std::optional<std::string>& password);
+  // Handles an answer to the login; false for any other message.
+  bool onLoginAnswer(const kdl::Message& msg);
+  void failLogin(const QString& why);
+  bool IsConnectedSocket() const;
 
   QTcpSocket socket_;
   QTimer reconnect_;
@@ -52,6 +76,9 @@ private:
   quint16 port_ = 0;
   int backoffMs_ = 0;
   bool running_ = false;
+  bool loggedIn_ = false;
+  std::string userId_;
+  PasswordSource passwords_;
   uint64_t sequence_ = 0;
   kdl::FrameSplitter inbox_{kMaxFrame};
   std::deque<kdl::Message> pending_; // parsed on arrival, delivered in slices

@@ -1,9 +1,11 @@
 // One client connection of the server loop: bytes in, answers out.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "kdl/frame.h"
@@ -36,6 +38,17 @@ public:
   // Writes what the socket takes; false on a write error.
   bool Write();
 
+  // The user the connection logged in as; nullopt until then.
+  const std::optional<User>& user() const { return user_; }
+  void LogIn(User user) { user_ = std::move(user); }
+  // From now on input is dropped; the connection closes once what is queued
+  // has been written.
+  void CloseWhenWritten() { closing_ = true; }
+  bool closing() const { return closing_; }
+  bool written() const { return queuedBytes() == 0 && answers_.empty(); }
+  // A refused login is answered at this time, not at once.
+  std::optional<std::chrono::steady_clock::time_point> refuseAt;
+
 private:
   int fd_;
   uint64_t id_;
@@ -44,6 +57,8 @@ private:
   size_t head_ = 0;
   std::deque<std::unique_ptr<Answer>> answers_;
   Subscription sub_;
+  std::optional<User> user_;
+  bool closing_ = false;
 };
 
 } // namespace riskd

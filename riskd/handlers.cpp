@@ -10,8 +10,8 @@ namespace {
 
 constexpr int kClientsPerRecord = 250; // stays far below the record buffer
 
-void PeerData(Services& s, const kdl::Message& req, Answers* out) {
-  const auto user = LoadUser(s.db, FieldText(req, vh::kTagUserId));
+void PeerData(Services& s, const Caller& caller, const kdl::Message& req, Answers* out) {
+  const auto user = UserFor(s, caller, req, vh::kTagUserId);
   RecordWriter w("om_get_user_peer_data");
   std::string frames;
   if (user) {
@@ -92,10 +92,8 @@ private:
   bool done_ = false;
 };
 
-// An empty user id asks for the desk's administrator.
-void UserInfo(Services& s, const kdl::Message& req, Answers* out) {
-  const std::string id = FieldText(req, vh::kTagUserId);
-  const auto user = id.empty() ? LoadDeskAdministrator(s.db) : LoadUser(s.db, id);
+void UserInfo(Services& s, const Caller& caller, const kdl::Message& req, Answers* out) {
+  const auto user = UserFor(s, caller, req, vh::kTagUserId);
   if (!user) {
     out->push_back(StatusOnly("tarn_user_info", "2"));
     return;
@@ -120,32 +118,31 @@ void UserInfo(Services& s, const kdl::Message& req, Answers* out) {
   }
   out->push_back(std::make_unique<FramesAnswer>(std::move(frames)));
   Stmt clients = snapshot->Prepare(
-      user->admin ? "SELECT id FROM client WHERE ?1 IS NOT NULL ORDER BY id"
-                  : "SELECT client_id FROM user_client WHERE user_id=?1 ORDER BY client_id",
-      nullptr);
-  clients.Bind(1, user->id);
+      "SELECT id FROM client c WHERE " + ClientVisibleSql("c.id") + " ORDER BY id", nullptr);
+  BindViewer(clients, *user);
   out->push_back(std::make_unique<SqlAnswer>(
       snapshot, std::move(clients), "tarn_user_info",
       [](const Stmt& row, RecordWriter& rec) { rec.Add(vh::kTagClientId, row.Text(0)); }, "1",
       kClientsPerRecord, "CLIENTS"));
 }
 
-// Lien rows of the clients the source user (54247) may see; the segment
-// filter is 63002 when present. The stream ends in a status without value.
-void ClientReports(Services& s, const kdl::Message& req, Answers* out) {
-  const auto user = LoadUser(s.db, FieldText(req, vh::kTagSourceUserId));
+// Lien rows of the clients the source user may see, of one segment when
+// the request names it. The stream ends in a status without value.
+void ClientReports(Services& s, const Caller& caller, const kdl::Message& req, Answers* out) {
+  const auto user = UserFor(s, caller, req, vh::kTagSourceUserId);
   const std::string segment = FieldText(req, vh::kTagReportSegment);
-  const auto snapshot = TakeSnapshot(s, "om_get_client_reports");
+  const auto snapshot = user ? TakeSnapshot(s, "om_get_client_reports") : nullptr;
   if (!snapshot) {
     out->push_back(StatusOnly("om_get_client_reports", ""));
     return;
   }
-  Stmt rows = snapshot->Prepare(
-      "SELECT client_id,segment,lien_paise,payin_paise,payout_paise FROM lien l"
-      " WHERE (?1='' OR segment=?1) AND (?2 OR EXISTS(SELECT 1 FROM user_client u"
-      " WHERE u.user_id=?3 AND u.client_id=l.client_id)) ORDER BY client_id,segment",
-      nullptr);
-  rows.Bind(1, segment).Bind(2, int64_t{user && user->admin}).Bind(3, user ? user->id : "");
+  Stmt rows =
+      snapshot->Prepare("SELECT client_id,segment,lien_paise,payin_paise,payout_paise FROM lien l"
+                        " WHERE (:segment='' OR segment=:segment) AND " +
+                            ClientVisibleSql("l.client_id") + " ORDER BY client_id,segment",
+                        nullptr);
+  BindViewer(rows, *user);
+  rows.Bind(":segment", segment);
   out->push_back(std::make_unique<SqlAnswer>(
       snapshot, std::move(rows), "om_get_client_reports",
       [](const Stmt& row, RecordWriter& rec) {
@@ -173,26 +170,37 @@ std::string FieldText(const kdl::Message& msg, uint32_t tag, uint32_t index) {
   return v ? std::string(*v) : std::string();
 }
 
-bool HandleRequest(Services& s, const kdl::Message& req, Subscription* sub, Answers* out) {
+std::optional<User> UserFor(const Services& s, const Caller& caller, const kdl::Message& req,
+                            uint32_t tag, uint32_t fallbackTag) {
+  if (caller.trustNamedUser)
+    for (const uint32_t t : {tag, fallbackTag})
+      if (t != 0)
+        if (const std::string named = FieldText(req, t); !named.empty())
+          return named == caller.user.id ? caller.user : LoadUser(s.db, named);
+  return caller.user;
+}
+
+bool HandleRequest(Services& s, const Caller& caller, const kdl::Message& req, Subscription* sub,
+                   Answers* out) {
   const auto name = req.Text(vh::kTagRequestName);
   if (!name)
     return false;
   if (*name == "display_holding_detail")
-    HandleHoldings(s, req, sub, out);
+    HandleHoldings(s, caller, req, sub, out);
   else if (*name == "mrv_cj")
     BseCounterpart(s, req, out);
   else if (*name == "om_get_user_peer_data")
-    PeerData(s, req, out);
+    PeerData(s, caller, req, out);
   else if (*name == "rs_display_topten_holdings")
-    HandleTopTen(s, req, out);
+    HandleTopTen(s, caller, req, out);
   else if (*name == "om_get_client_reports")
-    ClientReports(s, req, out);
+    ClientReports(s, caller, req, out);
   else if (*name == "om_stock_margin_transfer")
-    HandleMarginTransfer(s, req);
+    HandleMarginTransfer(s, caller, req);
   else if (*name == vh::kScripMasterRequest)
     out->push_back(std::make_unique<ScripMasterAnswer>(s.book));
   else if (*name == vh::kUserInfoRequest)
-    UserInfo(s, req, out);
+    UserInfo(s, caller, req, out);
   else
     return false;
   return true;

@@ -13,6 +13,7 @@
 #include "riskd/scrip_book.h"
 #include "riskd/snapshot.h"
 #include "riskd/sqlite.h"
+#include "riskd/users.h"
 
 namespace riskd {
 
@@ -38,15 +39,31 @@ struct Subscription {
 
 using Answers = std::vector<std::unique_ptr<Answer>>;
 
+// Who a request comes from: the user its connection logged in as, and
+// whether a user id the request names is believed instead (on loopback
+// without --auth; never under --auth).
+struct Caller {
+  const User& user;
+  bool trustNamedUser = true;
+};
+
+// The user a request is answered for. Under --auth, the caller's user
+// whatever the request names; otherwise the user named in `tag` (the first
+// of `tag`, `fallbackTag` that is present and not empty), else the caller's
+// user. nullopt when the named user is unknown.
+std::optional<User> UserFor(const Services& s, const Caller& caller, const kdl::Message& req,
+                            uint32_t tag, uint32_t fallbackTag = 0);
+
 // Handles one parsed request. Returns false for a message that is no known
 // request (no field 0, or an unknown name); nothing is then answered.
-bool HandleRequest(Services& services, const kdl::Message& request, Subscription* subscription,
-                   Answers* answers);
+bool HandleRequest(Services& services, const Caller& caller, const kdl::Message& request,
+                   Subscription* subscription, Answers* answers);
 
 // The handlers behind HandleRequest, by request name.
-void HandleHoldings(Services& s, const kdl::Message& req, Subscription* sub, Answers* out);
-void HandleTopTen(Services& s, const kdl::Message& req, Answers* out);
-void HandleMarginTransfer(Services& s, const kdl::Message& req);
+void HandleHoldings(Services& s, const Caller& caller, const kdl::Message& req, Subscription* sub,
+                    Answers* out);
+void HandleTopTen(Services& s, const Caller& caller, const kdl::Message& req, Answers* out);
+void HandleMarginTransfer(Services& s, const Caller& caller, const kdl::Message& req);
 
 // One "mrv_master" tick for `sub`: a record per leg of each scrip, then the
 // status record. `now` goes to 63179 (seconds since the epoch).

@@ -103,8 +103,9 @@ private:
 
 } // namespace
 
-void HandleHoldings(Services& s, const kdl::Message& req, Subscription* sub, Answers* out) {
-  const auto user = LoadUser(s.db, FieldText(req, vh::kTagUserId));
+void HandleHoldings(Services& s, const Caller& caller, const kdl::Message& req, Subscription* sub,
+                    Answers* out) {
+  const auto user = UserFor(s, caller, req, vh::kTagUserId);
   const std::string client = FieldText(req, vh::kTagClientId);
   const bool byClient = req.Count(vh::kTagClientId).has_value();
   Subscription next;
@@ -121,14 +122,14 @@ void HandleHoldings(Services& s, const kdl::Message& req, Subscription* sub, Ans
     next.scrips = RequestedScrips(s.book, req);
     // No ORDER BY: the (scrip_id, ...) index yields the rows without a sort,
     // which a hot scrip's million rows would otherwise need.
-    rows = snapshot->Prepare("SELECT " HOLDING_COLUMNS " FROM holding h WHERE scrip_id IN (?1,?2)"
-                             " AND (?3 OR EXISTS(SELECT 1 FROM user_client u WHERE u.user_id=?4"
-                             " AND u.client_id=h.client_id))",
+    rows = snapshot->Prepare("SELECT " HOLDING_COLUMNS
+                             " FROM holding h WHERE scrip_id IN (:first,:second) AND " +
+                                 ClientVisibleSql("h.client_id"),
                              nullptr);
     const int64_t none = -1;
-    rows.Bind(1, next.scrips.empty() ? none : next.scrips[0]);
-    rows.Bind(2, next.scrips.size() > 1 ? next.scrips[1] : none);
-    rows.Bind(3, int64_t{user->admin}).Bind(4, user->id);
+    rows.Bind(":first", next.scrips.empty() ? none : next.scrips[0]);
+    rows.Bind(":second", next.scrips.size() > 1 ? next.scrips[1] : none);
+    BindViewer(rows, *user);
   }
   if (!rows.ok()) {
     s.log("display_holding_detail refused: user '" + next.userId + "'" +
@@ -174,12 +175,12 @@ int64_t HeldQuantity(Services& s, const User& user, int64_t scrip, const std::st
   const std::string key = std::to_string(scrip) + "|" + client + "|" + user.id;
   if (auto it = s.heldQuantity.find(key); it != s.heldQuantity.end())
     return it->second;
-  Stmt sum = s.db.Prepare(
-      "SELECT sum(holdings_qty) FROM holding h WHERE scrip_id=?1 AND (?2='' OR client_id=?2)"
-      " AND (?3 OR EXISTS(SELECT 1 FROM user_client u WHERE u.user_id=?4"
-      " AND u.client_id=h.client_id))",
-      nullptr);
-  sum.Bind(1, scrip).Bind(2, client).Bind(3, int64_t{user.admin}).Bind(4, user.id);
+  Stmt sum = s.db.Prepare("SELECT sum(holdings_qty) FROM holding h WHERE scrip_id=:scrip AND"
+                          " (:client='' OR client_id=:client) AND " +
+                              ClientVisibleSql("h.client_id"),
+                          nullptr);
+  BindViewer(sum, user);
+  sum.Bind(":scrip", scrip).Bind(":client", client);
   const int64_t qty = sum.Step() == SQLITE_ROW ? sum.Int(0) : 0;
   if (s.heldQuantity.size() >= kMaxCached)
     s.heldQuantity.clear();

@@ -148,11 +148,14 @@ std::string ApplyTransfer(Db& db, const TransferRequest& request) {
 
 // The scrip is found by the request's legs (a token or BSE code in 10100),
 // then its ISIN (61002), then 63003 (a BSE code).
-void HandleMarginTransfer(Services& s, const kdl::Message& req) {
+void HandleMarginTransfer(Services& s, const Caller& caller, const kdl::Message& req) {
   TransferRequest r;
-  r.userId = FieldText(req, vh::kTagSourceUserId);
-  if (r.userId.empty())
-    r.userId = FieldText(req, vh::kTagUserId);
+  // Checked again by ApplyTransfer; an unknown named user is refused there.
+  const auto user = UserFor(s, caller, req, vh::kTagSourceUserId, vh::kTagUserId);
+  r.userId =
+      user ? user->id
+           : (FieldText(req, vh::kTagSourceUserId).empty() ? FieldText(req, vh::kTagUserId)
+                                                           : FieldText(req, vh::kTagSourceUserId));
   r.clientId = FieldText(req, vh::kTagClientId);
   r.product = FieldText(req, vh::kTagProduct);
   r.action = FieldText(req, vh::kTagAction);

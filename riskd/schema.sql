@@ -39,6 +39,12 @@ CREATE TABLE IF NOT EXISTS user(
   admin INTEGER NOT NULL DEFAULT 0
 ) WITHOUT ROWID;
 
+-- A salted slow hash (crypto_pwhash_str) per user who logs in under --auth.
+CREATE TABLE IF NOT EXISTS user_password(
+  user_id TEXT PRIMARY KEY REFERENCES user(id),
+  hash    TEXT NOT NULL
+) WITHOUT ROWID;
+
 CREATE TABLE IF NOT EXISTS user_right(
   user_id TEXT NOT NULL REFERENCES user(id),
   name    TEXT NOT NULL,

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "riskd/connection.h"
+#include "riskd/passwords.h"
 #include "riskd/scrip_book.h"
 
 namespace riskd {
@@ -50,6 +51,11 @@ int Listen(const std::string& host, uint16_t port, uint16_t* bound, std::string*
   }
   *bound = ntohs(addr.sin_port);
   return fd;
+}
+
+bool IsLoopback(const std::string& host) {
+  in_addr addr{};
+  return inet_pton(AF_INET, host.c_str(), &addr) == 1 && (ntohl(addr.s_addr) >> 24) == 127;
 }
 
 } // namespace
@@ -91,6 +97,7 @@ public:
 private:
   void Accept();
   void HandleFrames(Connection& c);
+  void Login(Connection& c, const kdl::Message& request);
   bool Service(Connection& c, short revents);
   void Timers(Clock::time_point now);
   int TimeoutMs(Clock::time_point now) const;
@@ -180,18 +187,26 @@ bool Loop::Service(Connection& c, short revents) {
       return false;
     }
   }
+  if (c.refuseAt && Clock::now() >= *c.refuseAt) {
+    c.refuseAt.reset();
+    c.Queue(StatusOnly(vh::kLoginRequest, vh::kLoginRefused));
+    c.CloseWhenWritten();
+  }
   // Well under the bound, so that only a reader that stopped reading hits it.
   c.Refill(std::min(kLowWater, options_.maxQueuedBytes / 4));
   if (c.queuedBytes() > options_.maxQueuedBytes) {
     options_.log(who + ": reader is " + std::to_string(c.queuedBytes()) + " bytes behind; closed");
     return false;
   }
-  return c.Write();
+  return c.Write() && !(c.closing() && c.written());
 }
 
 void Loop::HandleFrames(Connection& c) {
   std::string_view payload;
   while (c.in().Next(&payload)) {
+    // Once closing or waiting to refuse a login, nothing more is read.
+    if (c.closing() || c.refuseAt)
+      continue;
     KdlError err{};
     const auto request = kdl::Message::Parse(payload, &err);
     const std::string who = "connection " + std::to_string(c.id());
@@ -199,8 +214,18 @@ void Loop::HandleFrames(Connection& c) {
       options_.log(who + ": malformed message ignored (" + err.text + ")");
       continue;
     }
+    if (request->Text(vh::kTagRequestName) == vh::kLoginRequest) {
+      Login(c, *request);
+      continue;
+    }
+    if (!c.user()) {
+      options_.log(who + ": a request before the login; closed");
+      c.CloseWhenWritten();
+      continue;
+    }
     Answers answers;
-    if (!HandleRequest(services_, *request, &c.subscription(), &answers)) {
+    const Caller caller{*c.user(), !options_.auth};
+    if (!HandleRequest(services_, caller, *request, &c.subscription(), &answers)) {
       const auto name = request->Text(vh::kTagRequestName);
       options_.log(who + ": unknown request '" + std::string(name.value_or("<none>")) +
                    "' ignored");
@@ -209,6 +234,41 @@ void Loop::HandleFrames(Connection& c) {
     for (auto& a : answers)
       c.Queue(std::move(a));
   }
+}
+
+// Without --auth the greeting names the user and is believed; under --auth
+// the password must match, and a refusal is answered only after a delay so
+// that guessing is slow. Either way the connection is then closed.
+void Loop::Login(Connection& c, const kdl::Message& request) {
+  const std::string who = "connection " + std::to_string(c.id());
+  const std::string id = FieldText(request, vh::kTagUserId);
+  if (c.user()) {
+    options_.log(who + ": a second login; closed");
+    c.CloseWhenWritten();
+    return;
+  }
+  const auto user = id.empty() ? LoadDeskAdministrator(db_) : LoadUser(db_, id);
+  if (options_.auth && !request.Count(vh::kTagPassword)) {
+    c.Queue(StatusOnly(vh::kLoginRequest, vh::kPasswordNeeded));
+    return;
+  }
+  const bool accepted =
+      user &&
+      (!options_.auth || CheckPassword(db_, user->id, FieldText(request, vh::kTagPassword)));
+  if (!accepted) {
+    options_.log(who + ": login as '" + id + "' refused (" +
+                 (options_.auth ? "unknown user or wrong password" : "unknown user") + ")");
+    if (options_.auth) {
+      c.refuseAt = Clock::now() + options_.refusedLoginDelay;
+    } else {
+      c.Queue(StatusOnly(vh::kLoginRequest, vh::kLoginRefused));
+      c.CloseWhenWritten();
+    }
+    return;
+  }
+  options_.log(who + ": logged in as '" + user->id + "'");
+  c.LogIn(*user);
+  c.Queue(StatusOnly(vh::kLoginRequest, vh::kLoginAccepted));
 }
 
 void Loop::Timers(Clock::time_point now) {
@@ -244,6 +304,9 @@ int Loop::TimeoutMs(Clock::time_point now) const {
   auto next = std::min(nextPrice_, nextPresent_);
   if (acceptPausedUntil_ > now)
     next = std::min(next, acceptPausedUntil_);
+  for (const auto& c : conns_)
+    if (c->refuseAt)
+      next = std::min(next, *c->refuseAt);
   if (next <= now)
     return 0;
   return static_cast<int>(
@@ -252,9 +315,17 @@ int Loop::TimeoutMs(Clock::time_point now) const {
 
 std::unique_ptr<RiskServer> RiskServer::Start(const RiskServerOptions& options,
                                               std::string* error) {
+  if (!options.auth && !IsLoopback(options.host)) {
+    *error = "without --auth tarn-riskd listens on loopback only (127.x.x.x), not on " +
+             options.host + ": anyone who can reach it could name any user";
+    return nullptr;
+  }
   Db db;
   if (!SetUpStore(options.store, options.log, &db, error))
     return nullptr;
+  if (options.auth && !AnyPasswordSet(db))
+    options.log("--auth: no user has a password yet, so no one can log in; set one with"
+                " tarn-riskd --db FILE --set-password USER");
   auto loop = std::make_unique<Loop>(options, std::move(db));
   std::unique_ptr<RiskServer> server(new RiskServer());
   if (!loop->Init(error, &server->port_))

@@ -8,7 +8,8 @@
 namespace riskd {
 
 // PRAGMA user_version of the schema this build writes.
-inline constexpr int kSchemaVersion = 1;
+// Version 2 added user_password; a version 1 store gains it on opening.
+inline constexpr int kSchemaVersion = 2;
 
 // Opens or creates `path` and brings it to the current schema. Fails (false,
 // *error says why) when the file cannot be opened, is not a database, or was
