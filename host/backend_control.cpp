@@ -16,6 +16,9 @@ constexpr int kMaxBackoffMs = 5000;
 // Messages delivered per turn of the event loop; small enough to keep the
 // window responsive, large enough that a big answer is not slowed much.
 constexpr int kSlice = 2000;
+// Bytes taken from the socket at a time, and the most Qt buffers for it.
+constexpr qint64 kReadChunk = 256 * 1024;
+constexpr qint64 kSocketBuffer = 1024 * 1024;
 
 void setError(KdlError* err, int32_t code, const char* text) {
   if (!err)
@@ -26,7 +29,8 @@ void setError(KdlError* err, int32_t code, const char* text) {
 
 } // namespace
 
-BackendControl::BackendControl(QObject* parent) : QObject(parent) {
+BackendControl::BackendControl(QObject* parent, size_t maxPending)
+    : QObject(parent), maxPending_(maxPending) {
   reconnect_.setSingleShot(true);
   connect(&reconnect_, &QTimer::timeout, this, [this] {
     if (running_)
@@ -36,6 +40,7 @@ BackendControl::BackendControl(QObject* parent) : QObject(parent) {
     backoffMs_ = 0;
     inbox_ = kdl::FrameSplitter(kMaxFrame);
     socket_.setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    socket_.setReadBufferSize(kSocketBuffer);
     qCInfo(lcBackend) << "connected to" << host_ << port_ << "; logging in";
     sendLogin(std::nullopt);
   });
@@ -171,21 +176,36 @@ int BackendControl::Send(uint64_t* outSlot, KdlMsg* msg, int, KdlError* err) {
 }
 
 void BackendControl::onReadyRead() {
-  const QByteArray bytes = socket_.readAll();
-  inbox_.Feed(bytes.constData(), static_cast<size_t>(bytes.size()));
-  std::string_view payload;
-  while (inbox_.Next(&payload)) {
-    KdlError err{};
-    if (auto msg = kdl::Message::Parse(payload, &err)) {
-      if (!onLoginAnswer(*msg))
-        pending_.push_back(std::move(*msg));
-    } else
-      qCWarning(lcBackend) << "malformed message ignored:" << err.text;
-  }
-  if (inbox_.failed()) {
-    qCWarning(lcBackend) << "oversize frame of" << inbox_.oversizeLength() << "bytes; reconnecting";
-    socket_.abort(); // the splitter is renewed on the next connection
-    scheduleReconnect();
+  readFrames();
+}
+
+// Parses frames until maxPending_ messages wait; what is left stays in the
+// socket, whose full buffers make the back-end wait.
+void BackendControl::readFrames() {
+  while (pending_.size() < maxPending_) {
+    std::string_view payload;
+    if (inbox_.Next(&payload)) {
+      KdlError err{};
+      if (auto msg = kdl::Message::Parse(payload, &err)) {
+        if (!onLoginAnswer(*msg))
+          pending_.push_back(std::move(*msg));
+        peakPending_ = std::max(peakPending_, pending_.size());
+      } else {
+        qCWarning(lcBackend) << "malformed message ignored:" << err.text;
+      }
+      continue;
+    }
+    if (socket_.bytesAvailable() <= 0)
+      break;
+    const QByteArray bytes = socket_.read(kReadChunk);
+    inbox_.Feed(bytes.constData(), static_cast<size_t>(bytes.size()));
+    if (inbox_.failed()) {
+      qCWarning(lcBackend) << "oversize frame of" << inbox_.oversizeLength()
+                           << "bytes; reconnecting";
+      socket_.abort(); // the splitter is renewed on the next connection
+      scheduleReconnect();
+      break;
+    }
   }
   if (!delivering_ && !pending_.empty()) {
     delivering_ = true;
@@ -201,9 +221,16 @@ void BackendControl::deliverSlice() {
       deliverTo_ = receivers_;
       receiversChanged_ = false;
     }
-    for (CBrioRxNotifierBase* r : deliverTo_)
+    for (size_t k = 0; k < deliverTo_.size(); ++k) {
+      CBrioRxNotifierBase* r = deliverTo_[k];
+      // One detached by an earlier receiver of this message may be gone.
+      if (receiversChanged_ &&
+          std::find(receivers_.begin(), receivers_.end(), r) == receivers_.end())
+        continue;
       r->OnResponse(nullptr, msg.get(), nullptr);
+    }
   }
+  readFrames(); // room again: take what waits in the socket
   if (!pending_.empty()) {
     QTimer::singleShot(0, this, &BackendControl::deliverSlice);
     return;

@@ -35,7 +35,11 @@ public:
   // when there is none to give (the login then fails).
   using PasswordSource = std::function<std::optional<std::string>()>;
 
-  explicit BackendControl(QObject* parent = nullptr);
+  // Parsed messages waiting for the user-interface thread, at most; past
+  // it the socket is left unread, so the back-end waits (back-pressure).
+  static constexpr size_t kMaxPending = 10000;
+
+  explicit BackendControl(QObject* parent = nullptr, size_t maxPending = kMaxPending);
   ~BackendControl() override;
 
   // The user each connection logs in as (empty: the desk's administrator)
@@ -52,6 +56,9 @@ public:
   int Send(uint64_t* outSlot, KdlMsg* msg, int zero, KdlError* err) override;
   void Release() override {} // owned by the host; lives as long as it
 
+  // The most messages that ever waited for delivery at once.
+  size_t peakPending() const { return peakPending_; }
+
 signals:
   void connectedChanged(bool connected);
   // Emitted after each slice of deliveries, once the queue is empty.
@@ -62,6 +69,7 @@ signals:
 
 private:
   void onReadyRead();
+  void readFrames();
   void deliverSlice();
   void scheduleReconnect();
   void sendLogin(const std::optional<std::string>& password);
@@ -82,6 +90,8 @@ private:
   uint64_t sequence_ = 0;
   kdl::FrameSplitter inbox_{kMaxFrame};
   std::deque<kdl::Message> pending_; // parsed on arrival, delivered in slices
+  size_t maxPending_;
+  size_t peakPending_ = 0;
   std::vector<CBrioRxNotifierBase*> receivers_;
   // What a slice delivers to: copied from receivers_ only after a change, so
   // a receiver may attach or detach while handling a message.
