@@ -8,6 +8,7 @@
 
 #include "kdl/tags.h"
 #include "riskd/passwords.h"
+#include "riskd/store.h"
 #include "tests/riskd/riskd_fixture.h"
 
 namespace riskd_test {
@@ -275,6 +276,21 @@ TEST(Passwords, StoredOnlyAsSaltedHashes) {
   EXPECT_NE(a.substr(0, a.find('|')), a.substr(a.find('|') + 1)) << "same salt twice";
   EXPECT_FALSE(riskd::SetPassword(db, "NOBODY", "x", &error));
   EXPECT_FALSE(riskd::SetPassword(db, "RMS1", "", &error));
+}
+
+TEST(Passwords, AStoreFromBeforePasswordsGainsTheirTable) {
+  TempDir dir;
+  const std::string path = (dir.path() / "v1.db").string();
+  std::string error;
+  {
+    riskd::Db db;
+    ASSERT_TRUE(riskd::OpenStore(path, &db, &error)) << error;
+    ASSERT_TRUE(db.Exec("DROP TABLE user_password; PRAGMA user_version=1", &error)) << error;
+  }
+  riskd::Db db;
+  ASSERT_TRUE(riskd::OpenStore(path, &db, &error)) << error;
+  EXPECT_EQ(db.QueryInt("PRAGMA user_version"), riskd::kSchemaVersion);
+  EXPECT_EQ(db.QueryInt("SELECT count(*) FROM user_password", -1), 0);
 }
 
 TEST(Passwords, SetFromStandardInputNeverTheCommandLine) {
