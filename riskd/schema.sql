@@ -75,7 +75,12 @@ CREATE TABLE IF NOT EXISTS holding(
   collateral_type     INTEGER,
   PRIMARY KEY(client_id, scrip_id, product)
 ) WITHOUT ROWID;
-CREATE INDEX IF NOT EXISTS holding_scrip ON holding(scrip_id, holdings_qty);
+-- Covers every column, so a scrip's holdings are one pass over the index in
+-- answer order; the largest quantities of a scrip come from its tail.
+CREATE INDEX IF NOT EXISTS holding_by_scrip ON holding(scrip_id, holdings_qty,
+  holdings_update_qty, used_qty, collateral_qty, collateral_update_qty,
+  withheld_holding_qty, withheld_collateral_qty, t1_qty, t1_collateral_qty,
+  haircut_bp, collateral_type);
 
 -- Segment: CASH, FO, CUR, COM, SPOT.
 CREATE TABLE IF NOT EXISTS lien(

@@ -40,6 +40,12 @@ bool OpenStore(const std::string& path, Db* db, std::string* error) {
   }
   if (version == kSchemaVersion)
     return true;
+  // Steps for older stores; the schema's IF NOT EXISTS adds what is new.
+  if (version < 3 && !db->Exec("DROP INDEX IF EXISTS holding_scrip", &why)) {
+    if (error)
+      *error = path + ": cannot upgrade the schema: " + why;
+    return false;
+  }
   if (!db->Exec(kSchemaSql, &why) ||
       !db->Exec("PRAGMA user_version=" + std::to_string(kSchemaVersion), &why)) {
     if (error)

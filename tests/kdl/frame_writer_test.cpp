@@ -1,0 +1,116 @@
+// The direct frame writer gives exactly the bytes of a kdl message built
+// value by value and framed, and its numbers read back as written.
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "kdl/frame.h"
+#include "kdl/frame_writer.h"
+#include "kdl/message.h"
+
+namespace {
+
+std::string Framed(const kdl::Message& m) {
+  std::string out;
+  EXPECT_TRUE(kdl::AppendFrame(out, m.Serialise()));
+  return out;
+}
+
+TEST(FrameWriter, SameBytesAsAMessage) {
+  const struct {
+    const char* name;
+    std::function<void(kdl::Message&)> build;
+    std::function<void(kdl::FrameWriter&)> write;
+  } cases[] = {
+      {"noField", [](kdl::Message&) {}, [](kdl::FrameWriter&) {}},
+      {"oneText", [](kdl::Message& m) { m.Add(32767, "display_holding_detail"); },
+       [](kdl::FrameWriter& w) { w.Field(32767, "display_holding_detail"); }},
+      {"emptyValueAndEmptyField",
+       [](kdl::Message& m) {
+         m.Add(1, "");
+         m.AddEmpty(32766);
+       },
+       [](kdl::FrameWriter& w) {
+         w.Field(1, "");
+         w.Empty(32766);
+       }},
+      {"repeatedTagGroupedAsTheBuilderGroupsIt",
+       [](kdl::Message& m) {
+         m.Add(63001, "nse_cm");
+         m.Add(63100, "ABC-EQ");
+         m.Add(63001, "bse_cm");
+         m.Add(63100, "ABC");
+         m.Add(64030, "CNC");
+       },
+       [](kdl::FrameWriter& w) {
+         w.Field(63001, {"nse_cm", "bse_cm"});
+         w.Field(63100, {"ABC-EQ", "ABC"});
+         w.Field(64030, "CNC");
+       }},
+      {"numbers",
+       [](kdl::Message& m) {
+         m.Add(1, "0");
+         m.Add(2, "-9223372036854775808");
+         m.Add(3, "1000000000");
+       },
+       [](kdl::FrameWriter& w) {
+         w.Number(1, 0);
+         w.Number(2, INT64_MIN);
+         w.Number(3, 1000000000);
+       }},
+      {"sharedBlockBetweenFields",
+       [](kdl::Message& m) {
+         m.Add(54001, "C1");
+         m.Add(63001, "nse_cm");
+         m.Add(63003, "500001");
+         m.Add(64030, "MTF");
+       },
+       [](kdl::FrameWriter& w) {
+         kdl::FieldBytes block;
+         block.Field(63001, {"nse_cm"});
+         block.Field(63003, {"500001"});
+         w.Field(54001, "C1");
+         w.Raw(block.bytes(), block.count());
+         w.Field(64030, "MTF");
+       }},
+  };
+  for (const auto& c : cases) {
+    kdl::Message m;
+    c.build(m);
+    std::string out = "before"; // a frame is appended, never written over
+    kdl::FrameWriter w(out);
+    c.write(w);
+    w.Finish();
+    EXPECT_EQ(out, "before" + Framed(m)) << c.name;
+  }
+}
+
+TEST(FrameWriter, HundredthsReadBackAsWritten) {
+  const struct {
+    int64_t value;
+    const char* text;
+  } cases[] = {
+      {0, "0.00"},
+      {5, "0.05"},
+      {-5, "-0.05"},
+      {-100, "-1.00"},
+      {123450, "1234.50"},
+      {INT64_MAX, "92233720368547758.07"},
+      {INT64_MIN, "-92233720368547758.08"},
+  };
+  for (const auto& c : cases) {
+    std::string out;
+    kdl::FrameWriter w(out);
+    w.Hundredths(7, c.value);
+    w.Finish();
+    std::string_view payload;
+    kdl::FrameSplitter in(1024);
+    in.Feed(out.data(), out.size());
+    ASSERT_TRUE(in.Next(&payload)) << c.text;
+    const auto m = kdl::Message::Parse(payload);
+    ASSERT_TRUE(m) << c.text;
+    EXPECT_EQ(m->Text(7), c.text);
+  }
+}
+
+} // namespace
