@@ -15,7 +15,9 @@ namespace riskd {
 
 class Connection {
 public:
-  Connection(int fd, uint64_t id, uint32_t maxFrame) : fd_(fd), id_(id), in_(maxFrame) {}
+  // `loginBy`: when the connection is closed unless logged in.
+  Connection(int fd, uint64_t id, uint32_t maxFrame, std::chrono::steady_clock::time_point loginBy)
+      : fd_(fd), id_(id), in_(maxFrame), loginBy_(loginBy) {}
   ~Connection();
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
@@ -46,6 +48,7 @@ public:
   void CloseWhenWritten() { closing_ = true; }
   bool closing() const { return closing_; }
   bool written() const { return queuedBytes() == 0 && answers_.empty(); }
+  std::chrono::steady_clock::time_point loginBy() const { return loginBy_; }
   // A refused login is answered at this time, not at once.
   std::optional<std::chrono::steady_clock::time_point> refuseAt;
 
@@ -58,6 +61,7 @@ private:
   std::deque<std::unique_ptr<Answer>> answers_;
   Subscription sub_;
   std::optional<User> user_;
+  std::chrono::steady_clock::time_point loginBy_;
   bool closing_ = false;
 };
 

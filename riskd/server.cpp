@@ -164,7 +164,8 @@ void Loop::Accept() {
       close(fd);
       continue;
     }
-    conns_.push_back(std::make_unique<Connection>(fd, nextId_++, options_.maxFrame));
+    conns_.push_back(std::make_unique<Connection>(fd, nextId_++, options_.maxFrame,
+                                                  Clock::now() + options_.loginTimeout));
   }
 }
 
@@ -186,6 +187,12 @@ bool Loop::Service(Connection& c, short revents) {
                    " requests waiting; closed");
       return false;
     }
+  }
+  // Unnamed connections would otherwise hold places that desk users need.
+  if (!c.user() && !c.refuseAt && !c.closing() && Clock::now() >= c.loginBy()) {
+    options_.log(who + ": no login within " + std::to_string(options_.loginTimeout.count()) +
+                 " ms; closed");
+    return false;
   }
   if (c.refuseAt && Clock::now() >= *c.refuseAt) {
     c.refuseAt.reset();
@@ -304,9 +311,12 @@ int Loop::TimeoutMs(Clock::time_point now) const {
   auto next = std::min(nextPrice_, nextPresent_);
   if (acceptPausedUntil_ > now)
     next = std::min(next, acceptPausedUntil_);
-  for (const auto& c : conns_)
+  for (const auto& c : conns_) {
     if (c->refuseAt)
       next = std::min(next, *c->refuseAt);
+    if (!c->user())
+      next = std::min(next, c->loginBy());
+  }
   if (next <= now)
     return 0;
   return static_cast<int>(

@@ -32,6 +32,7 @@ struct RiskServerOptions {
   size_t maxConnections = 256;                       // further ones are accepted and closed at once
   LogFn log = LogToStderr;                           // called on the server thread (and by Start)
   std::chrono::milliseconds refusedLoginDelay{1000}; // before a refused login is answered
+  std::chrono::milliseconds loginTimeout{10000};     // a connection not logged in is closed
 };
 
 class Loop;

@@ -232,6 +232,34 @@ TEST_F(TrustTest, WithoutAuthRequestsNamingNoOneAreTheGreetedUsers) {
   EXPECT_EQ(Text(info.records[0], vh::kTagUserId), "RMS2");
 }
 
+TEST_F(TrustTest, ConnectionsThatNeverLogInDoNotKeepTheirPlace) {
+  options_.loginTimeout = std::chrono::milliseconds(300);
+  options_.maxConnections = 4;
+  StartWithAuth();
+  const struct {
+    const char* name;
+    Fields login; // sent at once; none when empty
+  } cases[] = {
+      {"silent", {}},
+      {"askedForAPasswordAndGaveNone", {{vh::kTagUserId, "RMS2"}}},
+  };
+  for (const auto& c : cases) {
+    std::vector<std::unique_ptr<TestClient>> idle;
+    for (int i = 0; i < 4; ++i) {
+      idle.push_back(std::make_unique<TestClient>(server_->port(), nullptr));
+      if (!c.login.empty()) {
+        EXPECT_EQ(idle.back()->Ask(MakeRequest("tarn_login", c.login)).status, "3") << c.name;
+      }
+    }
+    for (auto& client : idle)
+      EXPECT_TRUE(client->WaitClosed(3000)) << c.name;
+    // The places are free again for a desk user.
+    auto user = LogInRms2();
+    EXPECT_EQ(user->Ask(MakeRequest("om_get_user_peer_data")).records.size(), 1u) << c.name;
+  }
+  EXPECT_TRUE(LogHas("no login within"));
+}
+
 TEST_F(TrustTest, ASecondLoginClosesTheConnection) {
   StartServer();
   TestClient c(server_->port(), "RMS2");
