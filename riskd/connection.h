@@ -49,6 +49,8 @@ public:
   bool closing() const { return closing_; }
   bool written() const { return queuedBytes() == 0 && answers_.empty(); }
   std::chrono::steady_clock::time_point loginBy() const { return loginBy_; }
+  // The login's password is being checked; input waits meanwhile.
+  bool checkingPassword = false;
   // A refused login is answered at this time, not at once.
   std::optional<std::chrono::steady_clock::time_point> refuseAt;
 

@@ -41,12 +41,18 @@ bool SetPassword(Db& db, std::string_view userId, std::string_view password, std
   return true;
 }
 
-bool CheckPassword(const Db& db, std::string_view userId, std::string_view password) {
+std::string PasswordHash(const Db& db, std::string_view userId) {
   Stmt s = db.Prepare("SELECT hash FROM user_password WHERE user_id=?", nullptr);
-  if (s.Bind(1, userId).Step() != SQLITE_ROW || !SodiumReady())
-    return false;
-  const std::string hash(s.Text(0));
-  return crypto_pwhash_str_verify(hash.c_str(), password.data(), password.size()) == 0;
+  return s.Bind(1, userId).Step() == SQLITE_ROW ? std::string(s.Text(0)) : std::string();
+}
+
+bool VerifyPassword(const std::string& hash, std::string_view password) {
+  return !hash.empty() && SodiumReady() &&
+         crypto_pwhash_str_verify(hash.c_str(), password.data(), password.size()) == 0;
+}
+
+bool CheckPassword(const Db& db, std::string_view userId, std::string_view password) {
+  return VerifyPassword(PasswordHash(db, userId), password);
 }
 
 bool AnyPasswordSet(const Db& db) {

@@ -19,6 +19,13 @@ namespace riskd {
 // unknown user, a user without a password, or any failure.
 [[nodiscard]] bool CheckPassword(const Db& db, std::string_view userId, std::string_view password);
 
+// The stored hash of `userId`'s password; empty when there is none (or the
+// user is unknown, or the query fails).
+std::string PasswordHash(const Db& db, std::string_view userId);
+// True when `password` matches `hash` (crypto_pwhash_str form). Slow by
+// design (about a tenth of a second); safe on any thread.
+[[nodiscard]] bool VerifyPassword(const std::string& hash, std::string_view password);
+
 // True when at least one user has a password.
 bool AnyPasswordSet(const Db& db);
 

@@ -10,9 +10,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <unordered_map>
 #include <vector>
 
 #include "riskd/connection.h"
+#include "riskd/password_checker.h"
 #include "riskd/passwords.h"
 #include "riskd/scrip_book.h"
 
@@ -24,6 +26,8 @@ using Clock = std::chrono::steady_clock;
 // the socket busy, small enough that a million-row answer stays in SQLite.
 constexpr size_t kLowWater = 256 * 1024;
 constexpr int kMaxAcceptsPerTurn = 64;
+// Logins whose passwords wait to be checked; more are refused at once.
+constexpr size_t kMaxLoginsChecking = 16;
 
 bool SetNonBlocking(int fd) {
   const int flags = fcntl(fd, F_GETFL, 0);
@@ -67,6 +71,7 @@ public:
       : options_(std::move(options)),
         db_(std::move(db)), services_{db_, options_.store.dbPath, book_, options_.log, {}} {}
   ~Loop() {
+    checker_.reset();
     for (int fd : {listenFd_, wakeRead_, wakeWrite_})
       if (fd >= 0)
         close(fd);
@@ -82,12 +87,17 @@ public:
     }
     wakeRead_ = pipeFds[0];
     wakeWrite_ = pipeFds[1];
+    checker_ = std::make_unique<PasswordChecker>([this] { Poke(); }, kMaxLoginsChecking);
     listenFd_ = Listen(options_.host, options_.port, port, error);
     return listenFd_ >= 0;
   }
 
   void Wake() {
     stop_ = true;
+    Poke();
+  }
+  // Makes the loop's poll return; safe from any thread.
+  void Poke() {
     const char byte = 1;
     (void)!write(wakeWrite_, &byte, 1);
   }
@@ -98,6 +108,9 @@ private:
   void Accept();
   void HandleFrames(Connection& c);
   void Login(Connection& c, const kdl::Message& request);
+  void Refuse(Connection& c, const std::string& id);
+  void Admit(Connection& c, User user);
+  void CheckedPasswords();
   bool Service(Connection& c, short revents);
   void Timers(Clock::time_point now);
   int TimeoutMs(Clock::time_point now) const;
@@ -112,6 +125,9 @@ private:
   uint64_t nextId_ = 1;
   Clock::time_point nextPrice_ = Clock::now(), nextPresent_ = Clock::now();
   Clock::time_point acceptPausedUntil_;
+  // Made by Init, ended first by the destructor: its thread pokes the loop.
+  std::unique_ptr<PasswordChecker> checker_;
+  std::unordered_map<uint64_t, User> checking_; // by connection id
 };
 
 void Loop::Run() {
@@ -132,6 +148,12 @@ void Loop::Run() {
     }
     if (stop_)
       break;
+    if (fds[0].revents & POLLIN) {
+      char drain[64];
+      while (read(wakeRead_, drain, sizeof drain) > 0) {
+      }
+      CheckedPasswords();
+    }
     if (fds[1].revents & POLLIN)
       Accept();
     // Connections accepted just now have no pollfd yet; they start next turn.
@@ -189,7 +211,8 @@ bool Loop::Service(Connection& c, short revents) {
     }
   }
   // Unnamed connections would otherwise hold places that desk users need.
-  if (!c.user() && !c.refuseAt && !c.closing() && Clock::now() >= c.loginBy()) {
+  if (!c.user() && !c.refuseAt && !c.closing() && !c.checkingPassword &&
+      Clock::now() >= c.loginBy()) {
     options_.log(who + ": no login within " + std::to_string(options_.loginTimeout.count()) +
                  " ms; closed");
     return false;
@@ -211,7 +234,10 @@ bool Loop::Service(Connection& c, short revents) {
 void Loop::HandleFrames(Connection& c) {
   std::string_view payload;
   while (c.in().Next(&payload)) {
-    // Once closing or waiting to refuse a login, nothing more is read.
+    // Once closing or waiting to refuse a login, nothing more is read; while
+    // a password is checked, the rest waits in the splitter.
+    if (c.checkingPassword)
+      return;
     if (c.closing() || c.refuseAt)
       continue;
     KdlError err{};
@@ -259,23 +285,62 @@ void Loop::Login(Connection& c, const kdl::Message& request) {
     c.Queue(StatusOnly(vh::kLoginRequest, vh::kPasswordNeeded));
     return;
   }
-  const bool accepted =
-      user &&
-      (!options_.auth || CheckPassword(db_, user->id, FieldText(request, vh::kTagPassword)));
-  if (!accepted) {
-    options_.log(who + ": login as '" + id + "' refused (" +
-                 (options_.auth ? "unknown user or wrong password" : "unknown user") + ")");
-    if (options_.auth) {
-      c.refuseAt = Clock::now() + options_.refusedLoginDelay;
-    } else {
-      c.Queue(StatusOnly(vh::kLoginRequest, vh::kLoginRefused));
-      c.CloseWhenWritten();
-    }
+  if (!user) {
+    Refuse(c, id);
     return;
   }
-  options_.log(who + ": logged in as '" + user->id + "'");
-  c.LogIn(*user);
+  if (!options_.auth) {
+    Admit(c, *user);
+    return;
+  }
+  std::string hash = PasswordHash(db_, user->id);
+  const bool hashed = !hash.empty();
+  if (!hashed || !checker_->Submit(c.id(), std::move(hash), FieldText(request, vh::kTagPassword))) {
+    if (hashed)
+      options_.log(who + ": too many logins waiting for their passwords to be checked");
+    Refuse(c, id);
+    return;
+  }
+  c.checkingPassword = true;
+  checking_.emplace(c.id(), *user);
+}
+
+void Loop::Refuse(Connection& c, const std::string& id) {
+  options_.log("connection " + std::to_string(c.id()) + ": login as '" + id + "' refused (" +
+               (options_.auth ? "unknown user or wrong password" : "unknown user") + ")");
+  if (options_.auth) {
+    c.refuseAt = Clock::now() + options_.refusedLoginDelay;
+  } else {
+    c.Queue(StatusOnly(vh::kLoginRequest, vh::kLoginRefused));
+    c.CloseWhenWritten();
+  }
+}
+
+void Loop::Admit(Connection& c, User user) {
+  options_.log("connection " + std::to_string(c.id()) + ": logged in as '" + user.id + "'");
+  c.LogIn(std::move(user));
   c.Queue(StatusOnly(vh::kLoginRequest, vh::kLoginAccepted));
+}
+
+void Loop::CheckedPasswords() {
+  for (const PasswordChecker::Result& r : checker_->Take()) {
+    auto user = checking_.find(r.connection);
+    if (user == checking_.end())
+      continue;
+    User u = std::move(user->second);
+    checking_.erase(user);
+    auto conn = std::find_if(conns_.begin(), conns_.end(),
+                             [&](const auto& c) { return c->id() == r.connection; });
+    if (conn == conns_.end())
+      continue; // gone while its password was checked
+    Connection& c = **conn;
+    c.checkingPassword = false;
+    if (r.accepted)
+      Admit(c, std::move(u));
+    else
+      Refuse(c, u.id);
+    HandleFrames(c); // what arrived meanwhile
+  }
 }
 
 void Loop::Timers(Clock::time_point now) {

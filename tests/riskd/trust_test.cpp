@@ -4,9 +4,12 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+#include <condition_variable>
+#include <mutex>
 #include <set>
 
 #include "kdl/tags.h"
+#include "riskd/password_checker.h"
 #include "riskd/passwords.h"
 #include "riskd/store.h"
 #include "tests/riskd/riskd_fixture.h"
@@ -304,6 +307,58 @@ TEST(Passwords, StoredOnlyAsSaltedHashes) {
   EXPECT_NE(a.substr(0, a.find('|')), a.substr(a.find('|') + 1)) << "same salt twice";
   EXPECT_FALSE(riskd::SetPassword(db, "NOBODY", "x", &error));
   EXPECT_FALSE(riskd::SetPassword(db, "RMS1", "", &error));
+}
+
+TEST(Passwords, CheckedOnTheirOwnThreadInOrder) {
+  TempDir dir;
+  riskd::Db db;
+  std::string error;
+  riskd::StoreSetup setup;
+  setup.dbPath = (dir.path() / "p.db").string();
+  setup.sample.holdings = 100;
+  ASSERT_TRUE(riskd::SetUpStore(
+      setup, [](const std::string&) {}, &db, &error))
+      << error;
+  ASSERT_TRUE(riskd::SetPassword(db, "RMS2", "pw", &error)) << error;
+  const std::string hash = riskd::PasswordHash(db, "RMS2");
+  ASSERT_FALSE(hash.empty());
+  EXPECT_EQ(riskd::PasswordHash(db, "RMS1"), "");
+  const struct {
+    const char* name;
+    std::string hash;
+    const char* password;
+    bool accepted;
+  } cases[] = {
+      {"right", hash, "pw", true},
+      {"wrong", hash, "pW", false},
+      {"noHash", "", "", false},
+      {"garbledHash", "$argon2id$nonsense", "pw", false},
+  };
+  std::mutex m;
+  std::condition_variable cv;
+  size_t ready = 0;
+  riskd::PasswordChecker checker(
+      [&] {
+        std::lock_guard<std::mutex> lock(m);
+        ++ready;
+        cv.notify_one();
+      },
+      std::size(cases));
+  for (size_t i = 0; i < std::size(cases); ++i)
+    ASSERT_TRUE(checker.Submit(i, cases[i].hash, cases[i].password)) << cases[i].name;
+  std::vector<riskd::PasswordChecker::Result> results;
+  {
+    std::unique_lock<std::mutex> lock(m);
+    ASSERT_TRUE(
+        cv.wait_for(lock, std::chrono::seconds(20), [&] { return ready == std::size(cases); }));
+  }
+  results = checker.Take();
+  ASSERT_EQ(results.size(), std::size(cases));
+  for (size_t i = 0; i < results.size(); ++i) {
+    EXPECT_EQ(results[i].connection, i);
+    EXPECT_EQ(results[i].accepted, cases[i].accepted) << cases[i].name;
+  }
+  EXPECT_TRUE(checker.Take().empty());
 }
 
 TEST(Passwords, AStoreFromBeforePasswordsGainsTheirTable) {
