@@ -51,10 +51,6 @@ bool VerifyPassword(const std::string& hash, std::string_view password) {
          crypto_pwhash_str_verify(hash.c_str(), password.data(), password.size()) == 0;
 }
 
-bool CheckPassword(const Db& db, std::string_view userId, std::string_view password) {
-  return VerifyPassword(PasswordHash(db, userId), password);
-}
-
 bool AnyPasswordSet(const Db& db) {
   return db.QueryInt("SELECT count(*) FROM user_password", 0) > 0;
 }

@@ -15,10 +15,6 @@ namespace riskd {
 [[nodiscard]] bool SetPassword(Db& db, std::string_view userId, std::string_view password,
                                std::string* error);
 
-// True when `userId` has a password and `password` is it. False for an
-// unknown user, a user without a password, or any failure.
-[[nodiscard]] bool CheckPassword(const Db& db, std::string_view userId, std::string_view password);
-
 // The stored hash of `userId`'s password; empty when there is none (or the
 // user is unknown, or the query fails).
 std::string PasswordHash(const Db& db, std::string_view userId);
