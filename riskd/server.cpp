@@ -233,11 +233,9 @@ bool Loop::Service(Connection& c, short revents) {
 
 void Loop::HandleFrames(Connection& c) {
   std::string_view payload;
-  while (c.in().Next(&payload)) {
-    // Once closing or waiting to refuse a login, nothing more is read; while
-    // a password is checked, the rest waits in the splitter.
-    if (c.checkingPassword)
-      return;
+  // While a password is checked, what follows the login waits in the
+  // splitter; once closing or waiting to refuse a login, nothing is read.
+  while (!c.checkingPassword && c.in().Next(&payload)) {
     if (c.closing() || c.refuseAt)
       continue;
     KdlError err{};
@@ -270,8 +268,9 @@ void Loop::HandleFrames(Connection& c) {
 }
 
 // Without --auth the greeting names the user and is believed; under --auth
-// the password must match, and a refusal is answered only after a delay so
-// that guessing is slow. Either way the connection is then closed.
+// the password must match (checked on the checker's thread), and a refusal
+// is answered only after a delay so that guessing is slow. A refused login
+// closes the connection.
 void Loop::Login(Connection& c, const kdl::Message& request) {
   const std::string who = "connection " + std::to_string(c.id());
   const std::string id = FieldText(request, vh::kTagUserId);

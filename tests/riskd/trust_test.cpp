@@ -267,6 +267,33 @@ TEST_F(TrustTest, ConnectionsThatNeverLogInDoNotKeepTheirPlace) {
   EXPECT_TRUE(LogHas("no login within"));
 }
 
+TEST_F(TrustTest, RequestsSentWithTheLoginWaitForIt) {
+  const struct {
+    const char* name;
+    bool auth;
+    Fields login;
+  } cases[] = {
+      {"greeting", false, {{vh::kTagUserId, "RMS2"}}},
+      {"passwordChecked", true, {{vh::kTagUserId, "RMS2"}, {vh::kTagPassword, kPassword}}},
+  };
+  for (const auto& c : cases) {
+    if (c.auth)
+      StartWithAuth();
+    else
+      StartServer();
+    TestClient client(server_->port(), nullptr);
+    std::string frames;
+    for (const auto& m : {MakeRequest("tarn_login", c.login), MakeRequest("om_get_user_peer_data"),
+                          MakeRequest("tarn_user_info")})
+      ASSERT_TRUE(kdl::AppendFrame(frames, m.Serialise()));
+    ASSERT_TRUE(client.SendRaw(frames)); // one write: the server reads them together
+    const Stream peer = client.Collect("om_get_user_peer_data");
+    ASSERT_EQ(peer.records.size(), 1u) << c.name;
+    EXPECT_EQ(Text(peer.records[0], vh::kTagPeerValue), "P002") << c.name;
+    EXPECT_TRUE(client.Collect("tarn_user_info").ended) << c.name;
+  }
+}
+
 TEST_F(TrustTest, ASecondLoginClosesTheConnection) {
   StartServer();
   TestClient c(server_->port(), "RMS2");
