@@ -1,60 +1,77 @@
 #include "kdl/frame_writer.h"
 
 #include <charconv>
-#include <cstdlib>
+#include <cstring>
 
 #include "kdl/frame.h"
 
 namespace kdl {
 namespace {
 
-void PutU32(std::string& out, uint32_t v) {
-  const char b[4] = {static_cast<char>(v), static_cast<char>(v >> 8), static_cast<char>(v >> 16),
-                     static_cast<char>(v >> 24)};
-  out.append(b, 4);
+char* StoreU32(char* p, uint32_t v) {
+  p[0] = static_cast<char>(v);
+  p[1] = static_cast<char>(v >> 8);
+  p[2] = static_cast<char>(v >> 16);
+  p[3] = static_cast<char>(v >> 24);
+  return p + 4;
 }
 
-void SetU32(std::string& out, size_t at, uint32_t v) {
-  out[at] = static_cast<char>(v);
-  out[at + 1] = static_cast<char>(v >> 8);
-  out[at + 2] = static_cast<char>(v >> 16);
-  out[at + 3] = static_cast<char>(v >> 24);
+// Room for `n` more bytes at the end of `out`; returns where they start.
+char* Grow(std::string& out, size_t n) {
+  const size_t at = out.size();
+  out.resize(at + n);
+  return out.data() + at;
 }
 
 void PutField(std::string& out, uint32_t tag, std::initializer_list<std::string_view> values) {
-  PutU32(out, tag);
-  PutU32(out, static_cast<uint32_t>(values.size()));
+  size_t n = 8;
+  for (std::string_view v : values)
+    n += 4 + v.size();
+  char* p = StoreU32(StoreU32(Grow(out, n), tag), static_cast<uint32_t>(values.size()));
   for (std::string_view v : values) {
-    PutU32(out, static_cast<uint32_t>(v.size()));
-    out.append(v);
+    p = StoreU32(p, static_cast<uint32_t>(v.size()));
+    std::memcpy(p, v.data(), v.size());
+    p += v.size();
   }
 }
 
 } // namespace
 
 FrameWriter::FrameWriter(std::string& out) : out_(out), start_(out.size()) {
-  PutU32(out_, 0); // frame length, patched by Finish
-  PutU32(out_, 0); // field count, likewise
+  // The frame length and the field count, patched by Finish.
+  StoreU32(StoreU32(Room(8), 0), 0);
 }
 
-void FrameWriter::Head(uint32_t tag, uint32_t count) {
-  PutU32(out_, tag);
-  PutU32(out_, count);
-  ++fields_;
-}
-
-void FrameWriter::Value(std::string_view value) {
-  PutU32(out_, static_cast<uint32_t>(value.size()));
-  out_.append(value);
+char* FrameWriter::Room(size_t n) {
+  if (!spilled_ && used_ + n <= sizeof small_) {
+    char* p = small_ + used_;
+    used_ += n;
+    return p;
+  }
+  if (!spilled_) {
+    out_.append(small_, used_);
+    spilled_ = true;
+  }
+  return Grow(out_, n);
 }
 
 void FrameWriter::Field(uint32_t tag, std::string_view value) {
-  Head(tag, 1);
-  Value(value);
+  char* p = StoreU32(StoreU32(Room(12 + value.size()), tag), 1);
+  p = StoreU32(p, static_cast<uint32_t>(value.size()));
+  std::memcpy(p, value.data(), value.size());
+  ++fields_;
 }
 
 void FrameWriter::Field(uint32_t tag, std::initializer_list<std::string_view> values) {
-  PutField(out_, tag, values);
+  size_t n = 8;
+  for (std::string_view v : values)
+    n += 4 + v.size();
+  char* p = StoreU32(StoreU32(Room(n), tag), static_cast<uint32_t>(values.size()));
+  for (std::string_view v : values) {
+    p = StoreU32(p, static_cast<uint32_t>(v.size()));
+    std::memcpy(p, v.data(), v.size());
+    p += v.size();
+  }
   ++fields_;
 }
 
@@ -79,17 +96,21 @@ void FrameWriter::Hundredths(uint32_t tag, int64_t value) {
 }
 
 void FrameWriter::Empty(uint32_t tag) {
-  Head(tag, 0);
+  StoreU32(StoreU32(Room(8), tag), 0);
+  ++fields_;
 }
 
 void FrameWriter::Raw(std::string_view fields, uint32_t fieldCount) {
-  out_.append(fields);
+  std::memcpy(Room(fields.size()), fields.data(), fields.size());
   fields_ += fieldCount;
 }
 
 void FrameWriter::Finish() {
-  SetU32(out_, start_, static_cast<uint32_t>(out_.size() - start_ - kFrameHeader));
-  SetU32(out_, start_ + kFrameHeader, fields_);
+  const size_t size = spilled_ ? out_.size() - start_ : used_;
+  char* p = spilled_ ? out_.data() + start_ : small_;
+  StoreU32(StoreU32(p, static_cast<uint32_t>(size - kFrameHeader)), fields_);
+  if (!spilled_)
+    out_.append(small_, used_);
 }
 
 void FieldBytes::Field(uint32_t tag, std::initializer_list<std::string_view> values) {

@@ -58,6 +58,31 @@ TEST(FrameWriter, SameBytesAsAMessage) {
          w.Number(2, INT64_MIN);
          w.Number(3, 1000000000);
        }},
+      {"recordOutgrowsTheInlineBuffer",
+       [](kdl::Message& m) {
+         m.Add(1, "a");
+         m.Add(2, std::string(3000, 'x'));
+         m.Add(3, "p");
+         m.Add(3, "q");
+         m.AddEmpty(4);
+         m.Add(5, "7");
+       },
+       [](kdl::FrameWriter& w) {
+         w.Field(1, "a");
+         w.Field(2, std::string(3000, 'x'));
+         w.Field(3, {"p", "q"});
+         w.Empty(4);
+         w.Number(5, 7);
+       }},
+      {"firstFieldAlreadyTooLarge",
+       [](kdl::Message& m) {
+         m.Add(9, std::string(1100, 'y'));
+         m.Add(8, "-0.05");
+       },
+       [](kdl::FrameWriter& w) {
+         w.Field(9, std::string(1100, 'y'));
+         w.Hundredths(8, -5);
+       }},
       {"sharedBlockBetweenFields",
        [](kdl::Message& m) {
          m.Add(54001, "C1");
