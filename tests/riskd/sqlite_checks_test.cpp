@@ -75,13 +75,6 @@ TEST_F(SqliteChecks, SharedBinderSkipsOnlyParametersPastTheLast) {
   EXPECT_EQ(Rows(), 1);
 }
 
-TEST_F(SqliteChecks, NamedParametersBindByName) {
-  Stmt s = db_.Prepare("INSERT INTO t VALUES(:a,:b)", nullptr);
-  ASSERT_TRUE(s.ok());
-  EXPECT_TRUE(s.Bind(":a", int64_t{7}).Bind(":b", "seven").Run());
-  EXPECT_EQ(db_.QueryInt("SELECT a FROM t WHERE b='seven'", -1), 7);
-}
-
 TEST_F(SqliteChecks, ResetClearsAFailedBind) {
   Stmt s = db_.Prepare("INSERT INTO t VALUES(?1,?2)", nullptr);
   ASSERT_TRUE(s.ok());
