@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "kdl/tags.h"
+
 Q_LOGGING_CATEGORY(lcBackend, "tarntrader.backend")
 
 namespace host {
@@ -14,6 +16,9 @@ constexpr int kMaxBackoffMs = 5000;
 // Messages delivered per turn of the event loop; small enough to keep the
 // window responsive, large enough that a big answer is not slowed much.
 constexpr int kSlice = 2000;
+// Bytes taken from the socket at a time, and the most Qt buffers for it.
+constexpr qint64 kReadChunk = 256 * 1024;
+constexpr qint64 kSocketBuffer = 1024 * 1024;
 
 void setError(KdlError* err, int32_t code, const char* text) {
   if (!err)
@@ -24,7 +29,8 @@ void setError(KdlError* err, int32_t code, const char* text) {
 
 } // namespace
 
-BackendControl::BackendControl(QObject* parent) : QObject(parent) {
+BackendControl::BackendControl(QObject* parent, size_t maxPending)
+    : QObject(parent), maxPending_(maxPending) {
   reconnect_.setSingleShot(true);
   connect(&reconnect_, &QTimer::timeout, this, [this] {
     if (running_)
@@ -34,13 +40,15 @@ BackendControl::BackendControl(QObject* parent) : QObject(parent) {
     backoffMs_ = 0;
     inbox_ = kdl::FrameSplitter(kMaxFrame);
     socket_.setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    qCInfo(lcBackend) << "connected to" << host_ << port_;
-    emit connectedChanged(true);
+    socket_.setReadBufferSize(kSocketBuffer);
+    qCInfo(lcBackend) << "connected to" << host_ << port_ << "; logging in";
+    sendLogin(std::nullopt);
   });
   connect(&socket_, &QTcpSocket::disconnected, this, [this] {
     qCWarning(lcBackend) << "back-end connection lost";
     inbox_ = kdl::FrameSplitter(kMaxFrame);
-    emit connectedChanged(false);
+    if (std::exchange(loggedIn_, false))
+      emit connectedChanged(false);
     scheduleReconnect();
   });
   connect(&socket_, &QTcpSocket::errorOccurred, this, [this](QAbstractSocket::SocketError) {
@@ -65,6 +73,8 @@ void BackendControl::Stop() {
   running_ = false;
   reconnect_.stop();
   socket_.abort();
+  if (std::exchange(loggedIn_, false))
+    emit connectedChanged(false);
 }
 
 void BackendControl::scheduleReconnect() {
@@ -72,6 +82,55 @@ void BackendControl::scheduleReconnect() {
     return;
   backoffMs_ = backoffMs_ == 0 ? kFirstBackoffMs : std::min(backoffMs_ * 2, kMaxBackoffMs);
   reconnect_.start(backoffMs_);
+}
+
+void BackendControl::SetLogin(std::string userId, PasswordSource passwords) {
+  userId_ = std::move(userId);
+  passwords_ = std::move(passwords);
+}
+
+void BackendControl::sendLogin(const std::optional<std::string>& password) {
+  kdl::Message login;
+  login.Add(vh::kTagRequestName, vh::kLoginRequest);
+  login.Add(vh::kTagUserId, userId_);
+  if (password)
+    login.Add(vh::kTagPassword, *password);
+  std::string frame;
+  if (!kdl::AppendFrame(frame, login.Serialise()))
+    return;
+  socket_.write(frame.data(), static_cast<qint64>(frame.size()));
+}
+
+bool BackendControl::onLoginAnswer(const kdl::Message& msg) {
+  if (loggedIn_ || msg.Text(vh::kTagAnsweredName) != vh::kLoginRequest)
+    return false;
+  const auto status = msg.Text(vh::kTagStatus);
+  const QString user = QString::fromStdString(userId_);
+  if (status == vh::kLoginAccepted) {
+    loggedIn_ = true;
+    qCInfo(lcBackend) << "logged in as" << (userId_.empty() ? "the administrator" : user);
+    emit connectedChanged(true);
+  } else if (status == vh::kPasswordNeeded) {
+    // Asked outside the read handler: a dialog runs an event loop of its own.
+    QTimer::singleShot(0, this, [this, user] {
+      const auto password = passwords_ ? passwords_() : std::nullopt;
+      if (!password)
+        failLogin(QString("the back-end wants a password for user \"%1\"").arg(user));
+      else if (IsConnectedSocket())
+        sendLogin(password);
+    });
+  } else {
+    failLogin(QString("login refused: the back-end does not know user \"%1\", or the password "
+                      "is wrong")
+                  .arg(user));
+  }
+  return true;
+}
+
+void BackendControl::failLogin(const QString& why) {
+  qCWarning(lcBackend) << why;
+  Stop();
+  emit loginFailed(why);
 }
 
 int BackendControl::Attach(CBrioRxNotifierBase* receiver) {
@@ -88,8 +147,12 @@ void BackendControl::Detach(CBrioRxNotifierBase* receiver) {
   receiversChanged_ = true;
 }
 
+bool BackendControl::IsConnectedSocket() const {
+  return socket_.state() == QAbstractSocket::ConnectedState;
+}
+
 int BackendControl::IsConnected() const {
-  return socket_.state() == QAbstractSocket::ConnectedState ? 1 : 0;
+  return loggedIn_ && IsConnectedSocket() ? 1 : 0;
 }
 
 int BackendControl::Send(uint64_t* outSlot, KdlMsg* msg, int, KdlError* err) {
@@ -113,20 +176,36 @@ int BackendControl::Send(uint64_t* outSlot, KdlMsg* msg, int, KdlError* err) {
 }
 
 void BackendControl::onReadyRead() {
-  const QByteArray bytes = socket_.readAll();
-  inbox_.Feed(bytes.constData(), static_cast<size_t>(bytes.size()));
-  std::string_view payload;
-  while (inbox_.Next(&payload)) {
-    KdlError err{};
-    if (auto msg = kdl::Message::Parse(payload, &err))
-      pending_.push_back(std::move(*msg));
-    else
-      qCWarning(lcBackend) << "malformed message ignored:" << err.text;
-  }
-  if (inbox_.failed()) {
-    qCWarning(lcBackend) << "oversize frame of" << inbox_.oversizeLength() << "bytes; reconnecting";
-    socket_.abort(); // the splitter is renewed on the next connection
-    scheduleReconnect();
+  readFrames();
+}
+
+// Parses frames until maxPending_ messages wait; what is left stays in the
+// socket, whose full buffers make the back-end wait.
+void BackendControl::readFrames() {
+  while (pending_.size() < maxPending_) {
+    std::string_view payload;
+    if (inbox_.Next(&payload)) {
+      KdlError err{};
+      if (auto msg = kdl::Message::Parse(payload, &err)) {
+        if (!onLoginAnswer(*msg))
+          pending_.push_back(std::move(*msg));
+        peakPending_ = std::max(peakPending_, pending_.size());
+      } else {
+        qCWarning(lcBackend) << "malformed message ignored:" << err.text;
+      }
+      continue;
+    }
+    if (socket_.bytesAvailable() <= 0)
+      break;
+    const QByteArray bytes = socket_.read(kReadChunk);
+    inbox_.Feed(bytes.constData(), static_cast<size_t>(bytes.size()));
+    if (inbox_.failed()) {
+      qCWarning(lcBackend) << "oversize frame of" << inbox_.oversizeLength()
+                           << "bytes; reconnecting";
+      socket_.abort(); // the splitter is renewed on the next connection
+      scheduleReconnect();
+      break;
+    }
   }
   if (!delivering_ && !pending_.empty()) {
     delivering_ = true;
@@ -142,9 +221,16 @@ void BackendControl::deliverSlice() {
       deliverTo_ = receivers_;
       receiversChanged_ = false;
     }
-    for (CBrioRxNotifierBase* r : deliverTo_)
+    for (size_t k = 0; k < deliverTo_.size(); ++k) {
+      CBrioRxNotifierBase* r = deliverTo_[k];
+      // One detached by an earlier receiver of this message may be gone.
+      if (receiversChanged_ &&
+          std::find(receivers_.begin(), receivers_.end(), r) == receivers_.end())
+        continue;
       r->OnResponse(nullptr, msg.get(), nullptr);
+    }
   }
+  readFrames(); // room again: take what waits in the socket
   if (!pending_.empty()) {
     QTimer::singleShot(0, this, &BackendControl::deliverSlice);
     return;

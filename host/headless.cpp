@@ -8,6 +8,7 @@
 
 #include "host/backend_control.h"
 #include "host/host_context.h"
+#include "kdl/tags.h"
 #include "plugin/tarn_host_api.h"
 
 namespace host {
@@ -153,10 +154,10 @@ void HeadlessRun::OnResponse(void*, KdlMsg* msg, void*) {
     return;
   KdlValue name{};
   uint32_t count = 0;
-  if (!kdl_get_data(msg, 32767, 0, &name, nullptr) ||
+  if (!kdl_get_data(msg, vh::kTagAnsweredName, 0, &name, nullptr) ||
       std::string_view(name.data, name.length) != "display_holding_detail")
     return;
-  if (kdl_get_field(msg, 32766, &count, nullptr))
+  if (kdl_get_field(msg, vh::kTagStatus, &count, nullptr))
     ended_ = true; // the status record closes the stream
 }
 

@@ -44,10 +44,13 @@ bool ParseHostOptions(const QStringList& arguments, HostOptions& out, QString& e
   const QCommandLineOption filter("filter", "Headless: header filter COL=TEXT.", "FILTER");
   const QCommandLineOption snapshot("snapshot", "Headless: save the view as PNG.", "FILE");
   const QCommandLineOption exportTo("export", "Headless: export the grid to .xlsx.", "FILE");
+  const QCommandLineOption passwordFile(
+      "password-file", "Password for a back-end run with --auth (a file only you may read).",
+      "FILE");
   const QCommandLineOption waitMs("wait-ms", "Headless: longest wait for the answer.", "N",
                                   "30000");
   p.addOptions({help, user, userType, rights, backend, plugin, db, rows, client, scrip, custom,
-                filter, snapshot, exportTo, waitMs});
+                filter, snapshot, exportTo, waitMs, passwordFile});
   helpRequested = false;
   if (!p.parse(arguments)) {
     error = p.errorText();
@@ -76,6 +79,7 @@ bool ParseHostOptions(const QStringList& arguments, HostOptions& out, QString& e
     return false;
   }
   out.pluginPath = p.value(plugin);
+  out.passwordFile = p.value(passwordFile);
   out.dbPath = p.value(db);
   if (p.isSet(rows)) {
     out.sampleRows = p.value(rows).toLongLong(&ok);

@@ -14,6 +14,7 @@ struct HostOptions {
   QString backendHost;        // empty: start the embedded back-end
   quint16 backendPort = 0;
   QString pluginPath;
+  QString passwordFile;  // else a dialog asks, when the back-end wants a password
   QString dbPath;        // embedded back-end's database (default: user data dir)
   qint64 sampleRows = 0; // embedded back-end: rows of a new sample database (0 = default)
 

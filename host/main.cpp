@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QInputDialog>
 #include <QMessageBox>
 #include <QStandardPaths>
 #include <cstdio>
@@ -15,6 +16,7 @@
 #include "host/host_context.h"
 #include "host/host_options.h"
 #include "host/main_window.h"
+#include "host/password_file.h"
 #include "host/plugin_loader.h"
 #include "host/startup_loader.h"
 #include "riskd/server.h"
@@ -78,6 +80,32 @@ std::vector<char*> argumentsForQt(int argc, char** argv) {
   return out;
 }
 
+// Where the password comes from when the back-end wants one: the
+// --password-file, else (with a screen) a dialog; a headless run without a
+// file has none.
+host::BackendControl::PasswordSource passwordSource(const host::HostOptions& o) {
+  const QString user = o.userId.isEmpty() ? QString("the administrator") : o.userId;
+  return [o, user]() -> std::optional<std::string> {
+    if (!o.passwordFile.isEmpty()) {
+      std::string error;
+      auto password = host::ReadPasswordFile(o.passwordFile.toStdString(), &error);
+      if (!password)
+        std::fprintf(stderr, "tarntrader: %s\n", error.c_str());
+      return password;
+    }
+    if (o.headless()) {
+      std::fprintf(stderr, "tarntrader: the back-end wants a password; give --password-file\n");
+      return std::nullopt;
+    }
+    bool ok = false;
+    const QString text = QInputDialog::getText(
+        nullptr, "TarnTrader", QString("Password for %1:").arg(user), QLineEdit::Password, {}, &ok);
+    if (!ok || text.isEmpty())
+      return std::nullopt;
+    return text.toStdString();
+  };
+}
+
 QStringList allArguments(int argc, char** argv) {
   QStringList out;
   for (int i = 0; i < argc; ++i)
@@ -124,6 +152,7 @@ int main(int argc, char** argv) {
 
   host::HostContext& ctx = host::TheHost();
   host::BackendControl control;
+  control.SetLogin(options.userId.toStdString(), passwordSource(options));
   ctx.control = &control;
   host::StartupLoader loader(control, options.userId.toStdString(), ctx.master, ctx.user);
 
@@ -137,14 +166,16 @@ int main(int argc, char** argv) {
   if (headless)
     run.Arm(); // --wait-ms bounds the whole run, start-up included
   QObject::connect(&run, &host::HeadlessRun::finished, &app, [&](int code) { app.exit(code); });
-  QObject::connect(&loader, &host::StartupLoader::failed, &app, [&](const QString& why) {
+  const auto startFailed = [&](const QString& why) {
     if (headless) {
       std::fprintf(stderr, "tarntrader: %s\n", qPrintable(why));
       app.exit(1);
     } else {
       window.SetReady(false, why);
     }
-  });
+  };
+  QObject::connect(&loader, &host::StartupLoader::failed, &app, startFailed);
+  QObject::connect(&control, &host::BackendControl::loginFailed, &app, startFailed);
   QObject::connect(&loader, &host::StartupLoader::ready_, &app, [&] {
     if (!options.rights.isEmpty()) {
       ctx.user.rights.clear();

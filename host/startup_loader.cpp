@@ -5,15 +5,10 @@
 
 #include "host/backend_control.h"
 #include "kdl/message.h"
+#include "kdl/tags.h"
 
 namespace host {
 namespace {
-
-constexpr uint32_t kTagName = 0, kTagAnswered = 32767, kTagStatus = 32766, kTagSubKind = 32760;
-constexpr uint32_t kTagUser = 31003, kTagClient = 54001;
-constexpr uint32_t kTagScripField = 65000; // + index of the scrip-details field
-constexpr uint32_t kTagUserType = 65100, kTagUserAdmin = 65101, kTagUserRight = 65102,
-                   kTagUserExchange = 65103;
 
 std::string_view text(KdlMsg* msg, uint32_t tag, uint32_t index = 0) {
   KdlValue v{};
@@ -50,10 +45,10 @@ void StartupLoader::request() {
   user_ = UserInfo{};
   userDone_ = masterDone_ = false;
   kdl::Message user;
-  user.Add(kTagName, "tarn_user_info");
-  user.Add(kTagUser, userId_);
+  user.Add(vh::kTagRequestName, vh::kUserInfoRequest);
+  user.Add(vh::kTagUserId, userId_);
   kdl::Message master;
-  master.Add(kTagName, "tarn_scrip_master");
+  master.Add(vh::kTagRequestName, vh::kScripMasterRequest);
   KdlError err{};
   if (!control_.Send(nullptr, user.get(), 0, &err) ||
       !control_.Send(nullptr, master.get(), 0, &err))
@@ -61,18 +56,18 @@ void StartupLoader::request() {
 }
 
 void StartupLoader::OnResponse(void*, KdlMsg* msg, void*) {
-  const std::string_view name = text(msg, kTagAnswered);
+  const std::string_view name = text(msg, vh::kTagAnsweredName);
   uint32_t values = 0;
-  const bool end = kdl_get_field(msg, kTagStatus, &values, nullptr) != 0;
-  if (name == "tarn_user_info" && !userDone_)
+  const bool end = kdl_get_field(msg, vh::kTagStatus, &values, nullptr) != 0;
+  if (name == vh::kUserInfoRequest && !userDone_)
     onUser(msg, end);
-  else if (name == "tarn_scrip_master" && !masterDone_)
+  else if (name == vh::kScripMasterRequest && !masterDone_)
     onMaster(msg, end);
 }
 
 void StartupLoader::onUser(KdlMsg* msg, bool end) {
   if (end) {
-    if (text(msg, kTagStatus) != "1") {
+    if (text(msg, vh::kTagStatus) != "1") {
       emit failed(userId_.empty()
                       ? QString("the back-end has no administrator; log in with --user ID")
                       : QString("the back-end does not know user \"%1\"")
@@ -83,18 +78,18 @@ void StartupLoader::onUser(KdlMsg* msg, bool end) {
     checkReady();
     return;
   }
-  if (text(msg, kTagSubKind) == "USER") {
-    user_.id = std::string(text(msg, kTagUser));
-    user_.type = static_cast<unsigned>(std::atoi(std::string(text(msg, kTagUserType)).c_str()));
-    user_.administrator = text(msg, kTagUserAdmin) == "1";
-    for (uint32_t i = 0, n = count(msg, kTagUserRight); i < n; ++i)
-      user_.rights.emplace(text(msg, kTagUserRight, i));
-    for (uint32_t i = 0, n = count(msg, kTagUserExchange); i < n; ++i)
-      user_.exchanges.emplace_back(text(msg, kTagUserExchange, i));
+  if (text(msg, vh::kTagSubKind) == "USER") {
+    user_.id = std::string(text(msg, vh::kTagUserId));
+    user_.type = static_cast<unsigned>(std::atoi(std::string(text(msg, vh::kTagUserType)).c_str()));
+    user_.administrator = text(msg, vh::kTagUserAdmin) == "1";
+    for (uint32_t i = 0, n = count(msg, vh::kTagUserRight); i < n; ++i)
+      user_.rights.emplace(text(msg, vh::kTagUserRight, i));
+    for (uint32_t i = 0, n = count(msg, vh::kTagUserExchange); i < n; ++i)
+      user_.exchanges.emplace_back(text(msg, vh::kTagUserExchange, i));
     return;
   }
-  for (uint32_t i = 0, n = count(msg, kTagClient); i < n; ++i)
-    user_.clientIds.emplace_back(text(msg, kTagClient, i));
+  for (uint32_t i = 0, n = count(msg, vh::kTagClientId); i < n; ++i)
+    user_.clientIds.emplace_back(text(msg, vh::kTagClientId, i));
 }
 
 void StartupLoader::onMaster(KdlMsg* msg, bool end) {
@@ -106,7 +101,7 @@ void StartupLoader::onMaster(KdlMsg* msg, bool end) {
   }
   ScripLeg leg;
   for (uint32_t i = 0; i < ScripLeg::Count; ++i)
-    leg.field[i] = std::string(text(msg, kTagScripField + i));
+    leg.field[i] = std::string(text(msg, vh::kTagScripField + i));
   master_.Add(std::move(leg));
 }
 

@@ -4,14 +4,10 @@
 
 namespace kdl {
 
-namespace {
-
 uint32_t LoadLength(const char* p) {
   const auto* u = reinterpret_cast<const unsigned char*>(p);
   return uint32_t(u[0]) | uint32_t(u[1]) << 8 | uint32_t(u[2]) << 16 | uint32_t(u[3]) << 24;
 }
-
-} // namespace
 
 bool AppendFrame(std::string& out, std::string_view payload) {
   if (payload.size() > std::numeric_limits<uint32_t>::max())

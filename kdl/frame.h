@@ -16,6 +16,9 @@ inline constexpr size_t kFrameHeader = 4;
 // unchanged) when the payload is longer than a u32 length can say.
 bool AppendFrame(std::string& out, std::string_view payload);
 
+// The payload length in the kFrameHeader bytes at `header`.
+uint32_t LoadLength(const char* header);
+
 // Cuts a byte stream into frame payloads. Feed whatever arrived; take whole
 // payloads out with Next. A length above the maximum puts the splitter into
 // the failed state for good: the stream cannot be resynchronised, and the

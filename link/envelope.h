@@ -4,15 +4,9 @@
 
 #include <cstdint>
 
-namespace vh {
+#include "kdl/tags.h" // the field tags
 
-// Field tags of the envelope.
-inline constexpr uint32_t kTagRequestName = 0;      // requests: first field, the request name
-inline constexpr uint32_t kTagUserId = 31003;       // requests: the requesting user id
-inline constexpr uint32_t kTagAnsweredName = 32767; // responses: the request answered
-inline constexpr uint32_t kTagStatus = 32766;       // responses: absent on a data record
-inline constexpr uint32_t kTagSubKind = 32760;      // responses: "NSE", "BSE_LTP", ...
-inline constexpr uint32_t kTagPeerValue = 64056;    // user-peer answer, holdings request
+namespace vh {
 
 // Response status: a data record; every other status ends the stream.
 inline constexpr int kStatusRecord = 5;

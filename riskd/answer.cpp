@@ -18,9 +18,9 @@ RecordWriter::RecordWriter(std::string answered) : answered_(std::move(answered)
 void RecordWriter::Start(std::string_view subKind) {
   if (!msg_)
     msg_.emplace(kRecordScratch);
-  failed_ = !msg_->valid() || !msg_->Restart() || !msg_->Add(kTagAnswered, answered_);
+  failed_ = !msg_->valid() || !msg_->Restart() || !msg_->Add(vh::kTagAnsweredName, answered_);
   if (!subKind.empty())
-    Add(kTagSubKind, subKind);
+    Add(vh::kTagSubKind, subKind);
 }
 
 void RecordWriter::Add(uint32_t tag, std::string_view text) {
@@ -42,24 +42,28 @@ bool RecordWriter::Emit(std::string& out) {
 void RecordWriter::EmitStatus(std::string& out, std::string_view code) {
   Start();
   if (code.empty())
-    AddEmpty(kTagStatus);
+    AddEmpty(vh::kTagStatus);
   else
-    Add(kTagStatus, code);
+    Add(vh::kTagStatus, code);
   Emit(out);
 }
 
 bool FramesAnswer::Fill(std::string& out, size_t budget) {
-  // The output is a byte stream, so a frame may be cut between two fills.
-  const size_t n = std::min(budget, frames_.size() - sent_);
-  out.append(frames_, sent_, n);
-  sent_ += n;
+  // Whole frames only: ticks are pushed between two fills, so a frame cut
+  // here would have a tick inside it. At least one frame goes each time.
+  size_t end = sent_;
+  while (end < frames_.size() && (end == sent_ || end - sent_ < budget)) {
+    end += kdl::kFrameHeader + kdl::LoadLength(frames_.data() + end);
+  }
+  out.append(frames_, sent_, end - sent_);
+  sent_ = end;
   return sent_ < frames_.size();
 }
 
-SqlAnswer::SqlAnswer(Stmt stmt, std::string answered, RowFn row, std::string status,
-                     int rowsPerRecord, std::string subKind)
-    : stmt_(std::move(stmt)), writer_(std::move(answered)), row_(std::move(row)),
-      status_(std::move(status)), subKind_(std::move(subKind)),
+SqlAnswer::SqlAnswer(std::shared_ptr<const Db> snapshot, Stmt stmt, std::string answered, RowFn row,
+                     std::string status, int rowsPerRecord, std::string subKind)
+    : snapshot_(std::move(snapshot)), stmt_(std::move(stmt)), writer_(std::move(answered)),
+      row_(std::move(row)), status_(std::move(status)), subKind_(std::move(subKind)),
       rowsPerRecord_(rowsPerRecord < 1 ? 1 : rowsPerRecord) {}
 
 bool SqlAnswer::Fill(std::string& out, size_t budget) {
@@ -74,6 +78,7 @@ bool SqlAnswer::Fill(std::string& out, size_t budget) {
         writer_.Emit(out);
       writer_.EmitStatus(out, status_);
       stmt_ = Stmt(); // releases the read snapshot at once
+      snapshot_.reset();
       done_ = true;
       return false;
     }

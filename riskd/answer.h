@@ -1,9 +1,9 @@
 // Answers as streams of framed records, produced as the connection drains
 // so that a million-row answer never sits whole in memory.
 //
-// Every answer is data records (field 32767 = the request answered, no
-// field 32766) closed by one status record (32767 + 32766 = "1", or 32766
-// with no value for the lien report).
+// Every answer is data records (vh::kTagAnsweredName = the request
+// answered, no vh::kTagStatus) closed by one status record (a status of
+// "1", or a status without value for the lien report).
 #pragma once
 
 #include <cstdint>
@@ -14,21 +14,18 @@
 #include <string_view>
 
 #include "kdl/message.h"
+#include "kdl/tags.h"
 #include "riskd/sqlite.h"
 
 namespace riskd {
 
-inline constexpr uint32_t kTagRequest = 0;
-inline constexpr uint32_t kTagAnswered = 32767;
-inline constexpr uint32_t kTagStatus = 32766;
-inline constexpr uint32_t kTagSubKind = 32760;
-inline constexpr uint32_t kTagUser = 31003;
-
 class Answer {
 public:
   virtual ~Answer() = default;
-  // Appends whole frames to `out`, stopping once about `budget` bytes were
-  // added. Returns true while frames remain, false once the last is out.
+  // Appends whole frames to `out` (never part of one: other frames are
+  // pushed between two fills), stopping once about `budget` bytes were
+  // added; at least one frame per call. Returns true while frames remain,
+  // false once the last is out.
   virtual bool Fill(std::string& out, size_t budget) = 0;
 };
 
@@ -37,7 +34,8 @@ class RecordWriter {
 public:
   explicit RecordWriter(std::string answered);
 
-  // Starts a record that carries 32767 (and 32760 when `subKind` is given).
+  // Starts a record that carries the answered name (and the sub-kind when
+  // `subKind` is given).
   void Start(std::string_view subKind = {});
   void Add(uint32_t tag, std::string_view text);
   void Add(uint32_t tag, int64_t value) { Add(tag, std::string_view(std::to_string(value))); }
@@ -45,8 +43,8 @@ public:
   // Frames the record onto `out`. A record that overflowed its buffer is
   // dropped whole (false), never sent half-filled.
   bool Emit(std::string& out);
-  // The closing record: 32766 = `code`, or 32766 without a value when
-  // `code` is empty.
+  // The closing record: the status `code`, or a status without a value
+  // when `code` is empty.
   void EmitStatus(std::string& out, std::string_view code = "1");
 
   const std::string& answered() const { return answered_; }
@@ -57,7 +55,8 @@ private:
   bool failed_ = true;              // until Start
 };
 
-// Frames prepared up front; for answers of a few records.
+// Frames prepared up front (whole frames, as RecordWriter emits them); for
+// answers of a few records.
 class FramesAnswer : public Answer {
 public:
   explicit FramesAnswer(std::string frames) : frames_(std::move(frames)) {}
@@ -70,14 +69,17 @@ private:
 
 // A stepped statement: each row adds its fields to the open record, which is
 // emitted every `rowsPerRecord` rows; then the status record closes it.
+// `stmt` was prepared on `snapshot`, which the answer keeps (and with it
+// one view of the store) until its last row is out.
 class SqlAnswer : public Answer {
 public:
   using RowFn = std::function<void(const Stmt& row, RecordWriter& record)>;
-  SqlAnswer(Stmt stmt, std::string answered, RowFn row, std::string status = "1",
-            int rowsPerRecord = 1, std::string subKind = {});
+  SqlAnswer(std::shared_ptr<const Db> snapshot, Stmt stmt, std::string answered, RowFn row,
+            std::string status = "1", int rowsPerRecord = 1, std::string subKind = {});
   bool Fill(std::string& out, size_t budget) override;
 
 private:
+  std::shared_ptr<const Db> snapshot_;
   Stmt stmt_;
   RecordWriter writer_;
   RowFn row_;

@@ -1,9 +1,11 @@
 // One client connection of the server loop: bytes in, answers out.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "kdl/frame.h"
@@ -13,7 +15,9 @@ namespace riskd {
 
 class Connection {
 public:
-  Connection(int fd, uint64_t id, uint32_t maxFrame) : fd_(fd), id_(id), in_(maxFrame) {}
+  // `loginBy`: when the connection is closed unless logged in.
+  Connection(int fd, uint64_t id, uint32_t maxFrame, std::chrono::steady_clock::time_point loginBy)
+      : fd_(fd), id_(id), in_(maxFrame), loginBy_(loginBy) {}
   ~Connection();
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
@@ -36,6 +40,20 @@ public:
   // Writes what the socket takes; false on a write error.
   bool Write();
 
+  // The user the connection logged in as; nullopt until then.
+  const std::optional<User>& user() const { return user_; }
+  void LogIn(User user) { user_ = std::move(user); }
+  // From now on input is dropped; the connection closes once what is queued
+  // has been written.
+  void CloseWhenWritten() { closing_ = true; }
+  bool closing() const { return closing_; }
+  bool written() const { return queuedBytes() == 0 && answers_.empty(); }
+  std::chrono::steady_clock::time_point loginBy() const { return loginBy_; }
+  // The login's password is being checked; input waits meanwhile.
+  bool checkingPassword = false;
+  // A refused login is answered at this time, not at once.
+  std::optional<std::chrono::steady_clock::time_point> refuseAt;
+
 private:
   int fd_;
   uint64_t id_;
@@ -44,6 +62,9 @@ private:
   size_t head_ = 0;
   std::deque<std::unique_ptr<Answer>> answers_;
   Subscription sub_;
+  std::optional<User> user_;
+  std::chrono::steady_clock::time_point loginBy_;
+  bool closing_ = false;
 };
 
 } // namespace riskd

@@ -9,11 +9,14 @@
 #include <functional>
 
 #include "riskd/csv.h"
+#include "riskd/limits.h"
 
 namespace riskd {
 namespace {
 
 using Fields = std::vector<std::string>;
+
+constexpr int64_t kMaxUserType = 255;
 // Binds one row's fields to `s`; returns an empty text, or why the row is bad.
 using Binder = std::function<std::string(const Fields&, Stmt& s)>;
 
@@ -25,18 +28,28 @@ struct FileSpec {
   const char* noRow; // why a row that changed nothing is bad, or nullptr
 };
 
-std::string BindWhole(Stmt& s, int index, const std::string& text, const char* what) {
+// A whole number from 0 to `max`.
+std::string BindWhole(Stmt& s, int index, const std::string& text, const char* what, int64_t max) {
   const auto v = ParseWhole(text);
   if (!v || *v < 0)
     return std::string("bad ") + what + " '" + text + "'";
+  if (*v > max)
+    return std::string(what) + " '" + text + "' exceeds " + std::to_string(max);
   s.Bind(index, *v);
   return {};
 }
 
-std::string BindAmount(Stmt& s, int index, const std::string& text, const char* what) {
+// An amount in hundredths, at most `max` either way (from 0 when
+// `negativeAllowed` is false).
+std::string BindAmount(Stmt& s, int index, const std::string& text, const char* what, int64_t max,
+                       bool negativeAllowed) {
   const auto v = ParseHundredths(text);
   if (!v)
     return std::string("bad ") + what + " '" + text + "'";
+  if (*v < 0 && !negativeAllowed)
+    return std::string(what) + " '" + text + "' is negative";
+  if (*v > max || *v < -max)
+    return std::string(what) + " '" + text + "' exceeds " + FormatHundredths(max);
   s.Bind(index, *v);
   return {};
 }
@@ -62,9 +75,9 @@ std::string BindScrip(const Fields& f, Stmt& s) {
   if (bse && (f[7].empty() || f[8].empty()))
     return "BSE leg needs code and symbol";
   s.Bind(1, f[0]).Bind(2, f[1]);
-  std::string why = BindAmount(s, 3, f[2], "close");
+  std::string why = BindAmount(s, 3, f[2], "close", kMaxPricePaise, false);
   if (why.empty())
-    why = BindWhole(s, 4, f[3], "lot_size");
+    why = BindWhole(s, 4, f[3], "lot_size", kMaxQuantity);
   for (int i = 4; i < 10; ++i)
     BindOptional(s, i + 1, f[static_cast<size_t>(i)]);
   return why;
@@ -84,10 +97,15 @@ std::string BindHolding(const Fields& f, Stmt& s) {
     return "empty product";
   s.Bind(1, f[0]).Bind(2, f[1]).Bind(3, f[2]);
   for (int i = 0; i < 9; ++i)
-    if (auto why = BindWhole(s, 4 + i, f[static_cast<size_t>(3 + i)], kQty[i]); !why.empty())
+    if (auto why = BindWhole(s, 4 + i, f[static_cast<size_t>(3 + i)], kQty[i], kMaxQuantity);
+        !why.empty())
       return why;
-  if (auto why = BindAmount(s, 13, f[12], "haircut"); !why.empty())
-    return why;
+  const auto haircut = ParseHundredths(f[12]);
+  if (!haircut)
+    return "bad haircut '" + f[12] + "'";
+  if (*haircut < 0 || *haircut > kMaxHaircutBp)
+    return "haircut '" + f[12] + "' is not between 0 and 100";
+  s.Bind(13, *haircut);
   static const char* const kTypes[] = {"CL", "LT", "WC"};
   if (f[13].empty()) {
     s.BindNull(14);
@@ -107,7 +125,9 @@ std::string BindLien(const Fields& f, Stmt& s) {
     return "bad segment '" + f[1] + "'";
   s.Bind(1, f[0]).Bind(2, f[1]);
   for (int i = 0; i < 3; ++i)
-    if (auto why = BindAmount(s, 3 + i, f[static_cast<size_t>(2 + i)], "amount"); !why.empty())
+    if (auto why =
+            BindAmount(s, 3 + i, f[static_cast<size_t>(2 + i)], "amount", kMaxAmountPaise, true);
+        !why.empty())
       return why;
   return {};
 }
@@ -118,7 +138,7 @@ std::string BindUser(const Fields& f, Stmt& s) {
   if (f[3] != "0" && f[3] != "1")
     return "bad admin '" + f[3] + "' (0 or 1)";
   s.Bind(1, f[0]).Bind(3, f[2]).Bind(4, int64_t{f[3] == "1"}).Bind(5, f[4]);
-  return BindWhole(s, 2, f[1], "type");
+  return BindWhole(s, 2, f[1], "type", kMaxUserType);
 }
 
 std::string BindPair(const Fields& f, Stmt& s) {
@@ -175,8 +195,10 @@ std::vector<Stmt> PrepareAll(Db& db, const char* sql, std::string* error) {
       *error = db.LastError();
       return {};
     }
-    if (raw)
+    if (raw) {
       out.emplace_back(raw);
+      out.back().SkipParametersPastTheLast();
+    }
     sql = tail;
   }
   return out;

@@ -8,21 +8,15 @@
 namespace riskd {
 namespace {
 
-// Fields of "tarn_scrip_master" records: 65000 + the index of the field in
-// the host's scrip-details record (docs/riskd.md).
-constexpr uint32_t kTagScripField = 65000;
-// "tarn_user_info" fields.
-constexpr uint32_t kTagUserType = 65100, kTagUserAdmin = 65101, kTagUserRight = 65102,
-                   kTagUserExchange = 65103;
 constexpr int kClientsPerRecord = 250; // stays far below the record buffer
 
-void PeerData(Services& s, const kdl::Message& req, Answers* out) {
-  const auto user = LoadUser(s.db, FieldText(req, kTagUser));
+void PeerData(Services& s, const Caller& caller, const kdl::Message& req, Answers* out) {
+  const auto user = UserFor(s, caller, req, vh::kTagUserId);
   RecordWriter w("om_get_user_peer_data");
   std::string frames;
   if (user) {
     w.Start();
-    w.Add(64056, user->peer);
+    w.Add(vh::kTagPeerValue, user->peer);
     w.Emit(frames);
   }
   w.EmitStatus(frames);
@@ -32,17 +26,17 @@ void PeerData(Services& s, const kdl::Message& req, Answers* out) {
 // The BSE counterpart of the NSE scrip in 63003 (a trading symbol, bare
 // symbol, token or ISIN).
 void BseCounterpart(Services& s, const kdl::Message& req, Answers* out) {
-  const std::string text = FieldText(req, 63003);
+  const std::string text = FieldText(req, vh::kTagBseCode);
   const ScripInfo* scrip = s.book.FindNse(text);
   if (!scrip)
     scrip = s.book.FindIsin(text);
   RecordWriter w("mrv_cj");
   std::string frames;
   w.Start();
-  w.Add(63001, "bse_cm");
+  w.Add(vh::kTagSegment, "bse_cm");
   if (scrip && scrip->hasBse()) {
-    w.Add(10100, scrip->bseSymbol);
-    w.Add(63003, scrip->bseCode);
+    w.Add(vh::kTagScripCode, scrip->bseSymbol);
+    w.Add(vh::kTagBseCode, scrip->bseCode);
   }
   w.Emit(frames);
   w.EmitStatus(frames);
@@ -66,7 +60,7 @@ void ScripLegRecord(const ScripInfo& sc, bool nse, RecordWriter& w, std::string&
                                   std::to_string(sc.lotSize)};
   w.Start();
   for (uint32_t i = 0; i < 14; ++i)
-    w.Add(kTagScripField + i, fields[i]);
+    w.Add(vh::kTagScripField + i, fields[i]);
   w.Emit(frames);
 }
 
@@ -98,10 +92,8 @@ private:
   bool done_ = false;
 };
 
-// An empty user id asks for the desk's administrator.
-void UserInfo(Services& s, const kdl::Message& req, Answers* out) {
-  const std::string id = FieldText(req, kTagUser);
-  const auto user = id.empty() ? LoadDeskAdministrator(s.db) : LoadUser(s.db, id);
+void UserInfo(Services& s, const Caller& caller, const kdl::Message& req, Answers* out) {
+  const auto user = UserFor(s, caller, req, vh::kTagUserId);
   if (!user) {
     out->push_back(StatusOnly("tarn_user_info", "2"));
     return;
@@ -109,77 +101,106 @@ void UserInfo(Services& s, const kdl::Message& req, Answers* out) {
   RecordWriter w("tarn_user_info");
   std::string frames;
   w.Start("USER");
-  w.Add(kTagUser, user->id);
-  w.Add(kTagUserType, user->type);
-  w.Add(64056, user->peer);
-  w.Add(kTagUserAdmin, user->admin ? "1" : "0");
+  w.Add(vh::kTagUserId, user->id);
+  w.Add(vh::kTagUserType, user->type);
+  w.Add(vh::kTagPeerValue, user->peer);
+  w.Add(vh::kTagUserAdmin, user->admin ? "1" : "0");
   for (const auto& right : user->rights)
-    w.Add(kTagUserRight, right);
-  w.Add(kTagUserExchange, "NSE");
-  w.Add(kTagUserExchange, "BSE");
+    w.Add(vh::kTagUserRight, right);
+  w.Add(vh::kTagUserExchange, "NSE");
+  w.Add(vh::kTagUserExchange, "BSE");
   w.Emit(frames);
+  const auto snapshot = TakeSnapshot(s, "tarn_user_info");
+  if (!snapshot) {
+    w.EmitStatus(frames, "2");
+    out->push_back(std::make_unique<FramesAnswer>(std::move(frames)));
+    return;
+  }
   out->push_back(std::make_unique<FramesAnswer>(std::move(frames)));
-  Stmt clients = s.db.Prepare(
-      user->admin ? "SELECT id FROM client WHERE ?1 IS NOT NULL ORDER BY id"
-                  : "SELECT client_id FROM user_client WHERE user_id=?1 ORDER BY client_id",
-      nullptr);
-  clients.Bind(1, user->id);
+  Stmt clients = snapshot->Prepare(
+      "SELECT id FROM client c WHERE " + ClientVisibleSql("c.id") + " ORDER BY id", nullptr);
+  BindViewer(clients, *user);
   out->push_back(std::make_unique<SqlAnswer>(
-      std::move(clients), "tarn_user_info",
-      [](const Stmt& row, RecordWriter& rec) { rec.Add(54001, row.Text(0)); }, "1",
+      snapshot, std::move(clients), "tarn_user_info",
+      [](const Stmt& row, RecordWriter& rec) { rec.Add(vh::kTagClientId, row.Text(0)); }, "1",
       kClientsPerRecord, "CLIENTS"));
 }
 
-// Lien rows of the clients the source user (54247) may see; the segment
-// filter is 63002 when present. The stream ends in a status without value.
-void ClientReports(Services& s, const kdl::Message& req, Answers* out) {
-  const auto user = LoadUser(s.db, FieldText(req, 54247));
-  const std::string segment = FieldText(req, 63002);
+// Lien rows of the clients the source user may see, of one segment when
+// the request names it. The stream ends in a status without value.
+void ClientReports(Services& s, const Caller& caller, const kdl::Message& req, Answers* out) {
+  const auto user = UserFor(s, caller, req, vh::kTagSourceUserId);
+  const std::string segment = FieldText(req, vh::kTagReportSegment);
+  const auto snapshot = user ? TakeSnapshot(s, "om_get_client_reports") : nullptr;
+  if (!snapshot) {
+    out->push_back(StatusOnly("om_get_client_reports", ""));
+    return;
+  }
   Stmt rows =
-      s.db.Prepare("SELECT client_id,segment,lien_paise,payin_paise,payout_paise FROM lien l"
-                   " WHERE (?1='' OR segment=?1) AND (?2 OR EXISTS(SELECT 1 FROM user_client u"
-                   " WHERE u.user_id=?3 AND u.client_id=l.client_id)) ORDER BY client_id,segment",
-                   nullptr);
-  rows.Bind(1, segment).Bind(2, int64_t{user && user->admin}).Bind(3, user ? user->id : "");
+      snapshot->Prepare("SELECT client_id,segment,lien_paise,payin_paise,payout_paise FROM lien l"
+                        " WHERE (:segment='' OR segment=:segment) AND " +
+                            ClientVisibleSql("l.client_id") + " ORDER BY client_id,segment",
+                        nullptr);
+  BindViewer(rows, *user);
+  rows.Bind(":segment", segment);
   out->push_back(std::make_unique<SqlAnswer>(
-      std::move(rows), "om_get_client_reports",
+      snapshot, std::move(rows), "om_get_client_reports",
       [](const Stmt& row, RecordWriter& rec) {
-        rec.Add(54001, row.Text(0));
-        rec.Add(kTagSubKind, row.Text(1));
-        rec.Add(41363, FormatHundredths(row.Int(2)));
-        rec.Add(64287, FormatHundredths(row.Int(3)));
-        rec.Add(64288, FormatHundredths(row.Int(4)));
+        rec.Add(vh::kTagClientId, row.Text(0));
+        rec.Add(vh::kTagSubKind, row.Text(1));
+        rec.Add(vh::kTagLienAmount, FormatHundredths(row.Int(2)));
+        rec.Add(vh::kTagPayinAmount, FormatHundredths(row.Int(3)));
+        rec.Add(vh::kTagPayoutAmount, FormatHundredths(row.Int(4)));
       },
       ""));
 }
 
 } // namespace
 
+std::shared_ptr<const Db> TakeSnapshot(Services& s, std::string_view request) {
+  std::string error;
+  auto snapshot = TakeSnapshot(s.storePath, &error);
+  if (!snapshot)
+    s.log(std::string(request) + ": cannot read the store: " + error);
+  return snapshot;
+}
+
 std::string FieldText(const kdl::Message& msg, uint32_t tag, uint32_t index) {
   const auto v = msg.Text(tag, index);
   return v ? std::string(*v) : std::string();
 }
 
-bool HandleRequest(Services& s, const kdl::Message& req, Subscription* sub, Answers* out) {
-  const auto name = req.Text(kTagRequest);
+std::optional<User> UserFor(const Services& s, const Caller& caller, const kdl::Message& req,
+                            uint32_t tag, uint32_t fallbackTag) {
+  if (caller.trustNamedUser)
+    for (const uint32_t t : {tag, fallbackTag})
+      if (t != 0)
+        if (const std::string named = FieldText(req, t); !named.empty())
+          return named == caller.user.id ? caller.user : LoadUser(s.db, named);
+  return caller.user;
+}
+
+bool HandleRequest(Services& s, const Caller& caller, const kdl::Message& req, Subscription* sub,
+                   Answers* out) {
+  const auto name = req.Text(vh::kTagRequestName);
   if (!name)
     return false;
   if (*name == "display_holding_detail")
-    HandleHoldings(s, req, sub, out);
+    HandleHoldings(s, caller, req, sub, out);
   else if (*name == "mrv_cj")
     BseCounterpart(s, req, out);
   else if (*name == "om_get_user_peer_data")
-    PeerData(s, req, out);
+    PeerData(s, caller, req, out);
   else if (*name == "rs_display_topten_holdings")
-    HandleTopTen(s, req, out);
+    HandleTopTen(s, caller, req, out);
   else if (*name == "om_get_client_reports")
-    ClientReports(s, req, out);
+    ClientReports(s, caller, req, out);
   else if (*name == "om_stock_margin_transfer")
-    HandleMarginTransfer(s, req);
-  else if (*name == "tarn_scrip_master")
+    HandleMarginTransfer(s, caller, req);
+  else if (*name == vh::kScripMasterRequest)
     out->push_back(std::make_unique<ScripMasterAnswer>(s.book));
-  else if (*name == "tarn_user_info")
-    UserInfo(s, req, out);
+  else if (*name == vh::kUserInfoRequest)
+    UserInfo(s, caller, req, out);
   else
     return false;
   return true;

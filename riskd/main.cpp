@@ -1,10 +1,16 @@
-// tarn-riskd --listen 127.0.0.1:PORT --db FILE [--rows N] [--seed S] [--import DIR]
+// tarn-riskd --listen HOST:PORT --db FILE [--auth] [--rows N] [--seed S] [--import DIR]
 // tarn-riskd --db FILE [--rows N] [--import DIR] --summary
+// tarn-riskd --db FILE --set-password USER   (the password from the terminal or stdin)
+#include <termios.h>
+#include <unistd.h>
+
 #include <csignal>
 #include <cstdio>
+#include <iostream>
 #include <string>
 
 #include "riskd/csv.h"
+#include "riskd/passwords.h"
 #include "riskd/server.h"
 #include "riskd/summary.h"
 
@@ -13,9 +19,10 @@ namespace {
 int Usage(const char* why) {
   std::fprintf(stderr,
                "tarn-riskd: %s\n"
-               "usage: tarn-riskd --listen 127.0.0.1:PORT --db FILE [--rows N] [--seed S]"
+               "usage: tarn-riskd --listen HOST:PORT --db FILE [--auth] [--rows N] [--seed S]"
                " [--import DIR]\n"
-               "       tarn-riskd --db FILE [--rows N] [--seed S] [--import DIR] --summary\n",
+               "       tarn-riskd --db FILE [--rows N] [--seed S] [--import DIR] --summary\n"
+               "       tarn-riskd --db FILE --set-password USER\n",
                why);
   return 2;
 }
@@ -24,6 +31,7 @@ struct Args {
   riskd::RiskServerOptions options;
   bool listen = false;
   bool summary = false;
+  std::string setPasswordFor;
 };
 
 bool ParseListen(const std::string& text, riskd::RiskServerOptions* o) {
@@ -45,6 +53,10 @@ std::string Parse(int argc, char** argv, Args* a) {
       a->summary = true;
       continue;
     }
+    if (arg == "--auth") {
+      a->options.auth = true;
+      continue;
+    }
     if (i + 1 >= argc)
       return arg + " needs a value";
     const std::string value = argv[++i];
@@ -52,6 +64,8 @@ std::string Parse(int argc, char** argv, Args* a) {
       if (!ParseListen(value, &a->options))
         return "--listen takes HOST:PORT, not '" + value + "'";
       a->listen = true;
+    } else if (arg == "--set-password") {
+      a->setPasswordFor = value;
     } else if (arg == "--db") {
       a->options.store.dbPath = value;
     } else if (arg == "--import") {
@@ -70,8 +84,8 @@ std::string Parse(int argc, char** argv, Args* a) {
   }
   if (a->options.store.dbPath.empty())
     return "--db FILE is required";
-  if (a->listen == a->summary)
-    return "give either --listen or --summary";
+  if (int(a->listen) + int(a->summary) + int(!a->setPasswordFor.empty()) != 1)
+    return "give one of --listen, --summary or --set-password";
   return {};
 }
 
@@ -91,6 +105,51 @@ int RunSummary(const Args& a) {
   return 0;
 }
 
+// One line from the terminal without echo, or from standard input.
+bool ReadPassword(const std::string& prompt, std::string* out) {
+  const bool tty = isatty(STDIN_FILENO);
+  termios saved{};
+  if (tty) {
+    std::fprintf(stderr, "%s", prompt.c_str());
+    tcgetattr(STDIN_FILENO, &saved);
+    termios quiet = saved;
+    quiet.c_lflag &= ~tcflag_t(ECHO);
+    tcsetattr(STDIN_FILENO, TCSANOW, &quiet);
+  }
+  const bool got = static_cast<bool>(std::getline(std::cin, *out));
+  if (tty) {
+    tcsetattr(STDIN_FILENO, TCSANOW, &saved);
+    std::fprintf(stderr, "\n");
+  }
+  if (!out->empty() && out->back() == '\r')
+    out->pop_back();
+  return got;
+}
+
+int RunSetPassword(const Args& a) {
+  riskd::Db db;
+  std::string error;
+  if (!riskd::SetUpStore(a.options.store, a.options.log, &db, &error)) {
+    std::fprintf(stderr, "tarn-riskd: %s\n", error.c_str());
+    return 1;
+  }
+  std::string password, again;
+  if (!ReadPassword("Password for " + a.setPasswordFor + ": ", &password)) {
+    std::fprintf(stderr, "tarn-riskd: no password given\n");
+    return 1;
+  }
+  if (isatty(STDIN_FILENO) && (!ReadPassword("Again: ", &again) || again != password)) {
+    std::fprintf(stderr, "tarn-riskd: the passwords differ; nothing changed\n");
+    return 1;
+  }
+  if (!riskd::SetPassword(db, a.setPasswordFor, password, &error)) {
+    std::fprintf(stderr, "tarn-riskd: %s\n", error.c_str());
+    return 1;
+  }
+  std::fprintf(stderr, "tarn-riskd: password of %s set\n", a.setPasswordFor.c_str());
+  return 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -99,6 +158,8 @@ int main(int argc, char** argv) {
     return Usage(why.c_str());
   if (args.summary)
     return RunSummary(args);
+  if (!args.setPasswordFor.empty())
+    return RunSetPassword(args);
 
   // Blocked before the server thread starts, so only sigwait sees them.
   sigset_t stopSignals;

@@ -5,6 +5,7 @@
 #include <charconv>
 
 #include "riskd/handlers.h"
+#include "riskd/limits.h"
 #include "riskd/users.h"
 
 namespace riskd {
@@ -62,10 +63,32 @@ std::string Check(const Db& db, const TransferRequest& r, int64_t qty, Holding* 
   return {};
 }
 
-bool Apply(Db& db, const TransferRequest& r, int64_t qty, const Holding& h) {
+// The value a mark adds to the segment's lien (negative for an unmark):
+// q x close x (1 - haircut), computed wide; nullopt when it cannot be held.
+std::optional<int64_t> MarginValue(int64_t q, const Holding& h) {
+  const __int128 value =
+      static_cast<__int128>(q) * h.close * (kMaxHaircutBp - h.haircutBp) / kMaxHaircutBp;
+  if (value > INT64_MAX || value < INT64_MIN)
+    return std::nullopt;
+  return static_cast<int64_t>(value);
+}
+
+// Empty when applied; else why not (nothing was changed then).
+std::string Apply(Db& db, const TransferRequest& r, int64_t qty, const Holding& h) {
   const bool mark = r.action[0] == 'M';
   const bool fo = r.action[1] == 'F';
+  const char* segment = fo ? "FO" : "CUR";
   const int64_t q = mark ? qty : -qty;
+  const auto value = MarginValue(q, h);
+  Stmt current =
+      db.Prepare("SELECT lien_paise FROM lien WHERE client_id=?1 AND segment=?2", nullptr);
+  const int step = current.Bind(1, r.clientId).Bind(2, segment).Step();
+  if (step != SQLITE_ROW && step != SQLITE_DONE)
+    return "database: " + db.LastError();
+  const auto lien =
+      value ? CheckedAdd(step == SQLITE_ROW ? current.Int(0) : 0, *value) : std::nullopt;
+  if (!lien)
+    return "the lien would overflow";
   Stmt upd = db.Prepare(
       fo ? "UPDATE holding SET holdings_qty=holdings_qty-?1,"
            " holdings_update_qty=holdings_update_qty+?1,"
@@ -76,13 +99,13 @@ bool Apply(Db& db, const TransferRequest& r, int64_t qty, const Holding& h) {
            " withheld_collateral_qty=max(0,withheld_collateral_qty+?1) WHERE client_id=?2 AND"
            " scrip_id=?3 AND product=?4",
       nullptr);
-  const int64_t value = q * h.close * (10000 - h.haircutBp) / 10000;
-  Stmt lien = db.Prepare("INSERT INTO lien(client_id,segment,lien_paise) VALUES(?1,?2,max(0,?3))"
-                         " ON CONFLICT DO UPDATE SET lien_paise=max(0,lien_paise+?3)",
-                         nullptr);
-  return upd.ok() && lien.ok() &&
-         upd.Bind(1, q).Bind(2, r.clientId).Bind(3, r.scripId).Bind(4, r.product).Run() &&
-         lien.Bind(1, r.clientId).Bind(2, fo ? "FO" : "CUR").Bind(3, value).Run();
+  Stmt put = db.Prepare("INSERT INTO lien(client_id,segment,lien_paise) VALUES(?1,?2,?3)"
+                        " ON CONFLICT DO UPDATE SET lien_paise=?3",
+                        nullptr);
+  if (!upd.Bind(1, q).Bind(2, r.clientId).Bind(3, r.scripId).Bind(4, r.product).Run() ||
+      !put.Bind(1, r.clientId).Bind(2, segment).Bind(3, std::max<int64_t>(0, *lien)).Run())
+    return "database: " + db.LastError();
+  return {};
 }
 
 bool Ledger(Db& db, const TransferRequest& r, int64_t qty, const std::string& reason) {
@@ -106,12 +129,16 @@ std::string ApplyTransfer(Db& db, const TransferRequest& request) {
   std::string why = Check(db, request, qty, &h);
   if (why.empty()) {
     // A failure half-way is undone, while the ledger still records it.
-    db.Exec("SAVEPOINT apply", nullptr);
-    if (!Apply(db, request, qty, h)) {
-      why = "database: " + db.LastError();
-      db.Exec("ROLLBACK TO apply", nullptr);
+    if (!db.Exec("SAVEPOINT apply", nullptr))
+      return "database: " + db.LastError();
+    why = Apply(db, request, qty, h);
+    if (!why.empty()) {
+      // Not undone: the whole transaction rolls back, ledger line included.
+      if (!db.Exec("ROLLBACK TO apply", nullptr))
+        return why;
     }
-    db.Exec("RELEASE apply", nullptr);
+    if (!db.Exec("RELEASE apply", nullptr))
+      return "database: " + db.LastError();
   }
   std::string error;
   if (!Ledger(db, request, qty, why) || !tx.Commit(&error))
@@ -121,23 +148,26 @@ std::string ApplyTransfer(Db& db, const TransferRequest& request) {
 
 // The scrip is found by the request's legs (a token or BSE code in 10100),
 // then its ISIN (61002), then 63003 (a BSE code).
-void HandleMarginTransfer(Services& s, const kdl::Message& req) {
+void HandleMarginTransfer(Services& s, const Caller& caller, const kdl::Message& req) {
   TransferRequest r;
-  r.userId = FieldText(req, 54247);
-  if (r.userId.empty())
-    r.userId = FieldText(req, kTagUser);
-  r.clientId = FieldText(req, 54001);
-  r.product = FieldText(req, 64030);
-  r.action = FieldText(req, 20008);
-  r.quantity = FieldText(req, 64044);
+  // Checked again by ApplyTransfer; an unknown named user is refused there.
+  const auto user = UserFor(s, caller, req, vh::kTagSourceUserId, vh::kTagUserId);
+  r.userId =
+      user ? user->id
+           : (FieldText(req, vh::kTagSourceUserId).empty() ? FieldText(req, vh::kTagUserId)
+                                                           : FieldText(req, vh::kTagSourceUserId));
+  r.clientId = FieldText(req, vh::kTagClientId);
+  r.product = FieldText(req, vh::kTagProduct);
+  r.action = FieldText(req, vh::kTagAction);
+  r.quantity = FieldText(req, vh::kTagHoldingsQty);
   const ScripInfo* sc = nullptr;
-  const uint32_t legs = req.Count(63001).value_or(0);
+  const uint32_t legs = req.Count(vh::kTagSegment).value_or(0);
   for (uint32_t i = 0; i < legs && !sc; ++i)
-    sc = s.book.Find(FieldText(req, 63001, i), FieldText(req, 10100, i));
+    sc = s.book.Find(FieldText(req, vh::kTagSegment, i), FieldText(req, vh::kTagScripCode, i));
   if (!sc)
-    sc = s.book.FindIsin(FieldText(req, 61002));
+    sc = s.book.FindIsin(FieldText(req, vh::kTagIsin));
   if (!sc)
-    sc = s.book.FindBse(FieldText(req, 63003));
+    sc = s.book.FindBse(FieldText(req, vh::kTagBseCode));
   r.scripId = sc ? sc->id : 0;
   const std::string why = ApplyTransfer(s.db, r);
   if (why.empty())

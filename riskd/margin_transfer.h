@@ -25,7 +25,8 @@ struct TransferRequest {
 //   MC  holdings -q, withheld holding +q, withheld collateral +q; CUR lien + value
 //   UC  the reverse; q at most withheld holding
 // Marks are limited to min(holdings, holdings + T1 - used). value = q x
-// close x (1 - haircut). Every request, applied or not, goes to the ledger.
+// close x (1 - haircut); a transfer whose value or new lien does not fit 64
+// bits is refused. Every request, applied or not, goes to the ledger.
 //
 // Returns an empty text when applied, else why it was refused (the store
 // then only gains the ledger line).

@@ -198,7 +198,8 @@ bool GenerateSample(Db& db, const SampleOptions& options, std::string* error) {
   const SampleCounts n = SampleSizes(options.holdings);
   SampleRng rng(options.seed);
   // A large page cache keeps the index pages of a million inserts in memory.
-  db.Exec("PRAGMA cache_size=-262144", nullptr);
+  if (!db.Exec("PRAGMA cache_size=-262144", error))
+    return false;
   Transaction tx(db);
   if (!tx.ok()) {
     *error = "cannot start a transaction: " + db.LastError();
@@ -210,9 +211,7 @@ bool GenerateSample(Db& db, const SampleOptions& options, std::string* error) {
   Stmt meta = db.Prepare("INSERT OR REPLACE INTO meta VALUES('sample_seed',?)", error);
   if (!meta.ok() || !meta.Bind(1, std::to_string(options.seed)).Run())
     return false;
-  const bool committed = tx.Commit(error);
-  db.Exec("PRAGMA cache_size=-2000", nullptr);
-  return committed;
+  return tx.Commit(error) && db.Exec("PRAGMA cache_size=-2000", error);
 }
 
 } // namespace riskd

@@ -39,6 +39,12 @@ CREATE TABLE IF NOT EXISTS user(
   admin INTEGER NOT NULL DEFAULT 0
 ) WITHOUT ROWID;
 
+-- A salted slow hash (crypto_pwhash_str) per user who logs in under --auth.
+CREATE TABLE IF NOT EXISTS user_password(
+  user_id TEXT PRIMARY KEY REFERENCES user(id),
+  hash    TEXT NOT NULL
+) WITHOUT ROWID;
+
 CREATE TABLE IF NOT EXISTS user_right(
   user_id TEXT NOT NULL REFERENCES user(id),
   name    TEXT NOT NULL,
@@ -69,7 +75,12 @@ CREATE TABLE IF NOT EXISTS holding(
   collateral_type     INTEGER,
   PRIMARY KEY(client_id, scrip_id, product)
 ) WITHOUT ROWID;
-CREATE INDEX IF NOT EXISTS holding_scrip ON holding(scrip_id, holdings_qty);
+-- Covers every column, so a scrip's holdings are one pass over the index in
+-- answer order; the largest quantities of a scrip come from its tail.
+CREATE INDEX IF NOT EXISTS holding_by_scrip ON holding(scrip_id, holdings_qty,
+  holdings_update_qty, used_qty, collateral_qty, collateral_update_qty,
+  withheld_holding_qty, withheld_collateral_qty, t1_qty, t1_collateral_qty,
+  haircut_bp, collateral_type);
 
 -- Segment: CASH, FO, CUR, COM, SPOT.
 CREATE TABLE IF NOT EXISTS lien(

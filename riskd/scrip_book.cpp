@@ -2,6 +2,9 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+
+#include "riskd/limits.h"
 #include "riskd/sample_data.h"
 
 namespace riskd {
@@ -106,8 +109,7 @@ void ScripBook::Tick(int64_t id) {
   const int64_t step = s.ltp / 200;
   if (step > 0)
     s.ltp += static_cast<int64_t>(rng.Below(static_cast<uint64_t>(2 * step + 1))) - step;
-  if (s.ltp < 1)
-    s.ltp = 1;
+  s.ltp = std::clamp<int64_t>(s.ltp, 1, kMaxPricePaise);
 }
 
 int64_t ScripBook::ChangeBp(const ScripInfo& s) {

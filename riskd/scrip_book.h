@@ -43,7 +43,7 @@ public:
   const std::vector<ScripInfo>& all() const { return scrips_; }
 
   // Moves the price of `id` one deterministic step (at most 0.5%, never
-  // below one paisa).
+  // below one paisa nor above kMaxPricePaise).
   void Tick(int64_t id);
   // (ltp - close) / close in hundredths of a percent; 0 for a zero close.
   static int64_t ChangeBp(const ScripInfo& s);

@@ -22,10 +22,12 @@ Db& Db::operator=(Db&& other) noexcept {
   return *this;
 }
 
-bool Db::Open(const std::string& path, std::string* error) {
+bool Db::Open(const std::string& path, std::string* error, Mode mode) {
   sqlite3* db = nullptr;
-  const int rc = sqlite3_open_v2(
-      path.c_str(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+  const int flags =
+      (mode == kReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE) |
+      SQLITE_OPEN_NOMUTEX;
+  const int rc = sqlite3_open_v2(path.c_str(), &db, flags, nullptr);
   if (rc != SQLITE_OK) {
     if (error)
       *error = path + ": " + (db ? sqlite3_errmsg(db) : sqlite3_errstr(rc));
@@ -84,27 +86,61 @@ Stmt& Stmt::operator=(Stmt&& other) noexcept {
   if (this != &other) {
     sqlite3_finalize(s_);
     s_ = std::exchange(other.s_, nullptr);
+    bindError_ = other.bindError_;
+    skipPastLast_ = other.skipPastLast_;
   }
   return *this;
 }
 
-Stmt& Stmt::Bind(int index, std::string_view text) {
-  sqlite3_bind_text(s_, index, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
+Stmt& Stmt::Checked(int rc) {
+  if (rc != SQLITE_OK && bindError_ == SQLITE_OK)
+    bindError_ = rc;
   return *this;
+}
+
+bool Stmt::Skipped(int index) const {
+  return skipPastLast_ && index > sqlite3_bind_parameter_count(s_);
+}
+
+Stmt& Stmt::Bind(int index, std::string_view text) {
+  if (!s_)
+    return Checked(SQLITE_MISUSE);
+  if (Skipped(index))
+    return *this;
+  return Checked(
+      sqlite3_bind_text(s_, index, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT));
 }
 
 Stmt& Stmt::Bind(int index, int64_t value) {
-  sqlite3_bind_int64(s_, index, value);
-  return *this;
+  if (!s_)
+    return Checked(SQLITE_MISUSE);
+  if (Skipped(index))
+    return *this;
+  return Checked(sqlite3_bind_int64(s_, index, value));
+}
+
+Stmt& Stmt::Bind(const char* name, std::string_view text) {
+  return s_ ? Bind(sqlite3_bind_parameter_index(s_, name), text) : Checked(SQLITE_MISUSE);
+}
+
+Stmt& Stmt::Bind(const char* name, int64_t value) {
+  return s_ ? Bind(sqlite3_bind_parameter_index(s_, name), value) : Checked(SQLITE_MISUSE);
 }
 
 Stmt& Stmt::BindNull(int index) {
-  sqlite3_bind_null(s_, index);
-  return *this;
+  if (!s_)
+    return Checked(SQLITE_MISUSE);
+  if (Skipped(index))
+    return *this;
+  return Checked(sqlite3_bind_null(s_, index));
 }
 
 int Stmt::Step() {
-  return s_ ? sqlite3_step(s_) : SQLITE_MISUSE;
+  if (!s_)
+    return SQLITE_MISUSE;
+  if (bindError_ != SQLITE_OK)
+    return bindError_;
+  return sqlite3_step(s_);
 }
 
 bool Stmt::Run() {
@@ -117,19 +153,25 @@ bool Stmt::Run() {
 }
 
 void Stmt::Reset() {
-  sqlite3_reset(s_);
+  bindError_ = SQLITE_OK;
+  if (!s_)
+    return;
+  // The last step's error is already reported by Step.
+  (void)sqlite3_reset(s_);
   sqlite3_clear_bindings(s_);
 }
 
 bool Stmt::IsNull(int column) const {
-  return sqlite3_column_type(s_, column) == SQLITE_NULL;
+  return !s_ || sqlite3_column_type(s_, column) == SQLITE_NULL;
 }
 
 int64_t Stmt::Int(int column) const {
-  return sqlite3_column_int64(s_, column);
+  return s_ ? sqlite3_column_int64(s_, column) : 0;
 }
 
 std::string_view Stmt::Text(int column) const {
+  if (!s_)
+    return {};
   const auto* p = reinterpret_cast<const char*>(sqlite3_column_text(s_, column));
   if (!p)
     return {};
@@ -141,8 +183,9 @@ Transaction::Transaction(Db& db) : db_(db) {
 }
 
 Transaction::~Transaction() {
+  // A failed rollback leaves nothing to do: SQLite rolls back on close.
   if (open_)
-    db_.Exec("ROLLBACK", nullptr);
+    (void)db_.Exec("ROLLBACK", nullptr);
 }
 
 bool Transaction::Commit(std::string* error) {
@@ -151,7 +194,7 @@ bool Transaction::Commit(std::string* error) {
   open_ = false;
   if (db_.Exec("COMMIT", error))
     return true;
-  db_.Exec("ROLLBACK", nullptr);
+  (void)db_.Exec("ROLLBACK", nullptr);
   return false;
 }
 

@@ -1,4 +1,7 @@
 // Thin RAII over the SQLite C API: one owner per handle, errors as text.
+// Every call that can fail says so in its result; a statement that failed to
+// prepare, or whose parameter failed to bind, fails every step instead of
+// running with a parameter missing.
 #pragma once
 
 #include <cstdint>
@@ -21,14 +24,16 @@ public:
   Db(Db&& other) noexcept;
   Db& operator=(Db&& other) noexcept;
 
-  // Opens (creating) `path`; false with *error set on failure.
-  bool Open(const std::string& path, std::string* error);
+  enum Mode { kReadWrite, kReadOnly };
+  // Opens `path`, creating it when kReadWrite; false with *error set on
+  // failure.
+  [[nodiscard]] bool Open(const std::string& path, std::string* error, Mode mode = kReadWrite);
   // Runs one or more statements without results; false with *error on failure.
-  bool Exec(std::string_view sql, std::string* error);
+  [[nodiscard]] bool Exec(std::string_view sql, std::string* error);
   // A prepared statement; an invalid one (ok() false) with *error on failure.
-  Stmt Prepare(std::string_view sql, std::string* error) const;
+  [[nodiscard]] Stmt Prepare(std::string_view sql, std::string* error) const;
   // The first column of the first row as an integer, or `fallback`.
-  int64_t QueryInt(std::string_view sql, int64_t fallback = 0) const;
+  [[nodiscard]] int64_t QueryInt(std::string_view sql, int64_t fallback = 0) const;
   int64_t Changes() const;
   std::string LastError() const;
   sqlite3* raw() const { return db_; }
@@ -44,18 +49,30 @@ public:
   ~Stmt();
   Stmt(const Stmt&) = delete;
   Stmt& operator=(const Stmt&) = delete;
-  Stmt(Stmt&& other) noexcept : s_(other.s_) { other.s_ = nullptr; }
+  Stmt(Stmt&& other) noexcept
+      : s_(other.s_), bindError_(other.bindError_), skipPastLast_(other.skipPastLast_) {
+    other.s_ = nullptr;
+  }
   Stmt& operator=(Stmt&& other) noexcept;
 
   bool ok() const { return s_ != nullptr; }
-  // Parameters are 1-based as in SQLite. Text is copied.
+  // Parameters are 1-based as in SQLite, or named (":name"). Text is copied.
+  // A bind that fails (no such parameter, no statement) makes the next
+  // Step fail with its code, until Reset.
   Stmt& Bind(int index, std::string_view text);
   Stmt& Bind(int index, int64_t value);
+  Stmt& Bind(const char* name, std::string_view text);
+  Stmt& Bind(const char* name, int64_t value);
   Stmt& BindNull(int index);
-  // SQLITE_ROW, SQLITE_DONE or an error code.
-  int Step();
-  // Runs to completion; false when a step fails.
-  bool Run();
+  // SQLITE_ROW, SQLITE_DONE or an error code (SQLITE_MISUSE without a
+  // statement).
+  [[nodiscard]] int Step();
+  // Runs to completion and resets; false when a step fails.
+  [[nodiscard]] bool Run();
+  // For statements that share one binder: binding a parameter number past
+  // this statement's last is then skipped instead of failing.
+  void SkipParametersPastTheLast() { skipPastLast_ = true; }
+  // Rewinds the statement and clears its bindings and any bind failure.
   void Reset();
 
   bool IsNull(int column) const;
@@ -64,7 +81,12 @@ public:
   sqlite3_stmt* raw() const { return s_; }
 
 private:
+  Stmt& Checked(int rc);
+  bool Skipped(int index) const;
+
   sqlite3_stmt* s_ = nullptr;
+  int bindError_ = 0; // SQLITE_OK
+  bool skipPastLast_ = false;
 };
 
 // BEGIN IMMEDIATE on construction; ROLLBACK on destruction unless Commit().
@@ -75,7 +97,7 @@ public:
   Transaction(const Transaction&) = delete;
   Transaction& operator=(const Transaction&) = delete;
   bool ok() const { return open_; }
-  bool Commit(std::string* error);
+  [[nodiscard]] bool Commit(std::string* error);
 
 private:
   Db& db_;

@@ -1,5 +1,7 @@
 #include "riskd/store.h"
 
+#include <sqlite3.h>
+
 #include "riskd/schema_sql.h"
 
 namespace riskd {
@@ -21,13 +23,29 @@ bool OpenStore(const std::string& path, Db* db, std::string* error) {
                "); use a newer tarn-riskd or another --db file";
     return false;
   }
-  // WAL lets the server read while an import or transfer writes.
-  db->Exec("PRAGMA journal_mode=WAL", nullptr);
-  db->Exec("PRAGMA synchronous=NORMAL", nullptr);
-  db->Exec("PRAGMA foreign_keys=ON", nullptr);
+  // WAL gives every answer a snapshot of its own while a transfer or an
+  // import writes; without it an open answer would block every writer.
+  std::string why;
+  Stmt wal = db->Prepare("PRAGMA journal_mode=WAL", &why);
+  if (!wal.ok() || wal.Step() != SQLITE_ROW || wal.Text(0) != "wal") {
+    if (error)
+      *error = path + ": cannot use write-ahead logging (" + db->LastError() + ")";
+    return false;
+  }
+  wal = Stmt();
+  if (!db->Exec("PRAGMA synchronous=NORMAL", &why) || !db->Exec("PRAGMA foreign_keys=ON", &why)) {
+    if (error)
+      *error = path + ": " + why;
+    return false;
+  }
   if (version == kSchemaVersion)
     return true;
-  std::string why;
+  // Steps for older stores; the schema's IF NOT EXISTS adds what is new.
+  if (version < 3 && !db->Exec("DROP INDEX IF EXISTS holding_scrip", &why)) {
+    if (error)
+      *error = path + ": cannot upgrade the schema: " + why;
+    return false;
+  }
   if (!db->Exec(kSchemaSql, &why) ||
       !db->Exec("PRAGMA user_version=" + std::to_string(kSchemaVersion), &why)) {
     if (error)

@@ -8,7 +8,9 @@
 namespace riskd {
 
 // PRAGMA user_version of the schema this build writes.
-inline constexpr int kSchemaVersion = 1;
+// Version 2 added user_password; version 3 replaced the holding_scrip index
+// by holding_by_scrip. An older store is brought up to date on opening.
+inline constexpr int kSchemaVersion = 3;
 
 // Opens or creates `path` and brings it to the current schema. Fails (false,
 // *error says why) when the file cannot be opened, is not a database, or was

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "riskd/handlers.h"
+#include "riskd/limits.h"
 #include "riskd/users.h"
 
 namespace riskd {
@@ -23,28 +24,27 @@ struct Row {
 // by value: the index on (scrip_id, holdings_qty) answers it without a scan.
 class LargestOfScrip {
 public:
-  LargestOfScrip(const Db& db, const std::optional<User>& user) {
-    stmt_ = db.Prepare("SELECT client_id,holdings_qty FROM holding h WHERE scrip_id=?1 AND"
-                       " (?2 OR EXISTS(SELECT 1 FROM user_client u WHERE u.user_id=?3"
-                       " AND u.client_id=h.client_id)) ORDER BY holdings_qty DESC LIMIT ?4",
-                       nullptr);
-    admin_ = !user || user->admin; // no user named: the whole book, as the desk sees it
-    userId_ = user ? user->id : "";
+  LargestOfScrip(const Db& db, const User& viewer) {
+    stmt_ =
+        db.Prepare("SELECT client_id,holdings_qty FROM holding h WHERE scrip_id=:scrip AND " +
+                       ClientVisibleSql("h.client_id") + " ORDER BY holdings_qty DESC LIMIT :limit",
+                   nullptr);
+    viewer_ = viewer;
   }
   void Append(const ScripInfo& sc, size_t limit, std::vector<Row>* rows) {
     if (!stmt_.ok())
       return;
-    stmt_.Bind(1, sc.id).Bind(2, int64_t{admin_}).Bind(3, userId_);
-    stmt_.Bind(4, static_cast<int64_t>(limit));
+    BindViewer(stmt_, viewer_);
+    stmt_.Bind(":scrip", sc.id).Bind(":limit", static_cast<int64_t>(limit));
     while (stmt_.Step() == SQLITE_ROW)
-      rows->push_back({std::string(stmt_.Text(0)), &sc, stmt_.Int(1) * sc.ltp});
+      rows->push_back(
+          {std::string(stmt_.Text(0)), &sc, CheckedMul(stmt_.Int(1), sc.ltp).value_or(INT64_MAX)});
     stmt_.Reset();
   }
 
 private:
   Stmt stmt_;
-  bool admin_ = true;
-  std::string userId_;
+  User viewer_;
 };
 
 std::vector<Row> ByValue(const std::vector<const ScripInfo*>& scrips, LargestOfScrip& q) {
@@ -76,9 +76,9 @@ std::vector<Row> ByChange(std::vector<const ScripInfo*> scrips, bool top, Larges
 
 } // namespace
 
-void HandleTopTen(Services& s, const kdl::Message& req, Answers* out) {
-  const std::string exchange = FieldText(req, 10101);
-  const std::string method = FieldText(req, 41232);
+void HandleTopTen(Services& s, const Caller& caller, const kdl::Message& req, Answers* out) {
+  const std::string exchange = FieldText(req, vh::kTagExchange);
+  const std::string method = FieldText(req, vh::kTagTopMethod);
   const bool nse = exchange == "NSE";
   if ((!nse && exchange != "BSE") || (method != "1" && method != "3" && method != "4")) {
     s.log("rs_display_topten_holdings refused: exchange '" + exchange + "', method '" + method +
@@ -90,15 +90,13 @@ void HandleTopTen(Services& s, const kdl::Message& req, Answers* out) {
   for (const ScripInfo& sc : s.book.all())
     if (nse ? sc.hasNse() : sc.hasBse())
       scrips.push_back(&sc);
-  std::optional<User> user;
-  if (req.Count(kTagUser)) {
-    user = LoadUser(s.db, FieldText(req, kTagUser));
-    if (!user) {
-      out->push_back(StatusOnly("rs_display_topten_holdings"));
-      return;
-    }
+  // A ranking that names no user ranks the caller's clients.
+  const auto user = UserFor(s, caller, req, vh::kTagUserId);
+  if (!user) {
+    out->push_back(StatusOnly("rs_display_topten_holdings"));
+    return;
   }
-  LargestOfScrip query(s.db, user);
+  LargestOfScrip query(s.db, *user);
   const std::vector<Row> rows =
       method == "1" ? ByValue(scrips, query) : ByChange(std::move(scrips), method == "3", query);
 
@@ -106,11 +104,11 @@ void HandleTopTen(Services& s, const kdl::Message& req, Answers* out) {
   std::string frames;
   if (!rows.empty()) {
     w.Start();
-    w.Add(10101, nse ? "nse_cm" : "bse_cm");
+    w.Add(vh::kTagExchange, nse ? "nse_cm" : "bse_cm");
     for (const Row& r : rows) {
-      w.Add(54001, r.client);
-      w.Add(20008, nse ? r.scrip->nseTradingSymbol() : r.scrip->bseSymbol);
-      w.Add(41231, r.value);
+      w.Add(vh::kTagClientId, r.client);
+      w.Add(vh::kTagTopSymbol, nse ? r.scrip->nseTradingSymbol() : r.scrip->bseSymbol);
+      w.Add(vh::kTagValue, r.value);
     }
     w.Emit(frames);
   }

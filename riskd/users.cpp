@@ -20,11 +20,12 @@ std::optional<User> LoadUser(const Db& db, std::string_view id) {
   user.peer = s.Text(2);
   user.admin = s.Int(3) != 0;
   Stmt r = db.Prepare("SELECT name FROM user_right WHERE user_id=? ORDER BY name", nullptr);
-  if (!r.ok())
-    return std::nullopt;
   r.Bind(1, id);
-  while (r.Step() == SQLITE_ROW)
+  int rc;
+  while ((rc = r.Step()) == SQLITE_ROW)
     user.rights.emplace_back(r.Text(0));
+  if (rc != SQLITE_DONE)
+    return std::nullopt;
   return user;
 }
 
@@ -35,11 +36,21 @@ std::optional<User> LoadDeskAdministrator(const Db& db) {
   return LoadUser(db, s.Text(0));
 }
 
+std::string ClientVisibleSql(std::string_view clientColumn) {
+  return "(:viewer_admin OR EXISTS(SELECT 1 FROM user_client uc WHERE uc.user_id=:viewer"
+         " AND uc.client_id=" +
+         std::string(clientColumn) + "))";
+}
+
+void BindViewer(Stmt& s, const User& viewer) {
+  s.Bind(":viewer_admin", int64_t{viewer.admin}).Bind(":viewer", viewer.id);
+}
+
 bool MaySee(const Db& db, const User& user, std::string_view client) {
-  Stmt s = db.Prepare(user.admin ? "SELECT 1 FROM client WHERE id=?2"
-                                 : "SELECT 1 FROM user_client WHERE user_id=?1 AND client_id=?2",
+  Stmt s = db.Prepare("SELECT 1 FROM client c WHERE c.id=:client AND " + ClientVisibleSql("c.id"),
                       nullptr);
-  return s.ok() && s.Bind(1, user.id).Bind(2, client).Step() == SQLITE_ROW;
+  BindViewer(s, user);
+  return s.Bind(":client", client).Step() == SQLITE_ROW;
 }
 
 } // namespace riskd

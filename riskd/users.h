@@ -30,7 +30,16 @@ std::optional<User> LoadUser(const Db& db, std::string_view id);
 // the store has none. Hosts log in as this user when given no user id.
 std::optional<User> LoadDeskAdministrator(const Db& db);
 
-// True when `user` may see `client` (administrators see every known client).
+// The one rule of who sees which client, for every request: an
+// administrator sees every client, anyone else the clients listed for them
+// in user_client. Returns an SQL condition, true when the viewer may see the
+// client id in `clientColumn`; bind its parameters with BindViewer.
+std::string ClientVisibleSql(std::string_view clientColumn);
+// Binds the viewer's parameters of ClientVisibleSql in `s`.
+void BindViewer(Stmt& s, const User& viewer);
+
+// True when `user` may see `client`, a known client; false also when the
+// query fails.
 bool MaySee(const Db& db, const User& user, std::string_view client);
 
 } // namespace riskd

@@ -23,7 +23,7 @@ std::string Text(const kdl::Message& msg, uint32_t tag, uint32_t index) {
   return v ? std::string(*v) : std::string("<absent>");
 }
 
-TestClient::TestClient(uint16_t port) {
+TestClient::TestClient(uint16_t port, const char* greetAs) {
   fd_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   sockaddr_in addr{};
   addr.sin_family = AF_INET;
@@ -33,6 +33,8 @@ TestClient::TestClient(uint16_t port) {
     close(fd_);
     fd_ = -1;
   }
+  if (fd_ >= 0 && greetAs)
+    loginStatus_ = Ask(MakeRequest("tarn_login", {{31003, greetAs}})).status;
 }
 
 TestClient::~TestClient() {

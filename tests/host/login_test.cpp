@@ -1,0 +1,106 @@
+// The host's control logs in at every connection: with no password on a
+// loopback back-end, with the password source's answer under --auth.
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <fstream>
+
+#include "host/backend_control.h"
+#include "host/password_file.h"
+#include "riskd/passwords.h"
+#include "riskd/server.h"
+
+namespace {
+
+TEST(HostLogin, PasswordOnlyWhenTheBackEndWantsOne) {
+  const struct {
+    const char* name;
+    bool auth;
+    const char* user;
+    std::optional<std::string> password; // what the source gives
+    bool connects;
+    int asked; // times the source is asked
+    const char* failure;
+  } cases[] = {
+      {"embeddedDefaultNoPrompt", false, "", std::nullopt, true, 0, ""},
+      {"namedUserNoPrompt", false, "RMS2", std::nullopt, true, 0, ""},
+      {"unknownUser", false, "NOBODY", std::nullopt, false, 0, "does not know user \"NOBODY\""},
+      {"rightPassword", true, "RMS2", "pa55word", true, 1, ""},
+      {"wrongPassword", true, "RMS2", "guess", false, 1, "the password is wrong"},
+      {"noPasswordToGive", true, "RMS2", std::nullopt, false, 1, "wants a password"},
+  };
+  QTemporaryDir dir;
+  ASSERT_TRUE(dir.isValid());
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    riskd::RiskServerOptions o;
+    o.store.dbPath = (dir.path() + "/risk.db").toStdString();
+    o.store.sample.holdings = 1000;
+    o.auth = c.auth;
+    o.refusedLoginDelay = std::chrono::milliseconds(50);
+    o.log = [](const std::string&) {};
+    std::string error;
+    auto server = riskd::RiskServer::Start(o, &error);
+    ASSERT_TRUE(server) << error;
+    {
+      riskd::Db db;
+      ASSERT_TRUE(db.Open(o.store.dbPath, &error));
+      ASSERT_TRUE(riskd::SetPassword(db, "RMS2", "pa55word", &error)) << error;
+    }
+    host::BackendControl control;
+    int asked = 0;
+    control.SetLogin(c.user, [&] {
+      ++asked;
+      return c.password;
+    });
+    QSignalSpy failed(&control, &host::BackendControl::loginFailed);
+    control.Start("127.0.0.1", server->port());
+    const bool settled =
+        QTest::qWaitFor([&] { return control.IsConnected() != 0 || !failed.isEmpty(); }, 10000);
+    ASSERT_TRUE(settled);
+    EXPECT_EQ(control.IsConnected() != 0, c.connects);
+    EXPECT_EQ(asked, c.asked);
+    if (!c.connects) {
+      ASSERT_EQ(failed.size(), 1);
+      EXPECT_TRUE(failed[0][0].toString().contains(c.failure))
+          << failed[0][0].toString().toStdString();
+    }
+    control.Stop();
+  }
+}
+
+TEST(HostLogin, PasswordFileReadableOnlyByItsOwner) {
+  QTemporaryDir dir;
+  ASSERT_TRUE(dir.isValid());
+  const struct {
+    const char* name;
+    const char* text;
+    mode_t mode;
+    std::optional<std::string> password;
+    const char* error;
+  } cases[] = {
+      {"ownerOnly", "s3cret\n", 0600, "s3cret", ""},
+      {"readOnlyByOwner", "s3cret", 0400, "s3cret", ""},
+      {"crlfLine", "s3cret\r\nsecond line\n", 0600, "s3cret", ""},
+      {"groupMayRead", "s3cret\n", 0640, std::nullopt, "chmod 600"},
+      {"othersMayRead", "s3cret\n", 0604, std::nullopt, "chmod 600"},
+      {"groupMayWrite", "s3cret\n", 0620, std::nullopt, "chmod 600"},
+      {"emptyFirstLine", "\ns3cret\n", 0600, std::nullopt, "no password"},
+  };
+  for (const auto& c : cases) {
+    const std::string path = (dir.path() + "/" + c.name).toStdString();
+    std::ofstream(path, std::ios::binary) << c.text;
+    ASSERT_EQ(chmod(path.c_str(), c.mode), 0);
+    std::string error;
+    EXPECT_EQ(host::ReadPasswordFile(path, &error), c.password) << c.name << ": " << error;
+    EXPECT_NE(error.find(c.error), std::string::npos) << c.name << ": " << error;
+  }
+  std::string error;
+  EXPECT_FALSE(host::ReadPasswordFile((dir.path() + "/missing").toStdString(), &error));
+  EXPECT_FALSE(error.empty());
+}
+
+} // namespace

@@ -1,0 +1,70 @@
+// A headless tarntrader against a back-end run with --auth: the password
+// comes from a file only its owner may read, and nothing starts without it.
+#include <QProcess>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <fstream>
+
+#include "riskd/passwords.h"
+#include "riskd/server.h"
+
+namespace {
+
+TEST(TarntraderAuth, HeadlessRunsReadThePasswordFromAPrivateFile) {
+  QTemporaryDir dir;
+  ASSERT_TRUE(dir.isValid());
+  riskd::RiskServerOptions o;
+  o.store.dbPath = (dir.path() + "/risk.db").toStdString();
+  o.store.sample.holdings = 1000;
+  o.auth = true;
+  o.refusedLoginDelay = std::chrono::milliseconds(50);
+  o.log = [](const std::string&) {};
+  std::string error;
+  auto server = riskd::RiskServer::Start(o, &error);
+  ASSERT_TRUE(server) << error;
+  {
+    riskd::Db db;
+    ASSERT_TRUE(db.Open(o.store.dbPath, &error));
+    ASSERT_TRUE(riskd::SetPassword(db, "RMS2", "pa55word", &error)) << error;
+  }
+  const struct {
+    const char* name;
+    const char* fileText; // nullptr: no --password-file
+    mode_t mode;
+    int exitCode;
+    const char* stderrPart;
+  } cases[] = {
+      // Logged in and loaded: the run gets as far as the view (which has no
+      // query buttons yet).
+      {"rightPassword", "pa55word\n", 0600, 2, "the view has no button"},
+      {"wrongPassword", "guess\n", 0600, 1, "the password is wrong"},
+      {"fileOthersMayRead", "pa55word\n", 0644, 1, "chmod 600"},
+      {"noPasswordFile", nullptr, 0600, 1, "give --password-file"},
+  };
+  for (const auto& c : cases) {
+    QStringList args{"--plugin",  VIEWHOLDINGS_PATH,
+                     "--backend", QString("127.0.0.1:%1").arg(server->port()),
+                     "--user",    "RMS2",
+                     "--client",  "C000001",
+                     "--wait-ms", "20000"};
+    if (c.fileText) {
+      const QString file = dir.filePath(QString(c.name) + ".pw");
+      std::ofstream(file.toStdString()) << c.fileText;
+      ASSERT_EQ(chmod(file.toLocal8Bit().constData(), c.mode), 0);
+      args << "--password-file" << file;
+    }
+    QProcess p;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("HOME", dir.path());
+    p.setProcessEnvironment(env);
+    p.start(TARNTRADER_PATH, args);
+    ASSERT_TRUE(p.waitForFinished(60000)) << c.name;
+    const QString err = QString::fromLocal8Bit(p.readAllStandardError());
+    EXPECT_EQ(p.exitCode(), c.exitCode) << c.name << "\n" << err.toStdString();
+    EXPECT_TRUE(err.contains(c.stderrPart)) << c.name << "\n" << err.toStdString();
+  }
+}
+
+} // namespace
