@@ -47,81 +47,39 @@ AnswerFields Join(std::initializer_list<AnswerFields> parts) {
 }
 
 TEST(FillHoldingRecord, FromAnswerFields) {
-  const std::string q = "";
+  // Expected: the 18 columns, then NSE token, 63003 and scrip detail.
   const struct {
     const char* name;
     AnswerFields fields;
-    std::vector<std::string> texts; // 18 columns, token, 63003, scrip detail
+    const char* texts;
     std::vector<std::string> lookups;
   } cases[] = {
-      {"NseLegSplitsAtTheDash",
-       Join({kNseLeg}),
-       {"C1", "", "EQ", "ABCD", "",    "",    q,      q,    q,  q,           q,
-        q,    q,  q,    q,      "---", "---", "0.00", "22", "", "IN:ABCD-EQ"},
-       {"nse_cm ABCD-EQ"}},
-      {"TwoDashesSplitAtTheLast",
-       Join({{{63001, "nse_cm"}, {63100, "AB-CD-BE"}}}),
-       {"C1",  "",    "BE",   "AB-CD", "", "",           q, q, q, q, q, q, q, q, q,
-        "---", "---", "0.00", "",      "", "IN:AB-CD-BE"},
-       {"nse_cm AB-CD-BE"}},
-      {"DashOnBseIsBseLegWhole",
-       Join({{{63001, "bse_cm"}, {63100, "AB-CD"}, {10100, "7"}}}),
-       {"C1", "", "", "", "7",   "AB-CD", q,      q,  q,  q,         q,
-        q,    q,  q,  q,  "---", "---",   "0.00", "", "", "IN:AB-CD"},
-       {"bse_cm AB-CD"}},
-      {"NoDashOnNseSegmentIsBseLeg",
-       Join({{{63001, "nse_cm"}, {63100, "ABCD"}}}),
-       {"C1", "", "", "", "",    "ABCD", q,      q,  q,  q,        q,
-        q,    q,  q,  q,  "---", "---",  "0.00", "", "", "IN:ABCD"},
-       {"bse_cm ABCD"}},
-      {"LaterLegWinsScripDetail",
-       Join({kNseLeg, kBseLeg}),
-       {"C1", "", "EQ", "ABCD", "500001", "ABCD", q,      q,    q,  q,        q,
-        q,    q,  q,    q,      "---",    "---",  "0.00", "22", "", "IN:ABCD"},
-       {"nse_cm ABCD-EQ", "bse_cm ABCD"}},
-      {"SecondLegEmptySymbolStops",
-       Join({kNseLeg, {{63001, "bse_cm"}, {63100, ""}, {10100, "9"}}}),
-       {"C1", "", "EQ", "ABCD", "",    "",    q,      q,    q,  q,           q,
-        q,    q,  q,    q,      "---", "---", "0.00", "22", "", "IN:ABCD-EQ"},
-       {"nse_cm ABCD-EQ"}},
-      {"SecondLegWithoutSegmentStops",
-       Join({kNseLeg, {{63100, "XYZ"}}}),
-       {"C1", "", "EQ", "ABCD", "",    "",    q,      q,    q,  q,           q,
-        q,    q,  q,    q,      "---", "---", "0.00", "22", "", "IN:ABCD-EQ"},
-       {"nse_cm ABCD-EQ"}},
-      {"FirstLegNeverStops",
-       Join({}),
-       {"C1", "", "", "", "", "", q, q, q, q, q, q, q, q, q, "---", "---", "0.00", "", "", "IN:"},
-       {"bse_cm "}},
+      // clang-format off
+      {"NseLegSplitsAtTheDash", Join({kNseLeg}),
+       "C1||EQ|ABCD||||||||||||---|---|0.00|22||IN:ABCD-EQ", {"nse_cm ABCD-EQ"}},
+      {"TwoDashesSplitAtTheLast", Join({{{63001, "nse_cm"}, {63100, "AB-CD-BE"}}}),
+       "C1||BE|AB-CD||||||||||||---|---|0.00|||IN:AB-CD-BE", {"nse_cm AB-CD-BE"}},
+      {"DashOnBseIsBseLegWhole", Join({{{63001, "bse_cm"}, {63100, "AB-CD"}, {10100, "7"}}}),
+       "C1||||7|AB-CD||||||||||---|---|0.00|||IN:AB-CD", {"bse_cm AB-CD"}},
+      {"NoDashOnNseSegmentIsBseLeg", Join({{{63001, "nse_cm"}, {63100, "ABCD"}}}),
+       "C1|||||ABCD||||||||||---|---|0.00|||IN:ABCD", {"bse_cm ABCD"}},
+      {"LaterLegWinsScripDetail", Join({kNseLeg, kBseLeg}),
+       "C1||EQ|ABCD|500001|ABCD||||||||||---|---|0.00|22||IN:ABCD", {"nse_cm ABCD-EQ", "bse_cm ABCD"}},
+      {"SecondLegEmptySymbolStops", Join({kNseLeg, {{63001, "bse_cm"}, {63100, ""}, {10100, "9"}}}),
+       "C1||EQ|ABCD||||||||||||---|---|0.00|22||IN:ABCD-EQ", {"nse_cm ABCD-EQ"}},
+      {"SecondLegWithoutSegmentStops", Join({kNseLeg, {{63100, "XYZ"}}}),
+       "C1||EQ|ABCD||||||||||||---|---|0.00|22||IN:ABCD-EQ", {"nse_cm ABCD-EQ"}},
+      {"FirstLegNeverStops", Join({}), "C1|||||||||||||||---|---|0.00|||IN:", {"bse_cm "}},
       {"CommonFieldsInPlace",
-       Join({kBseLeg,
-             {{63003, "X3"},
-              {64030, "CNC"},
-              {64044, "10"},
-              {64300, "11"},
-              {64205, "12"},
-              {64297, "13"},
-              {64301, "14"},
-              {64461, "15"},
-              {64462, "16"},
-              {64204, "17"},
-              {64435, "18"},
-              {64172, "7.5"},
-              {64171, "1"},
-              {59351, "12345"}}}),
-       {"C1", "CNC", "",   "",   "500001", "ABCD", "10",     "11", "12", "13",     "14",
-        "15", "16",  "17", "18", "7.50",   "LT",   "123.45", "",   "X3", "IN:ABCD"},
-       {"bse_cm ABCD"}},
-      {"CodesAndOddNumbers",
-       Join({kBseLeg, {{64172, "abc"}, {64171, "3"}, {59351, "123456701"}, {64044, ""}}}),
-       {"C1", "", "", "", "500001", "ABCD", "",           q,  q,  q,        q,
-        q,    q,  q,  q,  "0.00",   "",     "1234567.00", "", "", "IN:ABCD"},
-       {"bse_cm ABCD"}},
-      {"CollateralCodeZeroAndTwo",
-       Join({kBseLeg, {{64171, "0"}, {64172, "-2"}}}),
-       {"C1", "", "", "", "500001", "ABCD", q,      q,  q,  q,        q,
-        q,    q,  q,  q,  "-2.00",  "CL",   "0.00", "", "", "IN:ABCD"},
-       {"bse_cm ABCD"}},
+       Join({kBseLeg, {{63003, "X3"}, {64030, "CNC"}, {64044, "10"}, {64300, "11"}, {64205, "12"},
+                       {64297, "13"}, {64301, "14"}, {64461, "15"}, {64462, "16"}, {64204, "17"},
+                       {64435, "18"}, {64172, "7.5"}, {64171, "1"}, {59351, "12345"}}}),
+       "C1|CNC|||500001|ABCD|10|11|12|13|14|15|16|17|18|7.50|LT|123.45||X3|IN:ABCD", {"bse_cm ABCD"}},
+      {"CodesAndOddNumbers", Join({kBseLeg, {{64172, "abc"}, {64171, "3"}, {59351, "123456701"}}}),
+       "C1||||500001|ABCD||||||||||0.00||1234567.00|||IN:ABCD", {"bse_cm ABCD"}},
+      {"CollateralCodeZeroAndTwo", Join({kBseLeg, {{64171, "0"}, {64172, "-2"}}}),
+       "C1||||500001|ABCD||||||||||-2.00|CL|0.00|||IN:ABCD", {"bse_cm ABCD"}},
+      // clang-format on
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -130,7 +88,10 @@ TEST(FillHoldingRecord, FromAnswerFields) {
     CViewHoldings r;
     kdl::Message m = Answer(c.fields);
     EXPECT_EQ(FillHoldingRecord(m.get(), r, store, log.Lookup()), 1);
-    EXPECT_EQ(Texts(r, store), c.texts);
+    std::string joined;
+    for (const std::string& t : Texts(r, store))
+      joined += (joined.empty() ? "" : "|") + t;
+    EXPECT_EQ(joined, c.texts);
     EXPECT_EQ(log.calls, c.lookups);
   }
 }

@@ -24,40 +24,28 @@ bool Details(std::string_view segment, std::string_view symbol, ScripDetailField
   return true;
 }
 
-HoldSelection Scrip(const char* nse, const char* bse) {
-  HoldSelection s;
+HoldSelection Scrip(const char* nse, const char* bse, uint32_t userType = 2,
+                    const char* symbol = "ABCD-BE") {
+  HoldSelection s{false, {}, {}, symbol, "ABCD", {}, "U1", userType, "P9"};
   if (nse)
     s.nseExchange = nse;
   if (bse)
     s.bseExchange = bse;
-  s.nseTradingSymbol = "ABCD-BE";
-  s.bseSymbol = "ABCD";
-  s.userId = "U1";
-  s.userType = 2;
-  s.peerValue = "P9";
   return s;
 }
 
-HoldSelection Client(std::optional<std::string> id, uint32_t userType = 0) {
-  HoldSelection s = Scrip("NSE", "BSE");
+HoldSelection Client(std::optional<std::string> id) {
+  HoldSelection s = Scrip("NSE", "BSE", 0);
   s.clientMode = true;
   s.clientId = std::move(id);
-  s.userType = userType;
   return s;
 }
 
-HoldSelection With(HoldSelection s, uint32_t userType, const char* symbol) {
-  s.userType = userType;
-  s.nseTradingSymbol = symbol;
-  return s;
-}
-
-struct Fixture : ::testing::Test {
+struct HoldingRequest : ::testing::Test {
   void SetUp() override { linktest::g_control = &control; }
   void TearDown() override { linktest::g_control = nullptr; }
   linktest::FakeBackendControl control;
 };
-using HoldingRequest = Fixture;
 
 const std::string kName = "display_holding_detail";
 
@@ -68,51 +56,27 @@ TEST_F(HoldingRequest, FieldsAndMessagesPerSelection) {
     const char* message;
     Fields fields;
   } cases[] = {
-      {"NseOnlyAsksTheTradingSymbol",
-       Scrip("NSE", "--"),
-       "",
-       {{0, {kName}},
-        {63001, {"nse_cm"}},
-        {10100, {"ABCD-BE"}},
-        {63003, {"500001"}},
-        {31003, {"U1"}},
+      // clang-format off
+      {"NseOnlyAsksTheTradingSymbol", Scrip("NSE", "--"), "",
+       {{0, {kName}}, {63001, {"nse_cm"}}, {10100, {"ABCD-BE"}}, {63003, {"500001"}}, {31003, {"U1"}},
         {64056, {"P9"}}}},
-      {"BseOnly",
-       Scrip("--", "BSE"),
-       "",
-       {{0, {kName}},
-        {63001, {"bse_cm"}},
-        {10100, {"ABCD"}},
-        {63003, {"500002"}},
-        {31003, {"U1"}},
+      {"BseOnly", Scrip("--", "BSE"), "",
+       {{0, {kName}}, {63001, {"bse_cm"}}, {10100, {"ABCD"}}, {63003, {"500002"}}, {31003, {"U1"}},
         {64056, {"P9"}}}},
-      {"BothLegs",
-       Scrip("NSE", "BSE"),
-       "",
-       {{0, {kName}},
-        {63001, {"nse_cm", "bse_cm"}},
-        {10100, {"ABCD-BE", "ABCD"}},
-        {63003, {"500001", "500002"}},
-        {31003, {"U1"}},
-        {64056, {"P9"}}}},
-      {"UnknownScripSendsNoCodeNorPeerAboveType2",
-       With(Scrip("NSE", "--"), 3, "ZZ-EQ"),
-       "",
+      {"BothLegs", Scrip("NSE", "BSE"), "",
+       {{0, {kName}}, {63001, {"nse_cm", "bse_cm"}}, {10100, {"ABCD-BE", "ABCD"}},
+        {63003, {"500001", "500002"}}, {31003, {"U1"}}, {64056, {"P9"}}}},
+      {"UnknownScripSendsNoCodeNorPeerAboveType2", Scrip("NSE", "--", 3, "ZZ-EQ"), "",
        {{0, {kName}}, {63001, {"nse_cm"}}, {10100, {"ZZ-EQ"}}, {31003, {"U1"}}}},
-      {"CseAsksTwoBoards",
-       With(Scrip("CSE", "--"), 0, "CC"),
-       "",
-       {{0, {kName}},
-        {63001, {"cse_cm"}},
-        {10100, {"CC-BL", "CC-TM"}},
-        {31003, {"U1"}},
-        {64056, {"P9"}}}},
+      {"CseAsksTwoBoards", Scrip("CSE", "--", 0, "CC"), "",
+       {{0, {kName}}, {63001, {"cse_cm"}}, {10100, {"CC-BL", "CC-TM"}}, {31003, {"U1"}}, {64056, {"P9"}}}},
       {"ClientModeSendsNoPeer", Client("C7"), "", {{0, {kName}}, {54001, {"C7"}}, {31003, {"U1"}}}},
       {"NoNseExchange", Scrip(nullptr, "BSE"), "Please Specify the exchange", {}},
       {"NoBseExchange", Scrip("NSE", nullptr), "Please Specify the exchange", {}},
       {"ExchangeBeforeScrip", Scrip("--", nullptr), "Please Specify the exchange", {}},
       {"BothDashes", Scrip("--", "--"), "Please Select Scrip Details.", {}},
       {"NoClient", Client(std::nullopt), "Please Select Client", {}},
+      // clang-format on
   };
   CBackendLink link(nullptr);
   for (const auto& c : cases) {

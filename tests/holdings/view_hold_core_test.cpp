@@ -71,12 +71,7 @@ struct ViewHoldCoreTest : ::testing::Test {
       ids.emplace_back(r->clientId.View(core.store().texts()));
     return ids;
   }
-  HoldSelection ClientSelection(const char* id) {
-    HoldSelection s;
-    s.clientMode = true;
-    s.clientId = id;
-    return s;
-  }
+  static HoldSelection ClientSelection(const char* id) { return {true, {}, {}, "", "", id}; }
 
   linktest::FakeBackendControl control;
   FakeHost host;
