@@ -19,7 +19,8 @@ public:
   // Stores `text`; a text longer than kInline is added to `pool`.
   void Set(std::string_view text, TextPool& pool) {
     if (text.size() <= kInline) {
-      std::memcpy(bytes_, text.data(), text.size());
+      if (!text.empty()) // an empty view may carry a null pointer
+        std::memcpy(bytes_, text.data(), text.size());
       length_ = uint8_t(text.size());
       return;
     }

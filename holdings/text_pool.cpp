@@ -62,7 +62,7 @@ size_t TextPool::SlotOf(std::string_view text, uint32_t hash) const {
   while (table_[slot].id1 != 0) {
     const Entry& e = table_[slot];
     if (e.hash == hash && e.length == text.size() &&
-        std::memcmp(buffer_.data() + e.offset, text.data(), text.size()) == 0)
+        std::string_view(buffer_.data() + e.offset, e.length) == text)
       return slot;
     slot = (slot + 1) & mask;
   }

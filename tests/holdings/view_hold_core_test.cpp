@@ -71,7 +71,9 @@ struct ViewHoldCoreTest : ::testing::Test {
       ids.emplace_back(r->clientId.View(core.store().texts()));
     return ids;
   }
-  static HoldSelection ClientSelection(const char* id) { return {true, {}, {}, "", "", id}; }
+  static HoldSelection ClientSelection(const char* id) {
+    return {true, {}, {}, "", "", id, "", 0, ""};
+  }
 
   linktest::FakeBackendControl control;
   FakeHost host;
