@@ -25,6 +25,11 @@ public:
   // For each number, its position when all texts are sorted byte-wise
   // (unsigned, as strcmp orders them).
   std::vector<uint32_t> Ranks() const;
+  // Bytes held (capacity, not size).
+  size_t Bytes() const {
+    return buffer_.capacity() + spans_.capacity() * sizeof(Span) +
+           table_.capacity() * sizeof(uint32_t);
+  }
 
 private:
   struct Span {

@@ -27,6 +27,13 @@ public:
 
   bool MatchesEverything() const { return alternatives_.empty(); }
 
+  // True when every alternative is a ">" or "<" one: outside exact mode
+  // such a filter sees only the number "%lf" reads from the cell.
+  bool ComparesNumbersOnly() const;
+  // Matches(cell, false) for a cell that "%lf" reads as `value`; only
+  // meaningful when ComparesNumbersOnly().
+  bool MatchesNumber(double value) const;
+
 private:
   enum class Kind { kContains, kSuffix, kGreater, kLess, kPrefix };
   struct Alternative {

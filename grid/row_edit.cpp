@@ -4,6 +4,7 @@
 #include "grid/row_engine.h"
 
 #include "common/message.h"
+#include "grid/key_cache.h"
 
 #include <algorithm>
 
@@ -37,6 +38,7 @@ int RowEngine::InsertItem(int position, std::string_view text) {
     const size_t at = std::min(size_t(position), map_.size());
     map_.insert(map_.begin() + ptrdiff_t(at), position);
   }
+  keyCache_->SlotInserted(uint32_t(dataIndex));
   if (observer_)
     observer_->OnRowInserted(position, text);
   return reverse_ ? displayedCount_ - 1 - dataIndex : dataIndex;
@@ -45,6 +47,7 @@ int RowEngine::InsertItem(int position, std::string_view text) {
 void RowEngine::RemoveSlot(int dataIndex) {
   items_.erase(items_.begin() + dataIndex);
   checks_.erase(checks_.begin() + dataIndex);
+  keyCache_->SlotErased(uint32_t(dataIndex));
 }
 
 // Lowers every map entry above `dataIndex`. With `stopOnEqual` an entry

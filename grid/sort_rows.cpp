@@ -5,6 +5,7 @@
 #include "grid/row_engine.h"
 
 #include "grid/distinct_interner.h"
+#include "grid/key_cache.h"
 #include "grid/row_convert.h"
 #include "grid/sort_compare.h"
 #include "grid/sort_keys.h"
@@ -90,6 +91,12 @@ void RowEngine::ForEachKey(int column, int type, size_t n, TextInterner& texts, 
   if (HasDataSource() && (type == kCompareDecimal || type == kCompareDecimalAlt) &&
       column >= dataColumnCount_ && size_t(column - dataColumnCount_) < formulas_.size())
     formula = formulas_[size_t(column - dataColumnCount_)].get();
+  std::vector<SortEntry> cached;
+  if (type != kCompareText && CachedSortKeys(column, type, n, cached)) {
+    for (const uint32_t slot : SlotsInStoreOrder(n))
+      sink(slot, cached[slot].key);
+    return;
+  }
   std::string scratch;
   for (const uint32_t slot : SlotsInStoreOrder(n)) {
     const uint64_t item = ItemDataOfIndex(map_[slot]);
@@ -108,6 +115,8 @@ void RowEngine::ForEachKey(int column, int type, size_t n, TextInterner& texts, 
 bool RowEngine::BuildKeys(int column, int type, size_t n, std::vector<SortEntry>& keys) {
   if (!HasNumericKey(type) && type != kCompareText)
     return false;
+  if (CachedSortKeys(column, type, n, keys))
+    return true;
   keys.resize(n);
   TextInterner texts;
   ForEachKey(column, type, n, texts, [&](uint32_t slot, uint64_t key) {
@@ -125,11 +134,23 @@ bool RowEngine::BuildKeys(int column, int type, size_t n, std::vector<SortEntry>
 // bounds even if that rule is not a consistent order.
 std::vector<uint32_t> RowEngine::OrderByDateTime(int column, size_t n, int direction) {
   std::string scratch;
-  TextInterner texts;
+  TextInterner local;
+  ColumnKeys* cache = column < dataColumnCount_ ? PassKeys(column) : nullptr;
+  if (cache && cache->kind != ColumnKeys::Kind::kText)
+    cache = nullptr;
+  TextInterner& texts = cache ? cache->texts : local;
   std::vector<uint32_t> ids(n);
-  for (const uint32_t slot : SlotsInStoreOrder(n)) {
-    const uint64_t item = ItemDataOfIndex(map_[slot]);
-    ids[slot] = texts.Intern(item != 0 && column >= 0 ? PassText(item, column, scratch) : "");
+  if (cache) {
+    const uint32_t empty = texts.Intern({});
+    for (uint32_t slot = 0; slot < n; ++slot) {
+      const int32_t d = map_[slot];
+      ids[slot] = d >= 0 && size_t(d) < items_.size() ? cache->ids[size_t(d)] : empty;
+    }
+  } else {
+    for (const uint32_t slot : SlotsInStoreOrder(n)) {
+      const uint64_t item = ItemDataOfIndex(map_[slot]);
+      ids[slot] = texts.Intern(item != 0 && column >= 0 ? PassText(item, column, scratch) : "");
+    }
   }
   std::vector<uint32_t> order(n);
   for (uint32_t i = 0; i < n; ++i)
@@ -160,6 +181,7 @@ void RowEngine::SortDisplayed(int column, int type, int direction) {
     sorted[i] = map_[order[i]];
   for (size_t i = 0; i < n; ++i)
     map_[reverse_ ? n - 1 - i : i] = sorted[i];
+  EndPass();
 }
 
 // Numeric columns keep only the `n` best rows while reading, in a heap
@@ -200,6 +222,7 @@ std::vector<int32_t> RowEngine::LargestRows(int column, size_t n) {
   } else {
     result.assign(map_.begin(), map_.begin() + ptrdiff_t(n));
   }
+  EndPass();
   return result;
 }
 
