@@ -97,16 +97,6 @@ bool FilterPattern::ComparesNumbersOnly() const {
   return true;
 }
 
-bool FilterPattern::MatchesNumber(double value) const {
-  for (const Alternative& alt : alternatives_) {
-    if (!alt.boundIsNumber)
-      continue;
-    if (alt.kind == Kind::kGreater ? value > alt.bound : value < alt.bound)
-      return true;
-  }
-  return false;
-}
-
 std::string JoinFilterSelection(const std::vector<std::string>& picked) {
   std::string joined;
   for (const std::string& value : picked) {

@@ -32,7 +32,12 @@ public:
   bool ComparesNumbersOnly() const;
   // Matches(cell, false) for a cell that "%lf" reads as `value`; only
   // meaningful when ComparesNumbersOnly().
-  bool MatchesNumber(double value) const;
+  bool MatchesNumber(double value) const {
+    for (const Alternative& alt : alternatives_)
+      if (alt.boundIsNumber && (alt.kind == Kind::kGreater ? value > alt.bound : value < alt.bound))
+        return true;
+    return false;
+  }
 
 private:
   enum class Kind { kContains, kSuffix, kGreater, kLess, kPrefix };

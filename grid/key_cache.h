@@ -116,4 +116,9 @@ struct FilterKeys {
 // kTexts).
 bool MatchCachedCell(FilterKeys& filter, const FilterPattern& pattern, bool exact, uint32_t slot);
 
+// A pass with this one filter: appends to `map` every slot with item data
+// whose cell passes, in store order.
+void FilterOneCached(FilterKeys& filter, const FilterPattern& pattern, bool exact,
+                     const std::vector<uint64_t>& items, std::vector<int32_t>& map);
+
 } // namespace vh

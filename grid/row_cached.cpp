@@ -156,6 +156,29 @@ bool MatchCachedCell(FilterKeys& filter, const FilterPattern& pattern, bool exac
   return false;
 }
 
+void FilterOneCached(FilterKeys& filter, const FilterPattern& pattern, bool exact,
+                     const std::vector<uint64_t>& items, std::vector<int32_t>& map) {
+  const ColumnKeys& keys = *filter.keys;
+  const size_t n = std::min(items.size(), keys.Slots());
+  if (filter.mode == FilterKeys::Mode::kNumbers) {
+    // Tight loops: the key's number, then the pattern.
+    const uint64_t* key = keys.keys.data();
+    if (IsIntegerType(keys.type)) {
+      for (size_t d = 0; d < n; ++d)
+        if (items[d] != 0 && pattern.MatchesNumber(double(int64_t(key[d] ^ kTopBit))))
+          map.push_back(int32_t(d));
+    } else {
+      for (size_t d = 0; d < n; ++d)
+        if (items[d] != 0 && pattern.MatchesNumber(NumberOfKey(keys.type, key[d])))
+          map.push_back(int32_t(d));
+    }
+    return;
+  }
+  for (size_t d = 0; d < n; ++d)
+    if (items[d] != 0 && MatchCachedCell(filter, pattern, exact, uint32_t(d)))
+      map.push_back(int32_t(d));
+}
+
 // --- the change contract ------------------------------------------------------
 
 void RowEngine::RowChanged(int dataIndex) {

@@ -183,7 +183,8 @@ public:
   int PreviousSortColumn() const { return previousSortColumn_; }
   int SortDirection() const { return direction_; }
   // Store slots of the `n` displayed rows with the largest values of
-  // `column`, largest first (ties in any order); empty for an unknown column.
+  // `column`, largest first, equal values in display map order; empty for
+  // an unknown column.
   std::vector<int32_t> LargestRows(int column, size_t n);
 
   // --- distinct values ------------------------------------------------------

@@ -93,8 +93,8 @@ void RowEngine::ForEachKey(int column, int type, size_t n, TextInterner& texts, 
     formula = formulas_[size_t(column - dataColumnCount_)].get();
   std::vector<SortEntry> cached;
   if (type != kCompareText && CachedSortKeys(column, type, n, cached)) {
-    for (const uint32_t slot : SlotsInStoreOrder(n))
-      sink(slot, cached[slot].key);
+    for (const SortEntry& e : cached)
+      sink(e.index, e.key);
     return;
   }
   std::string scratch;
@@ -195,14 +195,17 @@ std::vector<int32_t> RowEngine::LargestRows(int column, size_t n) {
   std::vector<int32_t> result;
   result.reserve(n);
   std::vector<SortEntry> keys;
-  const auto larger = [](const SortEntry& a, const SortEntry& b) { return a.key > b.key; };
+  // Equal values go in map order, whatever order the keys are read in.
+  const auto larger = [](const SortEntry& a, const SortEntry& b) {
+    return a.key > b.key || (a.key == b.key && a.index < b.index);
+  };
   if (HasNumericKey(info->nType) && n > 0) {
     TextInterner unused;
     ForEachKey(column, info->nType, count, unused, [&](uint32_t slot, uint64_t key) {
       if (keys.size() < n) {
         keys.push_back(SortEntry{key, slot});
         std::push_heap(keys.begin(), keys.end(), larger);
-      } else if (key > keys.front().key) {
+      } else if (larger(SortEntry{key, slot}, keys.front())) {
         std::pop_heap(keys.begin(), keys.end(), larger);
         keys.back() = SortEntry{key, slot};
         std::push_heap(keys.begin(), keys.end(), larger);
