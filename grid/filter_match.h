@@ -32,6 +32,19 @@ public:
   bool ComparesNumbersOnly() const;
   // Matches(cell, false) for a cell that "%lf" reads as `value`; only
   // meaningful when ComparesNumbersOnly().
+  // The ">"/"<" alternatives whose operand reads as a number (the others
+  // never match).
+  struct NumberTest {
+    bool greater;
+    double bound;
+  };
+  std::vector<NumberTest> NumberTests() const {
+    std::vector<NumberTest> tests;
+    for (const Alternative& alt : alternatives_)
+      if (alt.boundIsNumber && (alt.kind == Kind::kGreater || alt.kind == Kind::kLess))
+        tests.push_back({alt.kind == Kind::kGreater, alt.bound});
+    return tests;
+  }
   bool MatchesNumber(double value) const {
     for (const Alternative& alt : alternatives_)
       if (alt.boundIsNumber && (alt.kind == Kind::kGreater ? value > alt.bound : value < alt.bound))

@@ -20,6 +20,7 @@
 #include <cstdint>
 #include <memory>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace vh {
@@ -110,6 +111,10 @@ struct FilterKeys {
   Mode mode = Mode::kTexts;
   ColumnKeys* keys = nullptr;
   std::vector<uint8_t> verdicts; // kIds: 0 not yet matched, 1 miss, 2 match
+  // kNumbers: the key ranges [first, second) that match, when the key type
+  // allows them; empty ranges mean "read the number of each key".
+  std::vector<std::pair<uint64_t, uint64_t>> ranges;
+  bool useRanges = false;
 };
 
 // The filter's verdict for store slot `slot` from the cache (any mode but

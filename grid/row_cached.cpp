@@ -105,13 +105,82 @@ double CustomSortNumber(uint64_t bits) {
   return IsCustomNumber(bits) ? CustomNumber(bits) : 0.0;
 }
 
+// The keys whose numbers pass a ">"/"<" filter, as ranges of keys: keys
+// order like their numbers, so each test is one range. False for long
+// columns, whose numbers a double does not always hold exactly.
+bool KeyRanges(int type, const FilterPattern& pattern,
+               std::vector<std::pair<uint64_t, uint64_t>>& ranges) {
+  constexpr double kMin = -2147483648.0, kMax = 2147483647.0;
+  for (const FilterPattern::NumberTest& test : pattern.NumberTests()) {
+    const double b = test.bound;
+    if (b != b)
+      continue; // no number compares with NaN
+    if (type == kCompareInteger) {
+      // An integer v > b exactly when v >= floor(b) + 1; v < b when v < ceil(b).
+      if (test.greater) {
+        const double t = std::floor(b) + 1;
+        if (t > kMax)
+          continue;
+        ranges.emplace_back(SignedKey(int64_t(std::max(t, kMin))), SignedKey(int64_t(kMax) + 1));
+      } else {
+        const double t = std::ceil(b);
+        if (t <= kMin)
+          continue;
+        ranges.emplace_back(SignedKey(int64_t(kMin)), SignedKey(int64_t(std::min(t, kMax + 1))));
+      }
+    } else if (type == kCompareDecimal || type == kCompareDecimalAlt) {
+      // Every NaN key is UINT64_MAX, outside both ranges.
+      if (test.greater)
+        ranges.emplace_back(DecimalKey(b) + 1, UINT64_MAX);
+      else
+        ranges.emplace_back(0, DecimalKey(b));
+    } else {
+      return false;
+    }
+  }
+  return true;
+}
+
+// Two decimals of a cached custom value (itself read back from such a
+// text): the cents are exact below 2^40, printed two digits at a time.
+size_t FormatCustomNumber(double value, char* buffer) {
+  const double scaled = std::fabs(value) * 100;
+  if (!(scaled < 1099511627776.0))
+    return custom::FormatTwoDecimals(value, buffer);
+  static constexpr char kPairs[] =
+      "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+      "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+      "8081828384858687888990919293949596979899";
+  uint64_t cents = uint64_t(scaled + 0.5);
+  char digits[24];
+  char* end = digits + sizeof digits;
+  char* p = end;
+  std::memcpy(p -= 2, kPairs + 2 * (cents % 100), 2);
+  *--p = '.';
+  cents /= 100;
+  do {
+    if (cents >= 10) {
+      std::memcpy(p -= 2, kPairs + 2 * (cents % 100), 2);
+      cents /= 100;
+    } else {
+      *--p = char('0' + cents);
+      cents = 0;
+    }
+  } while (cents != 0);
+  size_t at = 0;
+  if (std::signbit(value))
+    buffer[at++] = '-';
+  std::memcpy(buffer + at, p, size_t(end - p));
+  return at + size_t(end - p);
+}
+
 // The text the cell shows; `buffer` holds custom::kFormatBufferSize.
 std::string_view CustomText(uint64_t bits, char* buffer) {
   if (bits == kCustomLeftEmpty)
     return {};
   if (bits == kCustomDividedByZero)
     return kDividedByZeroText;
-  return {buffer, custom::FormatTwoDecimals(CustomNumber(bits), buffer)};
+  return {buffer, FormatCustomNumber(CustomNumber(bits), buffer)};
 }
 
 // Counts the messages shown while it lives instead of showing them.
@@ -160,6 +229,29 @@ void FilterOneCached(FilterKeys& filter, const FilterPattern& pattern, bool exac
                      const std::vector<uint64_t>& items, std::vector<int32_t>& map) {
   const ColumnKeys& keys = *filter.keys;
   const size_t n = std::min(items.size(), keys.Slots());
+  if (filter.mode == FilterKeys::Mode::kNumbers && filter.useRanges) {
+    const uint64_t* key = keys.keys.data();
+    const auto& ranges = filter.ranges;
+    if (ranges.size() == 1) {
+      const uint64_t low = ranges[0].first;
+      const uint64_t width = ranges[0].second - low;
+      for (size_t d = 0; d < n; ++d)
+        if (items[d] != 0 && key[d] - low < width)
+          map.push_back(int32_t(d));
+      return;
+    }
+    for (size_t d = 0; d < n; ++d) {
+      if (items[d] == 0)
+        continue;
+      for (const auto& range : ranges) {
+        if (key[d] - range.first < range.second - range.first) {
+          map.push_back(int32_t(d));
+          break;
+        }
+      }
+    }
+    return;
+  }
   if (filter.mode == FilterKeys::Mode::kNumbers) {
     // Tight loops: the key's number, then the pattern.
     const uint64_t* key = keys.keys.data();
@@ -411,8 +503,10 @@ FilterKeys RowEngine::PrepareFilterKeys(int column, const FilterPattern& pattern
     filter.verdicts.assign(filter.keys->texts.Size(), 0);
     break;
   case ColumnKeys::Kind::kNumber:
-    if (filter.keys->scanAgrees)
+    if (filter.keys->scanAgrees) {
       filter.mode = FilterKeys::Mode::kNumbers;
+      filter.useRanges = KeyRanges(filter.keys->type, pattern, filter.ranges);
+    }
     break;
   case ColumnKeys::Kind::kCustom:
     filter.mode = numbers ? FilterKeys::Mode::kCustomNumbers : FilterKeys::Mode::kCustomTexts;

@@ -8,6 +8,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdio>
+#include <random>
+
 namespace vh {
 namespace {
 
@@ -16,25 +20,38 @@ using test::TextTable;
 // Number columns filtered with ">"/"<" compare keys only when every cell
 // reads with "%lf" as its key's number; these texts read differently.
 TEST(KeyCache, NumberFiltersMatchTheTextReading) {
+  const std::vector<std::string> kEdgeBounds = {
+      ">2.5", "<-2.5", ">-0",  "<0",     ">1e10",        "<-1e10",     ">inf",
+      "<inf", ">-inf", ">nan", ">2~<-2", "<-2147483648", ">2147483646"};
   const struct {
     const char* name;
     int type;
     std::vector<std::string> cells;
-    const char* filter;
+    std::vector<std::string> filters;
   } cases[] = {
-      {"integers past 32 bits wrap for atoi", 1, {"2147483648", "-4294967297", "12", "7"}, "<10"},
-      {"ten digits over a small bound", 1, {"9876543210", "3", "-1"}, ">5"},
-      {"decimals in an integer column", 1, {"12.7", "12", "13"}, ">12"},
-      {"exponents in an integer column", 1, {"1e3", "999", "5"}, ">500"},
-      {"text in an integer column", 1, {"abc", "0", "-3"}, "<1"},
-      {"empty cells", 2, {"", "0", "0.5"}, "<0.1"},
-      {"hexadecimal prefix without digits", 2, {"0x", "0x1A", "1"}, "<0.5"},
+      // Cells that read differently with atoi/atof and "%lf": texts decide.
+      {"integers past 32 bits wrap for atoi", 1, {"2147483648", "-4294967297", "12", "7"}, {"<10"}},
+      {"ten digits over a small bound", 1, {"9876543210", "3", "-1"}, {">5"}},
+      {"decimals in an integer column", 1, {"12.7", "12", "13"}, {">12"}},
+      {"exponents in an integer column", 1, {"1e3", "999", "5"}, {">500"}},
+      {"text in an integer column", 1, {"abc", "0", "-3"}, {"<1"}},
+      {"empty cells", 2, {"", "0", "0.5"}, {"<0.1"}},
+      {"hexadecimal prefix without digits", 2, {"0x", "0x1A", "1"}, {"<0.5"}},
       {"long column near its limits",
        4,
        {"9223372036854775807", "-9223372036854775808", "1"},
-       ">1e18"},
-      {"not-a-number and infinity", 5, {"nan", "inf", "-inf", "3"}, ">0~<-1"},
-      {"non-number bound", 2, {"1", "2"}, ">x"},
+       {">1e18", "<-1e18"}},
+      {"non-number bound", 2, {"1", "2"}, {">x"}},
+      // Clean columns: the keys decide, through ranges of keys.
+      {"integers against awkward bounds",
+       1,
+       {"-3", "-2", "0", "2", "3", "2147483647", "-2147483648"},
+       kEdgeBounds},
+      {"decimals against awkward bounds",
+       2,
+       {"-0.0", "0", "1.5", "-1.5", "2.5", "inf", "-inf", "nan", "1e300"},
+       kEdgeBounds},
+      {"second decimal type", 5, {"-2.5", "2.5", "1e10", "-1e10"}, kEdgeBounds},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -48,13 +65,48 @@ TEST(KeyCache, NumberFiltersMatchTheTextReading) {
       test::LoadRows(*e, table);
     }
     plain.SetKeyCacheLimit(0);
-    for (int pass = 0; pass < 2; ++pass) { // building, then from the cache
-      cached.SetFilter(0, c.filter, false);
-      plain.SetFilter(0, c.filter, false);
-      ASSERT_EQ(cached.DisplayedCount(), plain.DisplayedCount()) << "pass " << pass;
-      for (int p = 0; p < plain.DisplayedCount(); ++p)
-        EXPECT_EQ(cached.GetItemData(p), plain.GetItemData(p));
+    for (const std::string& filter : c.filters) {
+      for (int pass = 0; pass < 2; ++pass) { // building, then from the cache
+        cached.SetFilter(0, filter, false);
+        plain.SetFilter(0, filter, false);
+        ASSERT_EQ(cached.DisplayedCount(), plain.DisplayedCount()) << filter << " pass " << pass;
+        for (int p = 0; p < plain.DisplayedCount(); ++p)
+          EXPECT_EQ(cached.GetItemData(p), plain.GetItemData(p)) << filter;
+      }
     }
+  }
+}
+
+// Custom cells are kept as numbers; their texts are made again from them.
+TEST(KeyCache, CustomTextsMadeFromKeptValuesEqualTheComputedOnes) {
+  std::mt19937 rng(11);
+  TextTable table;
+  std::uniform_int_distribution<int> exponent(-6, 18);
+  std::uniform_real_distribution<double> mantissa(-10, 10);
+  char text[64];
+  for (int r = 0; r < 3000; ++r) {
+    std::snprintf(text, sizeof text, "%.17g", mantissa(rng) * std::pow(10.0, exponent(rng)));
+    table.rows.push_back({text, r % 3 == 0 ? "0.005" : (r % 3 == 1 ? "-1" : "100")});
+  }
+  RowEngine cached, plain;
+  for (RowEngine* e : {&cached, &plain}) {
+    e->SetOwnerDataSource(&TextTable::Fetch, &table);
+    auto columns = test::Columns({2, 2, 2});
+    columns[2].strExpression = " \"0\"*\"1\"";
+    e->SetColumns(columns, 2);
+    e->SetCustomColumnCompiler(&CompileRowFormula);
+    test::LoadRows(*e, table);
+  }
+  plain.SetKeyCacheLimit(0);
+  std::vector<std::string> texts[2];
+  for (int pass = 0; pass < 2; ++pass) {
+    texts[0].clear();
+    texts[1].clear();
+    cached.VisitColumnTexts(2, [&](int, std::string_view t) { texts[0].emplace_back(t); });
+    plain.VisitColumnTexts(2, [&](int, std::string_view t) { texts[1].emplace_back(t); });
+    ASSERT_EQ(texts[0].size(), table.rows.size());
+    for (size_t i = 0; i < texts[0].size(); ++i)
+      ASSERT_EQ(texts[0][i], texts[1][i]) << "row " << i << " pass " << pass;
   }
 }
 
