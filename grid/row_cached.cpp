@@ -580,6 +580,49 @@ bool RowEngine::CachedSortKeys(int column, int type, size_t n, std::vector<SortE
   return true;
 }
 
+// LargestRows over cached number or custom keys, read straight from the
+// cache in map order; the same total order as the uncached heap.
+bool RowEngine::CachedLargestRows(int column, int type, size_t count, size_t n,
+                                  std::vector<int32_t>& result) {
+  const sTarnColInfo* info = ColumnInfo(column);
+  const bool custom = column >= dataColumnCount_;
+  if (!info || (!custom && !IsNumberType(info->nType)) ||
+      (custom && type != kCompareDecimal && type != kCompareDecimalAlt))
+    return false;
+  ColumnKeys* cache = PassKeys(column);
+  if (!cache || cache->kind == ColumnKeys::Kind::kText || cache->type != type)
+    return false;
+  const auto larger = [](const SortEntry& a, const SortEntry& b) {
+    return a.key > b.key || (a.key == b.key && a.index < b.index);
+  };
+  const uint64_t empty = IsIntegerType(type) ? SignedKey(0) : DecimalKey(0);
+  const uint64_t* keys = cache->keys.data();
+  const size_t rows = items_.size();
+  std::vector<SortEntry> heap;
+  heap.reserve(n + 1);
+  for (uint32_t s = 0; s < count; ++s) {
+    const int32_t d = map_[s];
+    uint64_t key = empty;
+    if (d >= 0 && size_t(d) < rows)
+      key = custom ? DecimalKey(CustomSortNumber(keys[d])) : keys[d];
+    if (heap.size() == n && key < heap.front().key)
+      continue; // the common case once the heap is full
+    const SortEntry entry{key, s};
+    if (heap.size() < n) {
+      heap.push_back(entry);
+      std::push_heap(heap.begin(), heap.end(), larger);
+    } else if (larger(entry, heap.front())) {
+      std::pop_heap(heap.begin(), heap.end(), larger);
+      heap.back() = entry;
+      std::push_heap(heap.begin(), heap.end(), larger);
+    }
+  }
+  std::sort_heap(heap.begin(), heap.end(), larger);
+  for (const SortEntry& e : heap)
+    result.push_back(map_[e.index]);
+  return true;
+}
+
 bool RowEngine::CachedDistinctValues(int column, size_t n, std::vector<std::string>& values) {
   const sTarnColInfo* info = ColumnInfo(column);
   if (!info || (column < dataColumnCount_ && IsNumberType(info->nType)))

@@ -273,6 +273,8 @@ private:
   void EndPass();
   bool CachedSortKeys(int column, int type, size_t n, std::vector<SortEntry>& keys);
   bool CachedDistinctValues(int column, size_t n, std::vector<std::string>& values);
+  bool CachedLargestRows(int column, int type, size_t count, size_t n,
+                         std::vector<int32_t>& result);
 
   std::unique_ptr<KeyCache> keyCache_;
   std::vector<char> uncacheable_; // custom columns that showed a message

@@ -199,7 +199,10 @@ std::vector<int32_t> RowEngine::LargestRows(int column, size_t n) {
   const auto larger = [](const SortEntry& a, const SortEntry& b) {
     return a.key > b.key || (a.key == b.key && a.index < b.index);
   };
-  if (HasNumericKey(info->nType) && n > 0) {
+  if (HasNumericKey(info->nType) && n > 0 &&
+      CachedLargestRows(column, info->nType, count, n, result)) {
+    // read from the key cache
+  } else if (HasNumericKey(info->nType) && n > 0) {
     TextInterner unused;
     ForEachKey(column, info->nType, count, unused, [&](uint32_t slot, uint64_t key) {
       if (keys.size() < n) {
