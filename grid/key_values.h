@@ -1,0 +1,64 @@
+// How the key caches read and show values: the order keys of number
+// columns, what "%lf" makes of them, and the values kept for custom cells.
+// Shared by the engine's cache files only.
+#pragma once
+
+#include "grid/col_info.h"
+#include "grid/key_cache.h"
+
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace vh {
+
+class FilterPattern;
+
+namespace keys {
+
+inline bool IsNumberType(int type) {
+  return type == kCompareInteger || type == kCompareDecimal || type == kCompareDecimalAlt ||
+         type == kCompareLong;
+}
+
+inline bool IsIntegerType(int type) {
+  return type == kCompareInteger || type == kCompareLong;
+}
+
+// The order key the sort of `type` (a number type) reads from `text`, and
+// whether "%lf" reads exactly that key's number from it.
+uint64_t NumberKey(int type, std::string_view text, bool& scanAgrees);
+
+// The number a number column's key stands for; -0 comes back as 0 and
+// every NaN as one NaN, which no comparison tells apart.
+double NumberOfKey(int type, uint64_t key);
+
+// The keys whose numbers pass the ">"/"<" tests of `pattern`, as ranges
+// [first, second) of keys. False for long columns, whose numbers a double
+// does not always hold exactly.
+bool KeyRanges(int type, const FilterPattern& pattern,
+               std::vector<std::pair<uint64_t, uint64_t>>& ranges);
+
+inline double CustomNumber(uint64_t bits) {
+  double value;
+  std::memcpy(&value, &bits, sizeof value);
+  return value;
+}
+
+inline bool IsCustomNumber(uint64_t bits) {
+  return bits != kCustomLeftEmpty && bits != kCustomDividedByZero;
+}
+
+// What atof reads from a custom cell: its value, 0 for the other texts.
+inline double CustomSortNumber(uint64_t bits) {
+  return IsCustomNumber(bits) ? CustomNumber(bits) : 0.0;
+}
+
+// The text a custom cell shows, from its kept bits; `buffer` holds
+// custom::kFormatBufferSize characters.
+std::string_view CustomText(uint64_t bits, char* buffer);
+
+} // namespace keys
+} // namespace vh
