@@ -9,6 +9,7 @@
 #include "grid/row_engine.h"
 #include "grid/sort_keys.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -156,6 +157,33 @@ std::unique_ptr<ColumnKeys> RowEngine::ReadColumnKeys(int column) {
     messages.emplace();
   std::string scratch;
   FreshKey fresh;
+  if (keys->kind == ColumnKeys::Kind::kText) {
+    // Once the distinct texts outgrow the processor's cache, a few rows are
+    // read ahead: their texts copied (a view lasts one call) and hashed,
+    // and their table slots fetched while the others are looked up.
+    constexpr uint32_t kAhead = 16;
+    constexpr size_t kTextsInCache = 16384;
+    std::string texts[kAhead];
+    uint32_t hashes[kAhead];
+    for (uint32_t d = 0; d < n;) {
+      if (keys->texts.Size() < kTextsInCache) {
+        ReadSlotKey(*keys, column, d, fresh, scratch);
+        keys->ids[d++] = keys->texts.Intern(fresh.text);
+        continue;
+      }
+      const uint32_t count = std::min<uint32_t>(kAhead, uint32_t(n) - d);
+      for (uint32_t i = 0; i < count; ++i) {
+        ReadSlotKey(*keys, column, d + i, fresh, scratch);
+        texts[i].assign(fresh.text);
+        hashes[i] = TextInterner::Hash(texts[i]);
+        keys->texts.Prefetch(hashes[i]);
+      }
+      for (uint32_t i = 0; i < count; ++i)
+        keys->ids[d + i] = keys->texts.Intern(texts[i], hashes[i]);
+      d += count;
+    }
+    return keys;
+  }
   for (uint32_t d = 0; d < n; ++d) {
     if (!ReadSlotKey(*keys, column, d, fresh, scratch) || (messages && messages->Count() > 0)) {
       // A formula that shows messages must show them on every pass.
