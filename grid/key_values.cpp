@@ -41,27 +41,26 @@ size_t FormatCustomNumber(double value, char* buffer) {
       "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
       "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
       "8081828384858687888990919293949596979899";
-  uint64_t cents = uint64_t(scaled + 0.5);
-  char digits[24];
-  char* end = digits + sizeof digits;
-  char* p = end;
+  const uint64_t cents = uint64_t(scaled + 0.5);
+  uint64_t whole = cents / 100;
+  size_t wholeDigits = 1;
+  for (uint64_t power = 10; wholeDigits < 19 && whole >= power; power *= 10)
+    ++wholeDigits;
+  // Written from the end, straight into place.
+  const size_t length = (std::signbit(value) ? 1 : 0) + wholeDigits + 3;
+  buffer[0] = '-';
+  char* p = buffer + length;
   std::memcpy(p -= 2, kPairs + 2 * (cents % 100), 2);
   *--p = '.';
-  cents /= 100;
-  do {
-    if (cents >= 10) {
-      std::memcpy(p -= 2, kPairs + 2 * (cents % 100), 2);
-      cents /= 100;
-    } else {
-      *--p = char('0' + cents);
-      cents = 0;
-    }
-  } while (cents != 0);
-  size_t at = 0;
-  if (std::signbit(value))
-    buffer[at++] = '-';
-  std::memcpy(buffer + at, p, size_t(end - p));
-  return at + size_t(end - p);
+  while (whole >= 100) {
+    std::memcpy(p -= 2, kPairs + 2 * (whole % 100), 2);
+    whole /= 100;
+  }
+  if (whole >= 10)
+    std::memcpy(p - 2, kPairs + 2 * whole, 2);
+  else
+    p[-1] = char('0' + whole);
+  return length;
 }
 
 } // namespace
