@@ -96,7 +96,10 @@ uint32_t TextInterner::Intern(std::string_view text, uint32_t hash) {
     const Slot& s = table_[slot];
     if (s.head == head && s.tag == tag) {
       const uint32_t id = s.id - 1;
-      if (text.size() <= 8 || Text(id) == text)
+      // Equal tags mean equal lengths; the head holds the first 8 bytes.
+      const size_t n = text.size();
+      if (n <= 8 || (n <= 16 ? Load8(Text(id).data() + n - 8) == Load8(text.data() + n - 8)
+                             : Text(id) == text))
         return id;
     }
     slot = (slot + 1) & mask;

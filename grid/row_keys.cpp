@@ -167,8 +167,9 @@ std::unique_ptr<ColumnKeys> RowEngine::ReadColumnKeys(int column) {
     uint32_t hashes[kAhead];
     for (uint32_t d = 0; d < n;) {
       if (keys->texts.Size() < kTextsInCache) {
-        ReadSlotKey(*keys, column, d, fresh, scratch);
-        keys->ids[d++] = keys->texts.Intern(fresh.text);
+        const uint64_t item = items_[d];
+        keys->ids[d++] =
+            keys->texts.Intern(item != 0 ? PassText(item, column, scratch) : std::string_view());
         continue;
       }
       const uint32_t count = std::min<uint32_t>(kAhead, uint32_t(n) - d);
