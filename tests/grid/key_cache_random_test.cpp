@@ -68,7 +68,7 @@ struct Twin {
   RowEngine plain;
   std::vector<std::string> cachedMessages, plainMessages;
 
-  Twin(bool viewSource, bool reverse) {
+  Twin(bool viewSource, bool reverse, size_t cacheLimit) {
     std::vector<int32_t> types = {1, 2, 3, 4, 5, 6, 1, 3};
     const int32_t customTypes[] = {2, 2, 3, 1, 2, 2};
     types.insert(types.end(), std::begin(customTypes), std::end(customTypes));
@@ -84,6 +84,7 @@ struct Twin {
       e->SetReverseDisplay(reverse);
     }
     plain.SetKeyCacheLimit(0);
+    cached.SetKeyCacheLimit(cacheLimit);
     cached.SetKeyCacheCheck(true);
     cached.SetKeyMismatchHandler([](int column, int dataIndex) {
       ADD_FAILURE() << "cached key of column " << column << " at " << dataIndex << " is stale";
@@ -120,10 +121,10 @@ std::string RandomFilter(std::mt19937& rng) {
   return kFilters[std::uniform_int_distribution<size_t>(0, std::size(kFilters) - 1)(rng)];
 }
 
-void RunScenario(uint32_t seed, bool viewSource, bool reverse) {
+void RunScenario(uint32_t seed, bool viewSource, bool reverse, size_t cacheLimit) {
   SCOPED_TRACE("seed " + std::to_string(seed));
   std::mt19937 rng(seed);
-  Twin twin(viewSource, reverse);
+  Twin twin(viewSource, reverse, cacheLimit);
   for (int r = 0; r < 120; ++r)
     twin.table.rows.push_back(RandomRow(rng));
   twin.Both([&](RowEngine& e) { test::LoadRows(e, twin.table); });
@@ -213,15 +214,17 @@ TEST(KeyCacheRandom, EveryPassEqualsTheUncachedEngine) {
     const char* name;
     bool viewSource;
     bool reverse;
+    size_t cacheLimit;
   } cases[] = {
-      {"owner source, newest first", false, true},
-      {"view source, newest first", true, true},
-      {"owner source, oldest first", false, false},
+      {"owner source, newest first", false, true, RowEngine::kDefaultKeyCacheLimit},
+      {"view source, newest first", true, true, RowEngine::kDefaultKeyCacheLimit},
+      {"owner source, oldest first", false, false, RowEngine::kDefaultKeyCacheLimit},
+      {"a cap of about two columns: caches come and go", true, true, 2500},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     for (uint32_t seed = 1; seed <= 12; ++seed) {
-      RunScenario(seed, c.viewSource, c.reverse);
+      RunScenario(seed, c.viewSource, c.reverse, c.cacheLimit);
       if (::testing::Test::HasFatalFailure())
         return;
     }
