@@ -116,10 +116,11 @@ void RowEngine::Filter() {
   for (const auto& filter : active)
     cached.push_back(PrepareFilterKeys(filter.first, filter.second, exact));
   std::string scratch;
+  // One filter read from its cache runs in a loop of its own.
   const bool oneCached = active.size() == 1 && cached[0].mode != FilterKeys::Mode::kTexts;
   if (oneCached)
     FilterOneCached(cached[0], active[0].second, exact, items_, map_);
-  for (size_t d = 0; d < items_.size() && !oneCached; ++d) {
+  for (size_t d = 0; !oneCached && d < items_.size(); ++d) {
     const uint64_t item = items_[d];
     if (item == 0)
       continue;

@@ -261,7 +261,7 @@ private:
   bool BuildKeys(int column, int type, size_t n, std::vector<SortEntry>& keys);
   std::vector<uint32_t> OrderByDateTime(int column, size_t n, int direction);
 
-  // Key caches (grid/row_cached.cpp).
+  // Key caches (grid/row_keys.cpp, grid/row_cached.cpp).
   ColumnKeys* PassKeys(int column);
   std::unique_ptr<ColumnKeys> ReadColumnKeys(int column);
   bool ReadSlotKey(ColumnKeys& keys, int column, uint32_t slot, FreshKey& out,

@@ -201,8 +201,10 @@ std::vector<int32_t> RowEngine::LargestRows(int column, size_t n) {
   };
   if (HasNumericKey(info->nType) && n > 0 &&
       CachedLargestRows(column, info->nType, count, n, result)) {
-    // read from the key cache
-  } else if (HasNumericKey(info->nType) && n > 0) {
+    EndPass();
+    return result;
+  }
+  if (HasNumericKey(info->nType) && n > 0) {
     TextInterner unused;
     ForEachKey(column, info->nType, count, unused, [&](uint32_t slot, uint64_t key) {
       if (keys.size() < n) {
