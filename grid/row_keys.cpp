@@ -35,6 +35,24 @@ private:
   MessageSink old_;
 };
 
+// Copies a text of up to 16 bytes in fixed-size pieces, reading nothing
+// outside it (a variable-length copy is a library call per row).
+void CopyShort(std::string_view text, char* out) {
+  const char* p = text.data();
+  const size_t n = text.size();
+  if (n >= 8) {
+    std::memcpy(out, p, 8);
+    std::memcpy(out + n - 8, p + n - 8, 8);
+  } else if (n >= 4) {
+    std::memcpy(out, p, 4);
+    std::memcpy(out + n - 4, p + n - 4, 4);
+  } else if (n > 0) {
+    out[0] = p[0];
+    out[n / 2] = p[n / 2];
+    out[n - 1] = p[n - 1];
+  }
+}
+
 } // namespace
 
 // --- the change contract ------------------------------------------------------
@@ -163,7 +181,10 @@ std::unique_ptr<ColumnKeys> RowEngine::ReadColumnKeys(int column) {
     // and their table slots fetched while the others are looked up.
     constexpr uint32_t kAhead = 16;
     constexpr size_t kTextsInCache = 16384;
-    std::string texts[kAhead];
+    constexpr size_t kShort = 16;
+    char shortTexts[kAhead][kShort];
+    std::string longTexts[kAhead];
+    std::string_view texts[kAhead];
     uint32_t hashes[kAhead];
     for (uint32_t d = 0; d < n;) {
       if (keys->texts.Size() < kTextsInCache) {
@@ -174,8 +195,14 @@ std::unique_ptr<ColumnKeys> RowEngine::ReadColumnKeys(int column) {
       }
       const uint32_t count = std::min<uint32_t>(kAhead, uint32_t(n) - d);
       for (uint32_t i = 0; i < count; ++i) {
-        ReadSlotKey(*keys, column, d + i, fresh, scratch);
-        texts[i].assign(fresh.text);
+        const uint64_t item = items_[d + i];
+        const std::string_view text = item != 0 ? PassText(item, column, scratch) : "";
+        if (text.size() <= kShort) {
+          CopyShort(text, shortTexts[i]);
+          texts[i] = std::string_view(shortTexts[i], text.size());
+        } else {
+          texts[i] = longTexts[i].assign(text);
+        }
         hashes[i] = TextInterner::Hash(texts[i]);
         keys->texts.Prefetch(hashes[i]);
       }
