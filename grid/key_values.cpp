@@ -43,9 +43,12 @@ size_t FormatCustomNumber(double value, char* buffer) {
       "8081828384858687888990919293949596979899";
   const uint64_t cents = uint64_t(scaled + 0.5);
   uint64_t whole = cents / 100;
-  size_t wholeDigits = 1;
-  for (uint64_t power = 10; wholeDigits < 19 && whole >= power; power *= 10)
-    ++wholeDigits;
+  // Digits from the bit width: log10(2) ~ 1233 / 4096, then one correction.
+  static constexpr uint64_t kPowers[] = {
+      1,        10,        100,        1000,        10000,        100000,       1000000,
+      10000000, 100000000, 1000000000, 10000000000, 100000000000, 1000000000000};
+  const int log = (64 - __builtin_clzll(whole | 1)) * 1233 >> 12;
+  const size_t wholeDigits = std::max<size_t>(1, size_t(log + 1 - (whole < kPowers[log] ? 1 : 0)));
   // Written from the end, straight into place.
   const size_t length = (std::signbit(value) ? 1 : 0) + wholeDigits + 3;
   buffer[0] = '-';
