@@ -5,6 +5,9 @@
 //
 //   number columns (comparison types 1, 2, 4, 5)  keys[slot] = order key of
 //       the number the sort reads (SignedKey / DecimalKey), 8 bytes a row
+//   other data columns, every text of at most 7 bytes
+//                                                  keys[slot] = the text
+//       itself (ShortTextKey), 8 bytes a row
 //   other data columns                             ids[slot] = number of the
 //       cell's text in `texts`, 4 bytes a row, plus each distinct text once
 //   custom columns                                 keys[slot] = bits of the
@@ -31,10 +34,10 @@ inline constexpr uint64_t kCustomLeftEmpty = 0x7FF0000000000001ull;
 inline constexpr uint64_t kCustomDividedByZero = 0x7FF0000000000002ull;
 
 struct ColumnKeys {
-  enum class Kind : uint8_t { kNumber, kText, kCustom };
+  enum class Kind : uint8_t { kNumber, kShortText, kText, kCustom };
   Kind kind = Kind::kText;
   int32_t type = 0;            // the comparison type the keys were read for
-  std::vector<uint64_t> keys;  // kNumber, kCustom
+  std::vector<uint64_t> keys;  // kNumber, kShortText, kCustom
   std::vector<uint32_t> ids;   // kText
   TextInterner texts;          // kText
   std::vector<uint32_t> ranks; // kText: byte-wise rank per text, built on demand
@@ -53,7 +56,7 @@ struct ColumnKeys {
 
 // One slot's key read afresh from its cell.
 struct FreshKey {
-  uint64_t key = 0;      // kNumber, kCustom
+  uint64_t key = 0;      // kNumber, kShortText, kCustom
   std::string_view text; // kText: valid until the next read
   bool scanAgrees = true;
 };
@@ -104,6 +107,7 @@ struct FilterKeys {
   enum class Mode : uint8_t {
     kTexts,         // no usable cache: fetch each text
     kIds,           // each distinct text matched once, then looked up
+    kShortTexts,    // each text taken out of its key
     kNumbers,       // ">"/"<" filter on a number column whose keys read as "%lf" does
     kCustomNumbers, // ">"/"<" filter on a custom column's values
     kCustomTexts,   // other filters on a custom column: the text made from the value

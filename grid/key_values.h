@@ -41,6 +41,26 @@ double NumberOfKey(int type, uint64_t key);
 bool KeyRanges(int type, const FilterPattern& pattern,
                std::vector<std::pair<uint64_t, uint64_t>>& ranges);
 
+// A text of up to 7 bytes as a key: its bytes from the most significant
+// end, then its length, so that keys order as the texts do byte-wise (a
+// prefix first). False, `key` untouched, for a longer text.
+inline bool ShortTextKey(std::string_view text, uint64_t& key) {
+  if (text.size() > 7)
+    return false;
+  uint64_t bytes = 0;
+  for (const char c : text)
+    bytes = bytes << 8 | uint8_t(c);
+  key = (bytes << (8 * (8 - text.size()))) | text.size();
+  return true;
+}
+
+// The text of a ShortTextKey, written into `buffer` (8 characters).
+inline std::string_view ShortText(uint64_t key, char* buffer) {
+  for (int i = 0; i < 7; ++i)
+    buffer[i] = char(key >> (56 - 8 * i));
+  return {buffer, size_t(key & 0xFF)};
+}
+
 inline double CustomNumber(uint64_t bits) {
   double value;
   std::memcpy(&value, &bits, sizeof value);

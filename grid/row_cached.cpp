@@ -14,6 +14,26 @@ namespace vh {
 
 using namespace keys;
 
+namespace {
+
+// The text of store slot `d` from a cache that keeps texts;
+// `buffer` holds custom::kFormatBufferSize characters.
+std::string_view KeptText(const ColumnKeys& cache, size_t d, char* buffer) {
+  switch (cache.kind) {
+  case ColumnKeys::Kind::kText:
+    return cache.texts.Text(cache.ids[d]);
+  case ColumnKeys::Kind::kShortText:
+    return ShortText(cache.keys[d], buffer);
+  case ColumnKeys::Kind::kCustom:
+    return CustomText(cache.keys[d], buffer);
+  case ColumnKeys::Kind::kNumber:
+    break;
+  }
+  return {};
+}
+
+} // namespace
+
 bool MatchCachedCell(FilterKeys& filter, const FilterPattern& pattern, bool exact, uint32_t slot) {
   ColumnKeys& keys = *filter.keys;
   switch (filter.mode) {
@@ -23,6 +43,10 @@ bool MatchCachedCell(FilterKeys& filter, const FilterPattern& pattern, bool exac
     if (verdict == 0)
       verdict = pattern.Matches(keys.texts.Text(id), exact) ? 2 : 1;
     return verdict == 2;
+  }
+  case FilterKeys::Mode::kShortTexts: {
+    char buffer[8];
+    return pattern.Matches(ShortText(keys.keys[slot], buffer), exact);
   }
   case FilterKeys::Mode::kNumbers:
     return pattern.MatchesNumber(NumberOfKey(keys.type, keys.keys[slot]));
@@ -93,6 +117,9 @@ FilterKeys RowEngine::PrepareFilterKeys(int column, const FilterPattern& pattern
   if (!filter.keys)
     return filter;
   switch (filter.keys->kind) {
+  case ColumnKeys::Kind::kShortText:
+    filter.mode = FilterKeys::Mode::kShortTexts;
+    break;
   case ColumnKeys::Kind::kText:
     filter.mode = FilterKeys::Mode::kIds;
     filter.verdicts.assign(filter.keys->texts.Size(), 0);
@@ -137,6 +164,12 @@ bool RowEngine::CachedSortKeys(int column, int type, size_t n, std::vector<SortE
     }
     return true;
   }
+  case ColumnKeys::Kind::kShortText: // the keys order as the texts do
+    for (uint32_t s = 0; s < n; ++s) {
+      const int64_t d = slotOf(s);
+      keys[s] = SortEntry{d >= 0 ? cache->keys[size_t(d)] : 0, s};
+    }
+    return true;
   case ColumnKeys::Kind::kText: {
     const uint32_t emptyId = cache->texts.Intern({});
     const std::vector<uint32_t>& rank = cache->Ranks();
@@ -185,7 +218,9 @@ bool RowEngine::CachedLargestRows(int column, int type, size_t count, size_t n,
       (custom && type != kCompareDecimal && type != kCompareDecimalAlt))
     return false;
   ColumnKeys* cache = PassKeys(column);
-  if (!cache || cache->kind == ColumnKeys::Kind::kText || cache->type != type)
+  if (!cache ||
+      (cache->kind != ColumnKeys::Kind::kNumber && cache->kind != ColumnKeys::Kind::kCustom) ||
+      cache->type != type)
     return false;
   const auto larger = [](const SortEntry& a, const SortEntry& b) {
     return a.key > b.key || (a.key == b.key && a.index < b.index);
@@ -225,7 +260,7 @@ bool RowEngine::CachedDistinctValues(int column, size_t n, std::vector<std::stri
   ColumnKeys* cache = PassKeys(column);
   if (!cache || cache->kind == ColumnKeys::Kind::kNumber)
     return false;
-  TextInterner made; // custom cells: their texts, numbered here
+  TextInterner made; // short and custom cells: their texts, numbered here
   TextInterner& texts = cache->kind == ColumnKeys::Kind::kText ? cache->texts : made;
   std::vector<uint32_t> firstPosition(texts.Size(), UINT32_MAX);
   char buffer[custom::kFormatBufferSize];
@@ -239,7 +274,7 @@ bool RowEngine::CachedDistinctValues(int column, size_t n, std::vector<std::stri
       if (texts.Text(id).empty())
         continue;
     } else {
-      const std::string_view text = CustomText(cache->keys[size_t(d)], buffer);
+      const std::string_view text = KeptText(*cache, size_t(d), buffer);
       if (text.empty())
         continue;
       id = made.Intern(text);
@@ -277,10 +312,8 @@ void RowEngine::VisitColumnTexts(int column,
     std::string_view text;
     if (!cache)
       text = PassText(item, column, scratch);
-    else if (cache->kind == ColumnKeys::Kind::kText)
-      text = cache->texts.Text(cache->ids[d]);
     else
-      text = CustomText(cache->keys[d], buffer);
+      text = KeptText(*cache, d, buffer);
     visit(int(d), text);
   }
   EndPass();

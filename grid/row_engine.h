@@ -201,7 +201,8 @@ public:
   // The first whole-column pass (filter, sort, top rows, distinct values,
   // column texts) that reads a column keeps what it read per store slot:
   // the number a numeric or custom column sorts by, the text of any other
-  // column as a number into its distinct texts. Later passes read those
+  // column (packed in 8 bytes when short, else as a number into its
+  // distinct texts). Later passes read those
   // instead of asking the data source, with exactly the same rows, order
   // and values, on one condition: the owner says what changed.
   //  - RowChanged(dataIndex): any cell of that store slot may read

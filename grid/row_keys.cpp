@@ -146,6 +146,8 @@ bool RowEngine::ReadSlotKey(ColumnKeys& keys, int column, uint32_t slot, FreshKe
     return true;
   }
   out.text = item != 0 ? PassText(item, column, scratch) : std::string_view();
+  if (keys.kind == ColumnKeys::Kind::kShortText)
+    return ShortTextKey(out.text, out.key);
   if (keys.kind == ColumnKeys::Kind::kNumber) {
     out.key = NumberKey(keys.type, out.text, out.scanAgrees);
     out.scanAgrees = out.scanAgrees || item == 0; // filters never read such rows
@@ -163,7 +165,8 @@ std::unique_ptr<ColumnKeys> RowEngine::ReadColumnKeys(int column) {
       return nullptr;
     keys->kind = ColumnKeys::Kind::kCustom;
   } else {
-    keys->kind = IsNumberType(keys->type) ? ColumnKeys::Kind::kNumber : ColumnKeys::Kind::kText;
+    keys->kind =
+        IsNumberType(keys->type) ? ColumnKeys::Kind::kNumber : ColumnKeys::Kind::kShortText;
   }
   const size_t n = items_.size();
   if (keys->kind == ColumnKeys::Kind::kText)
@@ -175,6 +178,21 @@ std::unique_ptr<ColumnKeys> RowEngine::ReadColumnKeys(int column) {
     messages.emplace();
   std::string scratch;
   FreshKey fresh;
+  if (keys->kind == ColumnKeys::Kind::kShortText) {
+    // Short texts need no table of texts at all; the first longer one
+    // sends the column to numbered texts.
+    bool allShort = true;
+    for (uint32_t d = 0; d < n && allShort; ++d) {
+      const uint64_t item = items_[d];
+      allShort = ShortTextKey(item != 0 ? PassText(item, column, scratch) : std::string_view(),
+                              keys->keys[d]);
+    }
+    if (allShort)
+      return keys;
+    keys->kind = ColumnKeys::Kind::kText;
+    std::vector<uint64_t>().swap(keys->keys);
+    keys->ids.resize(n);
+  }
   if (keys->kind == ColumnKeys::Kind::kText) {
     // Once the distinct texts outgrow the processor's cache, a few rows are
     // read ahead: their texts copied (a view lasts one call) and hashed,
@@ -279,6 +297,9 @@ ColumnKeys* RowEngine::PassKeys(int column) {
       if (!ReadSlotKey(*keys, column, d, fresh, scratch) || (messages && messages->Count() > 0)) {
         messages.reset();
         keyCache_->Drop(column);
+        keys = nullptr;
+        if (column < dataColumnCount_)
+          break; // a text too long for its key: built again with numbered texts
         uncacheable_.resize(columns_.size(), 0);
         uncacheable_[size_t(column)] = 1;
         return nullptr;
@@ -290,7 +311,8 @@ ColumnKeys* RowEngine::PassKeys(int column) {
         keys->scanAgrees = keys->scanAgrees && fresh.scanAgrees;
       }
     }
-    keys->dirty.clear();
+    if (keys)
+      keys->dirty.clear();
   }
   if (!keys) {
     std::unique_ptr<ColumnKeys> read = ReadColumnKeys(column);

@@ -77,6 +77,58 @@ TEST(KeyCache, NumberFiltersMatchTheTextReading) {
   }
 }
 
+// Texts of up to 7 bytes are kept in their keys; the first longer one makes
+// the column number its texts instead, also when it arrives by a change.
+TEST(KeyCache, TextsKeptInKeysOrderAndMatchLikeTheTexts) {
+  using namespace std::string_literals;
+  const struct {
+    const char* name;
+    std::vector<std::string> cells;
+    std::string laterText; // written into row 0 after the first passes
+  } cases[] = {
+      {"seven bytes at most", {"abcdefg", "abcdef", "ABCDEFG", "abc", "", "b"}, "zz"},
+      {"one of eight bytes", {"abcdefgh", "abcdefg", "abcdefgi", "a", "abcdefg"}, "a"},
+      {"zero and high bytes", {"a\0"s, "a", "a\0\0"s, "\x80", "\x7f", "a\x80"}, "\0"s},
+      {"a longer text arrives later", {"one", "two", "three", "t"}, "twenty-three"},
+      {"a shorter text arrives later", {"eleven char", "two", "t"}, "t"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    TextTable table;
+    for (const std::string& cell : c.cells)
+      table.rows.push_back({cell});
+    RowEngine cached, plain;
+    for (RowEngine* e : {&cached, &plain}) {
+      e->SetOwnerDataSource(&TextTable::Fetch, &table);
+      e->SetColumns(test::Columns({3}), 1);
+      test::LoadRows(*e, table);
+    }
+    plain.SetKeyCacheLimit(0);
+    cached.SetKeyCacheCheck(true);
+    const auto same = [&](const char* what) {
+      SCOPED_TRACE(what);
+      ASSERT_EQ(cached.DisplayedCount(), plain.DisplayedCount());
+      for (int p = 0; p < plain.DisplayedCount(); ++p)
+        EXPECT_EQ(cached.GetItemData(p), plain.GetItemData(p)) << "position " << p;
+    };
+    for (int round = 0; round < 2; ++round) {
+      for (RowEngine* e : {&cached, &plain})
+        e->SortOnColumn(0);
+      same("sorted");
+      EXPECT_EQ(cached.DistinctValues(0), plain.DistinctValues(0));
+      for (const char* filter : {"abcdefg", "*g", "A", "*\x80*"}) {
+        for (RowEngine* e : {&cached, &plain})
+          e->SetFilter(0, filter, false);
+        same(filter);
+      }
+      for (RowEngine* e : {&cached, &plain})
+        e->ResetFilters();
+      table.rows[0][0] = c.laterText;
+      cached.RowChanged(0);
+    }
+  }
+}
+
 // Custom cells are kept as numbers; their texts are made again from them.
 TEST(KeyCache, CustomTextsMadeFromKeptValuesEqualTheComputedOnes) {
   std::mt19937 rng(11);
@@ -262,12 +314,12 @@ TEST_F(CacheFixture, LeastRecentlyUsedColumnGoesFirstPastTheCap) {
 TEST_F(CacheFixture, AtMostEightBytesPerRowPlusTheTexts) {
   for (int r = 0; r < 4000; ++r)
     table.rows.push_back(
-        {std::to_string(r), std::to_string(r) + ".25", "t" + std::to_string(r % 5)});
+        {std::to_string(r), std::to_string(r) + ".25", "longer t" + std::to_string(r % 5)});
   test::LoadRows(engine, table);
   for (int column = 0; column < 5; ++column)
     Touch(column);
-  // Five columns: four of 8 bytes a row, one of 4 plus five short texts
-  // and their table.
+  // Five columns: four of 8 bytes a row, one of numbered texts (a text
+  // longer than 7 bytes) of 4 plus ten distinct texts and their table.
   EXPECT_LE(engine.KeyCacheBytes(), engine.RowCount() * (4 * 8 + 4) + 2048);
 }
 
