@@ -50,7 +50,7 @@ inline bool ShortTextKey(std::string_view text, uint64_t& key) {
   uint64_t bytes = 0;
   for (const char c : text)
     bytes = bytes << 8 | uint8_t(c);
-  key = (bytes << (8 * (8 - text.size()))) | text.size();
+  key = text.empty() ? 0 : (bytes << (8 * (8 - text.size()))) | text.size();
   return true;
 }
 
