@@ -5,7 +5,7 @@
 //
 //   number columns (comparison types 1, 2, 4, 5)  keys[slot] = order key of
 //       the number the sort reads (SignedKey / DecimalKey), 8 bytes a row
-//   other data columns, every text of at most 7 bytes
+//   other data columns, every text of at most 8 bytes and no zero byte
 //                                                  keys[slot] = the text
 //       itself (ShortTextKey), 8 bytes a row
 //   other data columns                             ids[slot] = number of the

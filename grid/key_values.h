@@ -41,24 +41,28 @@ double NumberOfKey(int type, uint64_t key);
 bool KeyRanges(int type, const FilterPattern& pattern,
                std::vector<std::pair<uint64_t, uint64_t>>& ranges);
 
-// A text of up to 7 bytes as a key: its bytes from the most significant
-// end, then its length, so that keys order as the texts do byte-wise (a
-// prefix first). False, `key` untouched, for a longer text.
+// A text of up to 8 bytes without a zero byte as a key: its bytes from
+// the most significant end, zeros after, so that keys order as the texts do
+// byte-wise (a prefix first) and the first zero ends the text. False,
+// `key` untouched, for any other text.
 inline bool ShortTextKey(std::string_view text, uint64_t& key) {
-  if (text.size() > 7)
+  if (text.size() > 8)
     return false;
   uint64_t bytes = 0;
-  for (const char c : text)
+  for (const char c : text) {
+    if (c == '\0')
+      return false;
     bytes = bytes << 8 | uint8_t(c);
-  key = text.empty() ? 0 : (bytes << (8 * (8 - text.size()))) | text.size();
+  }
+  key = text.empty() ? 0 : bytes << (8 * (8 - text.size()));
   return true;
 }
 
 // The text of a ShortTextKey, written into `buffer` (8 characters).
 inline std::string_view ShortText(uint64_t key, char* buffer) {
-  for (int i = 0; i < 7; ++i)
+  for (int i = 0; i < 8; ++i)
     buffer[i] = char(key >> (56 - 8 * i));
-  return {buffer, size_t(key & 0xFF)};
+  return {buffer, key == 0 ? 0 : size_t(8 - __builtin_ctzll(key) / 8)};
 }
 
 inline double CustomNumber(uint64_t bits) {

@@ -77,7 +77,7 @@ TEST(KeyCache, NumberFiltersMatchTheTextReading) {
   }
 }
 
-// Texts of up to 7 bytes are kept in their keys; the first longer one makes
+// Texts of up to 8 bytes are kept in their keys; the first longer one makes
 // the column number its texts instead, also when it arrives by a change.
 TEST(KeyCache, TextsKeptInKeysOrderAndMatchLikeTheTexts) {
   using namespace std::string_literals;
@@ -86,8 +86,8 @@ TEST(KeyCache, TextsKeptInKeysOrderAndMatchLikeTheTexts) {
     std::vector<std::string> cells;
     std::string laterText; // written into row 0 after the first passes
   } cases[] = {
-      {"seven bytes at most", {"abcdefg", "abcdef", "ABCDEFG", "abc", "", "b"}, "zz"},
-      {"one of eight bytes", {"abcdefgh", "abcdefg", "abcdefgi", "a", "abcdefg"}, "a"},
+      {"eight bytes at most", {"abcdefgh", "abcdefg", "ABCDEFGH", "abc", "", "b"}, "zz"},
+      {"one of nine bytes", {"abcdefghi", "abcdefgh", "abcdefghj", "a", "abcdefgh"}, "a"},
       {"zero and high bytes", {"a\0"s, "a", "a\0\0"s, "\x80", "\x7f", "a\x80"}, "\0"s},
       {"a longer text arrives later", {"one", "two", "three", "t"}, "twenty-three"},
       {"a shorter text arrives later", {"eleven char", "two", "t"}, "t"},
@@ -116,7 +116,7 @@ TEST(KeyCache, TextsKeptInKeysOrderAndMatchLikeTheTexts) {
         e->SortOnColumn(0);
       same("sorted");
       EXPECT_EQ(cached.DistinctValues(0), plain.DistinctValues(0));
-      for (const char* filter : {"abcdefg", "*g", "A", "*\x80*"}) {
+      for (const char* filter : {"abcdefgh", "*h", "A", "*\x80*"}) {
         for (RowEngine* e : {&cached, &plain})
           e->SetFilter(0, filter, false);
         same(filter);
@@ -319,7 +319,7 @@ TEST_F(CacheFixture, AtMostEightBytesPerRowPlusTheTexts) {
   for (int column = 0; column < 5; ++column)
     Touch(column);
   // Five columns: four of 8 bytes a row, one of numbered texts (a text
-  // longer than 7 bytes) of 4 plus ten distinct texts and their table.
+  // longer than 8 bytes) of 4 plus ten distinct texts and their table.
   EXPECT_LE(engine.KeyCacheBytes(), engine.RowCount() * (4 * 8 + 4) + 2048);
 }
 
