@@ -32,6 +32,18 @@ public:
   bool ComparesNumbersOnly() const;
   // Matches(cell, false) for a cell that "%lf" reads as `value`; only
   // meaningful when ComparesNumbersOnly().
+  // True with the alternatives' texts when every alternative is a plain
+  // prefix one (cell begins with it, case ignored).
+  bool PrefixesOnly(std::vector<std::string_view>& prefixes) const {
+    prefixes.clear();
+    for (const Alternative& alt : alternatives_) {
+      if (alt.kind != Kind::kPrefix)
+        return false;
+      prefixes.push_back(alt.raw);
+    }
+    return !prefixes.empty();
+  }
+
   // The ">"/"<" alternatives whose operand reads as a number (the others
   // never match).
   struct NumberTest {

@@ -108,6 +108,7 @@ struct FilterKeys {
     kTexts,         // no usable cache: fetch each text
     kIds,           // each distinct text matched once, then looked up
     kShortTexts,    // each text taken out of its key
+    kShortPrefixes, // prefix filters compared with the keys, case folded
     kNumbers,       // ">"/"<" filter on a number column whose keys read as "%lf" does
     kCustomNumbers, // ">"/"<" filter on a custom column's values
     kCustomTexts,   // other filters on a custom column: the text made from the value
@@ -119,6 +120,9 @@ struct FilterKeys {
   // allows them; empty ranges mean "read the number of each key".
   std::vector<std::pair<uint64_t, uint64_t>> ranges;
   bool useRanges = false;
+  // kShortPrefixes: per alternative, the bytes that must match and their
+  // lower-cased value.
+  std::vector<std::pair<uint64_t, uint64_t>> prefixes;
 };
 
 // The filter's verdict for store slot `slot` from the cache (any mode but

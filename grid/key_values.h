@@ -65,6 +65,17 @@ inline std::string_view ShortText(uint64_t key, char* buffer) {
   return {buffer, key == 0 ? 0 : size_t(8 - __builtin_ctzll(key) / 8)};
 }
 
+// Each byte of a ShortTextKey lower-cased as AsciiLower does ('A'-'Z'
+// only), all eight at once.
+inline uint64_t LowerShortKey(uint64_t key) {
+  constexpr uint64_t kOnes = 0x0101010101010101ull, kHigh = 0x8080808080808080ull;
+  const uint64_t low7 = key & ~kHigh;
+  const uint64_t atLeastA = (low7 + (0x80 - 'A') * kOnes) & kHigh;
+  const uint64_t pastZ = (low7 + (0x80 - 'Z' - 1) * kOnes) & kHigh;
+  const uint64_t upper = atLeastA & ~pastZ & ~key & kHigh;
+  return key | (upper >> 2);
+}
+
 inline double CustomNumber(uint64_t bits) {
   double value;
   std::memcpy(&value, &bits, sizeof value);

@@ -44,6 +44,13 @@ bool MatchCachedCell(FilterKeys& filter, const FilterPattern& pattern, bool exac
       verdict = pattern.Matches(keys.texts.Text(id), exact) ? 2 : 1;
     return verdict == 2;
   }
+  case FilterKeys::Mode::kShortPrefixes: {
+    const uint64_t lowered = LowerShortKey(keys.keys[slot]);
+    for (const auto& [mask, needle] : filter.prefixes)
+      if ((lowered & mask) == needle)
+        return true;
+    return false;
+  }
   case FilterKeys::Mode::kShortTexts: {
     char buffer[8];
     return pattern.Matches(ShortText(keys.keys[slot], buffer), exact);
@@ -68,6 +75,14 @@ void FilterOneCached(FilterKeys& filter, const FilterPattern& pattern, bool exac
                      const std::vector<uint64_t>& items, std::vector<int32_t>& map) {
   const ColumnKeys& keys = *filter.keys;
   const size_t n = std::min(items.size(), keys.Slots());
+  if (filter.mode == FilterKeys::Mode::kShortPrefixes && filter.prefixes.size() == 1) {
+    const uint64_t* key = keys.keys.data();
+    const auto [mask, needle] = filter.prefixes[0];
+    for (size_t d = 0; d < n; ++d)
+      if (items[d] != 0 && (LowerShortKey(key[d]) & mask) == needle)
+        map.push_back(int32_t(d));
+    return;
+  }
   if (filter.mode == FilterKeys::Mode::kNumbers && filter.useRanges) {
     const uint64_t* key = keys.keys.data();
     const auto& ranges = filter.ranges;
@@ -117,9 +132,24 @@ FilterKeys RowEngine::PrepareFilterKeys(int column, const FilterPattern& pattern
   if (!filter.keys)
     return filter;
   switch (filter.keys->kind) {
-  case ColumnKeys::Kind::kShortText:
+  case ColumnKeys::Kind::kShortText: {
     filter.mode = FilterKeys::Mode::kShortTexts;
+    // A prefix of up to 8 bytes is a short text too: the cell begins with
+    // it exactly when the key's first bytes, lower-cased, equal its own
+    // (a shorter cell has zero bytes there, which no prefix has).
+    std::vector<std::string_view> prefixes;
+    if (exact || !pattern.PrefixesOnly(prefixes))
+      break;
+    for (const std::string_view prefix : prefixes) {
+      uint64_t key = 0;
+      if (!ShortTextKey(prefix, key))
+        continue; // longer than any kept text, or with a zero byte: never begins one
+      const uint64_t mask = ~uint64_t{0} << (8 * (8 - prefix.size()));
+      filter.prefixes.emplace_back(mask, LowerShortKey(key) & mask);
+    }
+    filter.mode = FilterKeys::Mode::kShortPrefixes;
     break;
+  }
   case ColumnKeys::Kind::kText:
     filter.mode = FilterKeys::Mode::kIds;
     filter.verdicts.assign(filter.keys->texts.Size(), 0);

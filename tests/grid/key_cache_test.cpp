@@ -91,6 +91,9 @@ TEST(KeyCache, TextsKeptInKeysOrderAndMatchLikeTheTexts) {
       {"zero and high bytes", {"a\0"s, "a", "a\0\0"s, "\x80", "\x7f", "a\x80"}, "\0"s},
       {"a longer text arrives later", {"one", "two", "three", "t"}, "twenty-three"},
       {"a shorter text arrives later", {"eleven char", "two", "t"}, "t"},
+      {"case folding at the letter edges",
+       {"@x", "Ax", "Zx", "[x", "`x", "ax", "zx", "{x", "\xC1x", "\xDAx", "\xE1x"},
+       "ZX"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -116,7 +119,8 @@ TEST(KeyCache, TextsKeptInKeysOrderAndMatchLikeTheTexts) {
         e->SortOnColumn(0);
       same("sorted");
       EXPECT_EQ(cached.DistinctValues(0), plain.DistinctValues(0));
-      for (const char* filter : {"abcdefgh", "*h", "A", "*\x80*"}) {
+      for (const char* filter : {"abcdefgh", "*h", "A", "*\x80*", "z", "Z", "[", "`", "@", "{",
+                                 "\xE1", "\xC1", "zx~@"}) {
         for (RowEngine* e : {&cached, &plain})
           e->SetFilter(0, filter, false);
         same(filter);
