@@ -175,6 +175,30 @@ int CompiledCustomColumn::ComputeSortKey(uint64_t itemData, CellTextSource& cell
   }
 }
 
+int CompiledCustomColumn::ComputeCellValue(uint64_t itemData, CellTextSource& cells,
+                                           CustomCellValue& value) {
+  if (!state_)
+    return kCustomUnchanged;
+  try {
+    const custom::Outcome outcome = state_->Evaluate(itemData, cells);
+    if (outcome.result == kCustomWritten) {
+      value.kind =
+          outcome.dividedByZero ? CustomCellValue::kDividedByZero : CustomCellValue::kValue;
+      value.value = custom::SortKeyOf(outcome);
+    }
+    return outcome.result;
+  } catch (...) {
+    return kCustomUnchanged;
+  }
+}
+
+bool CompiledCustomColumn::CalculateCellValue(uint64_t itemData, CellTextSource& cells, int,
+                                              CustomCellValue& value) {
+  value = CustomCellValue{};
+  ComputeCellValue(itemData, cells, value);
+  return true;
+}
+
 void CompiledCustomColumn::Calculate(uint64_t itemData, CellTextSource& cells, int,
                                      std::string& outText) {
   Compute(itemData, cells, outText);

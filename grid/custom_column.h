@@ -92,6 +92,11 @@ public:
   // as Compute; `key` is untouched unless the result is kCustomWritten.
   int ComputeSortKey(uint64_t itemData, CellTextSource& cells, double& key);
 
+  // What Compute writes, without the text: on kCustomWritten `value` says
+  // whether the zero-divisor text or a number (the ComputeSortKey key) was
+  // written; untouched otherwise. Same result codes and messages as Compute.
+  int ComputeCellValue(uint64_t itemData, CellTextSource& cells, CustomCellValue& value);
+
   // CustomColumnFormula: Compute, result dropped.
   void Calculate(uint64_t itemData, CellTextSource& cells, int dataColumnCount,
                  std::string& outText) override;
@@ -99,6 +104,10 @@ public:
   // when nothing is written. Always true.
   bool CalculateSortKey(uint64_t itemData, CellTextSource& cells, int dataColumnCount,
                         double& key) override;
+  // CustomColumnFormula: ComputeCellValue for a cell that starts empty.
+  // Always true.
+  bool CalculateCellValue(uint64_t itemData, CellTextSource& cells, int dataColumnCount,
+                          CustomCellValue& value) override;
 
 private:
   struct State;

@@ -46,33 +46,68 @@ uint32_t HashText(std::string_view text) {
 
 } // namespace
 
-void TextInterner::Grow() {
-  table_.assign(table_.empty() ? 64 : table_.size() * 2, 0);
+// Together the words read cover every byte of a text of up to 8 bytes, so
+// head and length tell such texts apart.
+uint64_t TextInterner::Head(std::string_view text) {
+  const char* p = text.data();
+  const size_t n = text.size();
+  if (n >= 8)
+    return Load8(p);
+  if (n >= 4)
+    return (uint64_t(Load4(p + n - 4)) << 32) | Load4(p);
+  if (n > 0)
+    return (uint64_t(uint8_t(p[0])) << 16) | (uint64_t(uint8_t(p[n / 2])) << 8) | uint8_t(p[n - 1]);
+  return 0;
+}
+
+// The length (longer texts all count as 65535) and 16 more bits of hash.
+uint32_t TextInterner::Tag(std::string_view text, uint32_t hash) {
+  return uint32_t(std::min<size_t>(text.size(), 0xFFFF)) << 16 | (hash >> 16);
+}
+
+void TextInterner::Place(uint32_t id, uint64_t head, uint32_t tag, uint32_t hash) {
   const size_t mask = table_.size() - 1;
+  size_t slot = hash & mask;
+  while (table_[slot].id != 0)
+    slot = (slot + 1) & mask;
+  table_[slot] = Slot{head, id + 1, tag};
+}
+
+void TextInterner::Grow() {
+  table_.assign(table_.empty() ? 64 : table_.size() * 2, Slot{0, 0, 0});
   for (uint32_t id = 0; id < spans_.size(); ++id) {
-    size_t slot = spans_[id].hash & mask;
-    while (table_[slot] != 0)
-      slot = (slot + 1) & mask;
-    table_[slot] = id + 1;
+    const std::string_view text = Text(id);
+    Place(id, Head(text), Tag(text, spans_[id].hash), spans_[id].hash);
   }
 }
 
-uint32_t TextInterner::Intern(std::string_view text) {
+uint32_t TextInterner::Hash(std::string_view text) {
+  return HashText(text);
+}
+
+uint32_t TextInterner::Intern(std::string_view text, uint32_t hash) {
   if ((spans_.size() + 1) * 2 > table_.size())
     Grow();
-  const uint32_t hash = HashText(text);
+  const uint64_t head = Head(text);
+  const uint32_t tag = Tag(text, hash);
   const size_t mask = table_.size() - 1;
   size_t slot = hash & mask;
-  while (table_[slot] != 0) {
-    const uint32_t id = table_[slot] - 1;
-    if (spans_[id].hash == hash && Text(id) == text)
-      return id;
+  while (table_[slot].id != 0) {
+    const Slot& s = table_[slot];
+    if (s.head == head && s.tag == tag) {
+      const uint32_t id = s.id - 1;
+      // Equal tags mean equal lengths; the head holds the first 8 bytes.
+      const size_t n = text.size();
+      if (n <= 8 || (n <= 16 ? Load8(Text(id).data() + n - 8) == Load8(text.data() + n - 8)
+                             : Text(id) == text))
+        return id;
+    }
     slot = (slot + 1) & mask;
   }
   const uint32_t id = uint32_t(spans_.size());
   spans_.push_back(Span{buffer_.size(), uint32_t(text.size()), hash});
   buffer_.append(text);
-  table_[slot] = id + 1;
+  table_[slot] = Slot{head, id + 1, tag};
   return id;
 }
 

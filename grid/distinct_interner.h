@@ -14,7 +14,15 @@ namespace vh {
 class TextInterner {
 public:
   // The number of `text`, adding it when new. Numbers count from 0.
-  uint32_t Intern(std::string_view text);
+  uint32_t Intern(std::string_view text) { return Intern(text, Hash(text)); }
+  // The same with `hash` == Hash(text) known: a caller interning many
+  // texts hashes a few ahead and Prefetches their slots.
+  uint32_t Intern(std::string_view text, uint32_t hash);
+  static uint32_t Hash(std::string_view text);
+  void Prefetch(uint32_t hash) const {
+    if (!table_.empty())
+      __builtin_prefetch(&table_[hash & (table_.size() - 1)]);
+  }
   size_t Size() const { return spans_.size(); }
   // Empty for an unknown number.
   std::string_view Text(uint32_t id) const {
@@ -25,6 +33,10 @@ public:
   // For each number, its position when all texts are sorted byte-wise
   // (unsigned, as strcmp orders them).
   std::vector<uint32_t> Ranks() const;
+  // Bytes held (capacity, not size).
+  size_t Bytes() const {
+    return buffer_.capacity() + spans_.capacity() * sizeof(Span) + table_.capacity() * sizeof(Slot);
+  }
 
 private:
   struct Span {
@@ -32,11 +44,22 @@ private:
     uint32_t length;
     uint32_t hash;
   };
+  // A table slot holds a text's first bytes, so that a text of up to 8
+  // bytes is found without reading the spans or the buffer: most cell
+  // texts are that short, and a million lookups then miss the cache once.
+  struct Slot {
+    uint64_t head;
+    uint32_t id; // id + 1, 0 for empty
+    uint32_t tag;
+  };
+  static uint64_t Head(std::string_view text);
+  static uint32_t Tag(std::string_view text, uint32_t hash);
+  void Place(uint32_t id, uint64_t head, uint32_t tag, uint32_t hash);
   void Grow();
 
   std::string buffer_;
   std::vector<Span> spans_;
-  std::vector<uint32_t> table_; // id + 1, 0 for empty
+  std::vector<Slot> table_;
 };
 
 } // namespace vh

@@ -17,6 +17,10 @@ std::vector<std::string> RowEngine::DistinctValues(int column) {
   if (!HasDataSource() || column < 0)
     return values;
   const size_t n = std::min(size_t(std::max(displayedCount_, 0)), map_.size());
+  if (CachedDistinctValues(column, n, values)) {
+    EndPass();
+    return values;
+  }
   TextInterner seen;
   std::vector<uint32_t> firstPosition;
   std::string scratch;

@@ -90,6 +90,13 @@ bool FilterPattern::Matches(std::string_view cell, bool exact) const {
   return false;
 }
 
+bool FilterPattern::ComparesNumbersOnly() const {
+  for (const Alternative& alt : alternatives_)
+    if (alt.kind != Kind::kGreater && alt.kind != Kind::kLess)
+      return false;
+  return true;
+}
+
 std::string JoinFilterSelection(const std::vector<std::string>& picked) {
   std::string joined;
   for (const std::string& value : picked) {

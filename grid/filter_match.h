@@ -27,6 +27,43 @@ public:
 
   bool MatchesEverything() const { return alternatives_.empty(); }
 
+  // True when every alternative is a ">" or "<" one: outside exact mode
+  // such a filter sees only the number "%lf" reads from the cell.
+  bool ComparesNumbersOnly() const;
+  // Matches(cell, false) for a cell that "%lf" reads as `value`; only
+  // meaningful when ComparesNumbersOnly().
+  // True with the alternatives' texts when every alternative is a plain
+  // prefix one (cell begins with it, case ignored).
+  bool PrefixesOnly(std::vector<std::string_view>& prefixes) const {
+    prefixes.clear();
+    for (const Alternative& alt : alternatives_) {
+      if (alt.kind != Kind::kPrefix)
+        return false;
+      prefixes.push_back(alt.raw);
+    }
+    return !prefixes.empty();
+  }
+
+  // The ">"/"<" alternatives whose operand reads as a number (the others
+  // never match).
+  struct NumberTest {
+    bool greater;
+    double bound;
+  };
+  std::vector<NumberTest> NumberTests() const {
+    std::vector<NumberTest> tests;
+    for (const Alternative& alt : alternatives_)
+      if (alt.boundIsNumber && (alt.kind == Kind::kGreater || alt.kind == Kind::kLess))
+        tests.push_back({alt.kind == Kind::kGreater, alt.bound});
+    return tests;
+  }
+  bool MatchesNumber(double value) const {
+    for (const Alternative& alt : alternatives_)
+      if (alt.boundIsNumber && (alt.kind == Kind::kGreater ? value > alt.bound : value < alt.bound))
+        return true;
+    return false;
+  }
+
 private:
   enum class Kind { kContains, kSuffix, kGreater, kLess, kPrefix };
   struct Alternative {

@@ -5,6 +5,7 @@
 
 #include "common/message.h"
 #include "grid/filter_match.h"
+#include "grid/key_cache.h"
 
 #include <algorithm>
 
@@ -111,17 +112,29 @@ void RowEngine::Filter() {
       active.emplace_back(filterColumns_[i], std::move(pattern));
   }
   const bool exact = exactFlags_ != 0;
+  std::vector<FilterKeys> cached;
+  for (const auto& filter : active)
+    cached.push_back(PrepareFilterKeys(filter.first, filter.second, exact));
   std::string scratch;
-  for (size_t d = 0; d < items_.size(); ++d) {
+  // One filter read from its cache runs in a loop of its own.
+  const bool oneCached = active.size() == 1 && cached[0].mode != FilterKeys::Mode::kTexts;
+  if (oneCached)
+    FilterOneCached(cached[0], active[0].second, exact, items_, map_);
+  for (size_t d = 0; !oneCached && d < items_.size(); ++d) {
     const uint64_t item = items_[d];
     if (item == 0)
       continue;
-    const bool passes = std::all_of(active.begin(), active.end(), [&](const auto& filter) {
-      return filter.second.Matches(PassText(item, filter.first, scratch), exact);
-    });
+    bool passes = true;
+    for (size_t i = 0; i < active.size() && passes; ++i) {
+      const auto& filter = active[i];
+      passes = cached[i].mode == FilterKeys::Mode::kTexts
+                   ? filter.second.Matches(PassText(item, filter.first, scratch), exact)
+                   : MatchCachedCell(cached[i], filter.second, exact, uint32_t(d));
+    }
     if (passes)
       map_.push_back(int32_t(d));
   }
+  EndPass();
   displayedCount_ = int(map_.size());
   exactFlags_ &= 0xFF00;
   if (observer_)

@@ -22,6 +22,8 @@ int RowEngine::AppendColumn(const sTarnColInfo& info) {
     formulas_.emplace_back();
     CompileFormula(column);
   }
+  // A number once used by a removed custom column may still have keys.
+  ColumnChanged(column);
   return column;
 }
 
@@ -42,6 +44,10 @@ bool RowEngine::DeleteHeaderColumn(int headerItem) {
     formulas_.erase(formulas_.begin() + (column - dataColumnCount_));
   }
   RebuildColumnAt();
+  // Removing a custom column renumbers every later one, so no cached column
+  // can be trusted under its old number.
+  if (custom)
+    AllRowsChanged();
 
   // Filters follow their column; the deleted column's filter goes with it.
   for (size_t i = 0; i < filterColumns_.size();) {

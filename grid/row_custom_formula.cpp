@@ -20,6 +20,11 @@ public:
     return true;
   }
 
+  bool CalculateCellValue(uint64_t itemData, CellTextSource& cells, int dataColumnCount,
+                          CustomCellValue& value) override {
+    return column_.CalculateCellValue(itemData, cells, dataColumnCount, value);
+  }
+
 private:
   CompiledCustomColumn column_;
 };

@@ -4,6 +4,7 @@
 #include "grid/row_engine.h"
 
 #include "common/message.h"
+#include "grid/key_cache.h"
 
 #include <algorithm>
 
@@ -38,6 +39,7 @@ int RowEngine::InsertItem(int position, std::string_view text) {
     slot = std::min(size_t(position), map_.size());
     map_.insert(map_.begin() + ptrdiff_t(slot), position);
   }
+  keyCache_->SlotInserted(uint32_t(dataIndex));
   if (observer_)
     observer_->OnRowInsertedAt(position, text,
                                reverse_ ? displayedCount_ - 1 - int(slot) : int(slot));
@@ -47,6 +49,7 @@ int RowEngine::InsertItem(int position, std::string_view text) {
 void RowEngine::RemoveSlot(int dataIndex) {
   items_.erase(items_.begin() + dataIndex);
   checks_.erase(checks_.begin() + dataIndex);
+  keyCache_->SlotErased(uint32_t(dataIndex));
 }
 
 // Lowers every map entry above `dataIndex`. With `stopOnEqual` an entry

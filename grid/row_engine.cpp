@@ -1,26 +1,34 @@
 #include "grid/row_engine.h"
 
 #include "common/message.h"
+#include "grid/key_cache.h"
 
 #include <algorithm>
 
 namespace vh {
 
-RowEngine::RowEngine() = default;
+RowEngine::RowEngine() : keyCache_(std::make_unique<KeyCache>()) {
+#ifdef VH_KEY_CACHE_CHECK
+  checkKeys_ = true;
+#endif
+}
 RowEngine::~RowEngine() = default;
 
 void RowEngine::SetOwnerDataSource(OwnerDataSource source, void* owner) {
   ownerSource_ = source;
   owner_ = owner;
+  AllRowsChanged();
 }
 
 void RowEngine::SetPlainDataSource(PlainDataSource source) {
   plainSource_ = source;
+  AllRowsChanged();
 }
 
 void RowEngine::SetViewDataSource(ViewDataSource source, void* owner) {
   viewSource_ = source;
   viewOwner_ = owner;
+  AllRowsChanged();
 }
 
 // --- columns ---------------------------------------------------------------
@@ -36,6 +44,7 @@ void RowEngine::SetColumns(std::vector<sTarnColInfo> columns, int dataColumnCoun
   }
   positions.resize(columns_.size(), -1);
   positions_ = std::move(positions);
+  AllRowsChanged();
   RebuildColumnAt();
   formulas_.clear();
   formulas_.resize(columns_.size() - size_t(dataColumnCount_));
@@ -68,6 +77,7 @@ bool RowEngine::SetColumnInfo(int column, const sTarnColInfo& info) {
     return false;
   columns_[size_t(column)] = info;
   CompileFormula(column);
+  ForgetKeys(column);
   return true;
 }
 
@@ -75,6 +85,7 @@ void RowEngine::SetCustomColumnCompiler(CustomColumnCompiler compiler) {
   compiler_ = std::move(compiler);
   for (int c = dataColumnCount_; c < ColumnCount(); ++c)
     CompileFormula(c);
+  AllRowsChanged();
 }
 
 void RowEngine::CompileFormula(int column) {
@@ -188,6 +199,7 @@ bool RowEngine::SetItemData(int position, uint64_t itemData) {
   if (d < 0)
     return false;
   items_[size_t(d)] = itemData;
+  RowChanged(d);
   return true;
 }
 
@@ -224,6 +236,7 @@ void RowEngine::DeleteAllItems() {
   checks_.clear();
   map_.clear();
   displayedCount_ = 0;
+  keyCache_->DropAll();
 }
 
 void RowEngine::ResetRows() {

@@ -17,6 +17,7 @@
 #include "grid/sort_keys.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -25,6 +26,11 @@
 namespace vh {
 
 class TextInterner;
+class KeyCache;
+struct ColumnKeys;
+struct FilterKeys;
+struct FreshKey;
+class FilterPattern;
 
 // Owner form: called with the owner window; preferred when both are set.
 using OwnerDataSource = int (*)(void* owner, uint64_t itemData, int column, std::string& text,
@@ -183,7 +189,8 @@ public:
   int PreviousSortColumn() const { return previousSortColumn_; }
   int SortDirection() const { return direction_; }
   // Store slots of the `n` displayed rows with the largest values of
-  // `column`, largest first (ties in any order); empty for an unknown column.
+  // `column`, largest first, equal values in display map order; empty for
+  // an unknown column.
   std::vector<int32_t> LargestRows(int column, size_t n);
 
   // --- distinct values ------------------------------------------------------
@@ -212,6 +219,50 @@ public:
   // shown there. Rows are not filtered again.
   bool DeleteHeaderColumn(int headerItem);
 
+  // --- key caches and the change contract ----------------------------------
+  // The first whole-column pass (filter, sort, top rows, distinct values,
+  // column texts) that reads a column keeps what it read per store slot:
+  // the number a numeric or custom column sorts by, the text of any other
+  // column (packed in 8 bytes when short, else as a number into its
+  // distinct texts). Later passes read those
+  // instead of asking the data source, with exactly the same rows, order
+  // and values, on one condition: the owner says what changed.
+  //  - RowChanged(dataIndex): any cell of that store slot may read
+  //    differently now (a price tick, a present-values record, a mark).
+  //    SetItemData calls it itself.
+  //  - ColumnChanged(column): any cell of that column may differ. Custom
+  //    columns that read it, directly or through other custom columns,
+  //    are dropped too.
+  //  - AllRowsChanged(): anything may differ; also after renumbering
+  //    columns.
+  // Inserted and deleted rows keep the caches in step by themselves, and
+  // so do new columns, column descriptions, custom definitions and data
+  // sources. Display paths (GetItemText, GetCellText) never use the caches.
+  // A custom column whose computation shows a message is never cached, so
+  // its messages come on every pass as before. Unknown indices and columns
+  // are ignored.
+  void RowChanged(int dataIndex);
+  void ColumnChanged(int column);
+  void AllRowsChanged();
+  // Calls visit(dataIndex, text) for each store slot with item data, in
+  // store order, with the text of `column` that GetCellText writes into an
+  // empty text (for export and for filling a whole column). Nothing for an
+  // unknown column or without a data source.
+  void VisitColumnTexts(int column, const std::function<void(int, std::string_view)>& visit);
+  // Caches past `bytes` in total are dropped least recently used first
+  // (default kDefaultKeyCacheLimit); 0 turns caching off.
+  void SetKeyCacheLimit(size_t bytes);
+  // Check mode: every pass reads each cached key afresh and calls the
+  // handler on the first difference (default: a message on stderr, then
+  // abort). On from the start when built with VH_KEY_CACHE_CHECK.
+  void SetKeyCacheCheck(bool on) { checkKeys_ = on; }
+  bool KeyCacheCheck() const { return checkKeys_; }
+  using KeyMismatchHandler = std::function<void(int column, int dataIndex)>;
+  void SetKeyMismatchHandler(KeyMismatchHandler handler) { mismatch_ = std::move(handler); }
+  // Bytes the key caches hold now (capacity, not size).
+  size_t KeyCacheBytes() const;
+  static constexpr size_t kDefaultKeyCacheLimit = size_t{256} << 20;
+
 private:
   friend struct RowEngineProbe; // tests corrupt the map on purpose
 
@@ -232,6 +283,27 @@ private:
   void ForEachKey(int column, int type, size_t n, TextInterner& texts, Sink&& sink);
   bool BuildKeys(int column, int type, size_t n, std::vector<SortEntry>& keys);
   std::vector<uint32_t> OrderByDateTime(int column, size_t n, int direction);
+
+  // Key caches (grid/row_keys.cpp, grid/row_cached.cpp).
+  ColumnKeys* PassKeys(int column);
+  std::unique_ptr<ColumnKeys> ReadColumnKeys(int column);
+  bool ReadSlotKey(ColumnKeys& keys, int column, uint32_t slot, FreshKey& out,
+                   std::string& scratch);
+  FilterKeys PrepareFilterKeys(int column, const FilterPattern& pattern, bool exact);
+  void VerifyKeys(ColumnKeys& keys, int column);
+  bool CustomDependsOn(int custom, int column, std::vector<char>& seen) const;
+  void ForgetKeys(int column);
+  void EndPass();
+  bool CachedSortKeys(int column, int type, size_t n, std::vector<SortEntry>& keys);
+  bool CachedDistinctValues(int column, size_t n, std::vector<std::string>& values);
+  bool CachedLargestRows(int column, int type, size_t count, size_t n,
+                         std::vector<int32_t>& result);
+
+  std::unique_ptr<KeyCache> keyCache_;
+  std::vector<char> uncacheable_; // custom columns that showed a message
+  size_t keyCacheLimit_ = kDefaultKeyCacheLimit;
+  bool checkKeys_ = false;
+  KeyMismatchHandler mismatch_;
 
   OwnerDataSource ownerSource_ = nullptr;
   void* owner_ = nullptr;

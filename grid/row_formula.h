@@ -35,6 +35,18 @@ protected:
   ~CellTextSource() = default;
 };
 
+// What one custom cell shows, without its text: kept by the row engine's
+// key caches instead of the text.
+struct CustomCellValue {
+  enum Kind : uint8_t {
+    kLeftEmpty,     // nothing written: a cell that starts empty stays empty
+    kDividedByZero, // the zero-divisor text
+    kValue,         // the value with two decimals
+  };
+  Kind kind = kLeftEmpty;
+  double value = 0; // for kValue: atof of the written text
+};
+
 class CustomColumnFormula {
 public:
   virtual ~CustomColumnFormula() = default;
@@ -48,6 +60,15 @@ public:
   // False when the formula cannot tell; the caller then uses the text.
   virtual bool CalculateSortKey(uint64_t /*itemData*/, CellTextSource& /*cells*/,
                                 int /*dataColumnCount*/, double& /*key*/) {
+    return false;
+  }
+  // What Calculate would write into an empty text, as a value: `value`
+  // rounded as the two-decimal text reads back, so formatting it again with
+  // two decimals gives that very text. False when the formula cannot tell
+  // (the caller then uses the text); messages are shown as Calculate shows
+  // them.
+  virtual bool CalculateCellValue(uint64_t /*itemData*/, CellTextSource& /*cells*/,
+                                  int /*dataColumnCount*/, CustomCellValue& /*value*/) {
     return false;
   }
 };

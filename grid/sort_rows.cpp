@@ -5,6 +5,7 @@
 #include "grid/row_engine.h"
 
 #include "grid/distinct_interner.h"
+#include "grid/key_cache.h"
 #include "grid/row_convert.h"
 #include "grid/sort_compare.h"
 #include "grid/sort_keys.h"
@@ -90,6 +91,12 @@ void RowEngine::ForEachKey(int column, int type, size_t n, TextInterner& texts, 
   if (HasDataSource() && (type == kCompareDecimal || type == kCompareDecimalAlt) &&
       column >= dataColumnCount_ && size_t(column - dataColumnCount_) < formulas_.size())
     formula = formulas_[size_t(column - dataColumnCount_)].get();
+  std::vector<SortEntry> cached;
+  if (type != kCompareText && CachedSortKeys(column, type, n, cached)) {
+    for (const SortEntry& e : cached)
+      sink(e.index, e.key);
+    return;
+  }
   std::string scratch;
   for (const uint32_t slot : SlotsInStoreOrder(n)) {
     const uint64_t item = ItemDataOfIndex(map_[slot]);
@@ -108,6 +115,8 @@ void RowEngine::ForEachKey(int column, int type, size_t n, TextInterner& texts, 
 bool RowEngine::BuildKeys(int column, int type, size_t n, std::vector<SortEntry>& keys) {
   if (!HasNumericKey(type) && type != kCompareText)
     return false;
+  if (CachedSortKeys(column, type, n, keys))
+    return true;
   keys.resize(n);
   TextInterner texts;
   ForEachKey(column, type, n, texts, [&](uint32_t slot, uint64_t key) {
@@ -125,11 +134,23 @@ bool RowEngine::BuildKeys(int column, int type, size_t n, std::vector<SortEntry>
 // bounds even if that rule is not a consistent order.
 std::vector<uint32_t> RowEngine::OrderByDateTime(int column, size_t n, int direction) {
   std::string scratch;
-  TextInterner texts;
+  TextInterner local;
+  ColumnKeys* cache = column < dataColumnCount_ ? PassKeys(column) : nullptr;
+  if (cache && cache->kind != ColumnKeys::Kind::kText)
+    cache = nullptr;
+  TextInterner& texts = cache ? cache->texts : local;
   std::vector<uint32_t> ids(n);
-  for (const uint32_t slot : SlotsInStoreOrder(n)) {
-    const uint64_t item = ItemDataOfIndex(map_[slot]);
-    ids[slot] = texts.Intern(item != 0 && column >= 0 ? PassText(item, column, scratch) : "");
+  if (cache) {
+    const uint32_t empty = texts.Intern({});
+    for (uint32_t slot = 0; slot < n; ++slot) {
+      const int32_t d = map_[slot];
+      ids[slot] = d >= 0 && size_t(d) < items_.size() ? cache->ids[size_t(d)] : empty;
+    }
+  } else {
+    for (const uint32_t slot : SlotsInStoreOrder(n)) {
+      const uint64_t item = ItemDataOfIndex(map_[slot]);
+      ids[slot] = texts.Intern(item != 0 && column >= 0 ? PassText(item, column, scratch) : "");
+    }
   }
   std::vector<uint32_t> order(n);
   for (uint32_t i = 0; i < n; ++i)
@@ -160,6 +181,7 @@ void RowEngine::SortDisplayed(int column, int type, int direction) {
     sorted[i] = map_[order[i]];
   for (size_t i = 0; i < n; ++i)
     map_[reverse_ ? n - 1 - i : i] = sorted[i];
+  EndPass();
 }
 
 // Numeric columns keep only the `n` best rows while reading, in a heap
@@ -173,14 +195,22 @@ std::vector<int32_t> RowEngine::LargestRows(int column, size_t n) {
   std::vector<int32_t> result;
   result.reserve(n);
   std::vector<SortEntry> keys;
-  const auto larger = [](const SortEntry& a, const SortEntry& b) { return a.key > b.key; };
+  // Equal values go in map order, whatever order the keys are read in.
+  const auto larger = [](const SortEntry& a, const SortEntry& b) {
+    return a.key > b.key || (a.key == b.key && a.index < b.index);
+  };
+  if (HasNumericKey(info->nType) && n > 0 &&
+      CachedLargestRows(column, info->nType, count, n, result)) {
+    EndPass();
+    return result;
+  }
   if (HasNumericKey(info->nType) && n > 0) {
     TextInterner unused;
     ForEachKey(column, info->nType, count, unused, [&](uint32_t slot, uint64_t key) {
       if (keys.size() < n) {
         keys.push_back(SortEntry{key, slot});
         std::push_heap(keys.begin(), keys.end(), larger);
-      } else if (key > keys.front().key) {
+      } else if (larger(SortEntry{key, slot}, keys.front())) {
         std::pop_heap(keys.begin(), keys.end(), larger);
         keys.back() = SortEntry{key, slot};
         std::push_heap(keys.begin(), keys.end(), larger);
@@ -200,6 +230,7 @@ std::vector<int32_t> RowEngine::LargestRows(int column, size_t n) {
   } else {
     result.assign(map_.begin(), map_.begin() + ptrdiff_t(n));
   }
+  EndPass();
   return result;
 }
 

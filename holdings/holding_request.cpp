@@ -89,19 +89,5 @@ std::optional<std::string> DecodeMrvCj(const KdlMsg* msg) {
   return std::string(v.data, v.length);
 }
 
-bool StartsWithNoCase(std::string_view text, std::string_view prefix) {
-  if (prefix.size() > text.size())
-    return false;
-  for (size_t i = 0; i < prefix.size(); ++i) {
-    unsigned char a = text[i], b = prefix[i];
-    if (a >= 'A' && a <= 'Z')
-      a += 'a' - 'A';
-    if (b >= 'A' && b <= 'Z')
-      b += 'a' - 'A';
-    if (a != b)
-      return false;
-  }
-  return true;
-}
 
 } // namespace vh

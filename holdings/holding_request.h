@@ -4,6 +4,8 @@
 // into a HoldSelection; nothing here knows a widget.
 #pragma once
 
+#include "grid/row_convert.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -81,8 +83,6 @@ std::optional<std::string> DecodeMrvCj(const KdlMsg* msg);
 // -1 when none matches or count is 0. An empty prefix matches any item.
 template <typename ItemText>
 int FindComboPrefix(int count, int after, std::string_view prefix, ItemText&& itemText);
-
-bool StartsWithNoCase(std::string_view text, std::string_view prefix);
 
 template <typename ItemText>
 int FindComboPrefix(int count, int after, std::string_view prefix, ItemText&& itemText) {

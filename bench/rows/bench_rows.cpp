@@ -1,5 +1,7 @@
 // The row engine over a million holdings rows: insert, custom column,
-// filters, sorts, top ten and distinct values.
+// filters, sorts, top ten and distinct values, each without key caches,
+// cold (building them) and warm; then a 1% tick before a warm sort and
+// filter.
 //
 //   bench_rows [--csv FILE] [benchmark flags]
 //
@@ -15,7 +17,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <memory>
+#include <string>
 
 namespace vh::bench {
 namespace {
@@ -109,70 +113,122 @@ void W1_insert_1m(benchmark::State& state) {
   state.counters["bytes_per_row"] = bytesPerRow;
 }
 
-void W2_custom_column_all_rows(benchmark::State& state) {
+// Each pass runs three ways: uncached (the caches off: every cell fetched
+// and converted), _cold (the first pass after every row changed: it builds
+// the column's cache) and _warm (the pass after that).
+enum class Cache { kOff, kCold, kWarm };
+
+template <typename Pass> void Run(benchmark::State& state, Cache cache, Pass pass) {
   RowEngine& engine = Loaded();
-  std::string text;
+  engine.SetKeyCacheLimit(cache == Cache::kOff ? 0 : RowEngine::kDefaultKeyCacheLimit);
+  if (cache == Cache::kWarm)
+    pass(engine);
   for (auto _ : state) {
-    size_t length = 0;
-    for (size_t i = 1; i <= engine.RowCount(); ++i) {
-      text.clear();
-      engine.GetCellText(engine.ItemDataOfIndex(int(i - 1)), kCustomColumn, text);
-      length += text.size();
+    if (cache == Cache::kCold) {
+      state.PauseTiming();
+      engine.AllRowsChanged();
+      state.ResumeTiming();
     }
-    benchmark::DoNotOptimize(length);
+    pass(engine);
   }
+  state.counters["cache_bytes_per_row"] =
+      double(engine.KeyCacheBytes()) / double(engine.RowCount());
+  engine.SetKeyCacheLimit(RowEngine::kDefaultKeyCacheLimit);
 }
 
-void FilterCase(benchmark::State& state, int column, const char* text) {
-  RowEngine& engine = Loaded();
-  for (auto _ : state) {
-    engine.SetFilter(column, text, false);
-    benchmark::DoNotOptimize(engine.DisplayedCount());
+// Every cell text of the custom column, as an export reads them.
+void CustomColumnTexts(RowEngine& engine) {
+  size_t length = 0;
+  engine.VisitColumnTexts(kCustomColumn,
+                          [&](int, std::string_view text) { length += text.size(); });
+  benchmark::DoNotOptimize(length);
+}
+
+void Filtered(RowEngine& engine, int column, const char* text) {
+  engine.SetFilter(column, text, false);
+  benchmark::DoNotOptimize(engine.DisplayedCount());
+}
+
+void Sorted(RowEngine& engine, int column) {
+  engine.SortOnColumn(column);
+  benchmark::DoNotOptimize(engine.GetItemData(0));
+}
+
+void Top10(RowEngine& engine) {
+  benchmark::DoNotOptimize(engine.LargestRows(kCustomColumn, 10));
+}
+
+void Distinct(RowEngine& engine) {
+  benchmark::DoNotOptimize(engine.DistinctValues(kNseSymbol).size());
+}
+
+// A price tick: 1% of the rows, spread over the store, reported changed.
+void Tick(RowEngine& engine) {
+  static size_t offset = 0;
+  offset = (offset + 1) % 100;
+  for (size_t d = offset; d < engine.RowCount(); d += 100)
+    engine.RowChanged(int(d));
+}
+
+void RegisterPasses() {
+  struct Case {
+    const char* name;
+    std::function<void(RowEngine&)> pass;
+    bool resetFilters;
+  };
+  const Case cases[] = {
+      {"W2_custom_column_all_rows", CustomColumnTexts, false},
+      {"W3_filter_prefix", [](RowEngine& e) { Filtered(e, kClientId, "C00012"); }, true},
+      {"W4_filter_greater", [](RowEngine& e) { Filtered(e, kHoldingsQty, ">500"); }, true},
+      {"W5_filter_contains", [](RowEngine& e) { Filtered(e, kNseSymbol, "*INF*"); }, true},
+      {"W6_sort_quantity", [](RowEngine& e) { Sorted(e, kHoldingsQty); }, false},
+      {"W7_sort_symbol", [](RowEngine& e) { Sorted(e, kNseSymbol); }, false},
+      {"W8_top10_custom", Top10, false},
+      {"W9_distinct_symbol", Distinct, false},
+  };
+  const struct {
+    const char* suffix;
+    Cache cache;
+  } modes[] = {{"", Cache::kOff}, {"_cold", Cache::kCold}, {"_warm", Cache::kWarm}};
+  for (const Case& c : cases) {
+    for (const auto& mode : modes) {
+      const std::function<void(RowEngine&)> pass = c.pass;
+      const bool reset = c.resetFilters;
+      const Cache cache = mode.cache;
+      benchmark::RegisterBenchmark((std::string(c.name) + mode.suffix).c_str(),
+                                   [pass, reset, cache](benchmark::State& state) {
+                                     Run(state, cache, pass);
+                                     if (reset)
+                                       Loaded().ResetFilters();
+                                   })
+          ->Unit(benchmark::kMillisecond);
+    }
   }
-  state.counters["shown"] = engine.DisplayedCount();
-  engine.ResetFilters();
+  benchmark::RegisterBenchmark("W10_tick_then_sort", [](benchmark::State& state) {
+    Run(state, Cache::kWarm, [](RowEngine& e) {
+      Tick(e);
+      Sorted(e, kHoldingsQty);
+    });
+  })->Unit(benchmark::kMillisecond);
+  benchmark::RegisterBenchmark("W11_tick_then_filter", [](benchmark::State& state) {
+    Run(state, Cache::kWarm, [](RowEngine& e) {
+      Tick(e);
+      Filtered(e, kHoldingsQty, ">500");
+    });
+    Loaded().ResetFilters();
+  })->Unit(benchmark::kMillisecond);
 }
 
-void W3_filter_prefix(benchmark::State& state) {
-  FilterCase(state, kClientId, "C00012");
-}
-void W4_filter_greater(benchmark::State& state) {
-  FilterCase(state, kHoldingsQty, ">500");
-}
-void W5_filter_contains(benchmark::State& state) {
-  FilterCase(state, kNseSymbol, "*INF*");
-}
-
-void SortCase(benchmark::State& state, int column) {
-  RowEngine& engine = Loaded();
-  for (auto _ : state) {
-    engine.SortOnColumn(column);
-    benchmark::DoNotOptimize(engine.GetItemData(0));
-  }
-}
-
-void W6_sort_quantity(benchmark::State& state) {
-  SortCase(state, kHoldingsQty);
-}
-void W7_sort_symbol(benchmark::State& state) {
-  SortCase(state, kNseSymbol);
-}
-
-void W8_top10_custom(benchmark::State& state) {
+// Every one of the 19 columns cached at once, for the memory figure.
+void Cache_all_columns(benchmark::State& state) {
   RowEngine& engine = Loaded();
   for (auto _ : state)
-    benchmark::DoNotOptimize(engine.LargestRows(kCustomColumn, 10));
-}
-
-void W9_distinct_symbol(benchmark::State& state) {
-  RowEngine& engine = Loaded();
-  size_t count = 0;
-  for (auto _ : state) {
-    count = engine.DistinctValues(kNseSymbol).size();
-    benchmark::DoNotOptimize(count);
-  }
-  state.counters["distinct"] = double(count);
-  state.counters["bytes_per_row"] = double(engine.ResidentBytes()) / double(engine.RowCount());
+    for (int column = 0; column <= kCustomColumn; ++column)
+      engine.SortOnColumn(engine.ColumnPosition(column));
+  state.counters["cache_bytes_per_row"] =
+      double(engine.KeyCacheBytes()) / double(engine.RowCount());
+  state.counters["engine_bytes_per_row"] =
+      double(engine.ResidentBytes()) / double(engine.RowCount());
 }
 
 // What the rules literally do, for comparison: convert both texts inside
@@ -205,14 +261,7 @@ void Literal_sort_symbol(benchmark::State& state) {
 }
 
 BENCHMARK(W1_insert_1m)->Unit(benchmark::kMillisecond);
-BENCHMARK(W2_custom_column_all_rows)->Unit(benchmark::kMillisecond);
-BENCHMARK(W3_filter_prefix)->Unit(benchmark::kMillisecond);
-BENCHMARK(W4_filter_greater)->Unit(benchmark::kMillisecond);
-BENCHMARK(W5_filter_contains)->Unit(benchmark::kMillisecond);
-BENCHMARK(W6_sort_quantity)->Unit(benchmark::kMillisecond);
-BENCHMARK(W7_sort_symbol)->Unit(benchmark::kMillisecond);
-BENCHMARK(W8_top10_custom)->Unit(benchmark::kMillisecond);
-BENCHMARK(W9_distinct_symbol)->Unit(benchmark::kMillisecond);
+BENCHMARK(Cache_all_columns)->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(Literal_sort_quantity)->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(Literal_sort_symbol)->Unit(benchmark::kMillisecond)->Iterations(1);
 
@@ -232,6 +281,7 @@ int main(int argc, char** argv) {
     }
   }
   argc = kept;
+  vh::bench::RegisterPasses();
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv))
     return 1;
