@@ -10,6 +10,7 @@
 #include <QTest>
 
 #include <random>
+#include <set>
 
 #include <gtest/gtest.h>
 
@@ -37,24 +38,19 @@ TEST(SortedValues, AlphabeticalIgnoringCaseEachOnce) {
 
 // Enough values for the radix passes, from bytes at the edges of the case
 // fold ('@' and '[' beside the capitals, UTF-8 bytes whose low seven bits
-// are capitals), must come out as the collation sorts them one by one.
+// are capitals), come out as the collation sorts them one by one.
 TEST(SortedValues, LargeSetsAgreeWithTheCollation) {
   const std::string alphabet = "@AZ[az{09-\xC1\xDA\xE1";
   std::mt19937 random(5);
-  for (const size_t count : {size_t(100), size_t(5000)}) {
-    Texts values(count);
-    for (std::string& v : values)
-      for (size_t n = random() % 14; n > 0; --n)
-        v += alphabet[random() % alphabet.size()];
-    Texts expected = values;
-    std::sort(expected.begin(), expected.end(), [](const std::string& a, const std::string& b) {
-      return CompareListTexts(a, b) < 0;
-    });
-    expected.erase(std::unique(expected.begin(), expected.end()), expected.end());
-    if (!expected.empty() && expected.front().empty())
-      expected.erase(expected.begin());
-    EXPECT_EQ(SortedDistinctValues(values), expected) << count;
-  }
+  Texts values(5000);
+  for (std::string& v : values)
+    for (size_t n = random() % 14; n > 0; --n)
+      v += alphabet[random() % alphabet.size()];
+  std::set<std::string, bool (*)(const std::string&, const std::string&)> expected(
+      values.begin(), values.end(),
+      [](const std::string& a, const std::string& b) { return CompareListTexts(a, b) < 0; });
+  expected.erase("");
+  EXPECT_EQ(SortedDistinctValues(values), Texts(expected.begin(), expected.end()));
 }
 
 // The linear join must give what the plain substring rule gives, on picks
