@@ -5,6 +5,7 @@
 
 #include <QAbstractListModel>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,9 @@ public:
 
   // Replaces every row (a model reset).
   void SetValues(std::vector<std::string> values);
+  // The same, row r showing values[order[r]]; indexes past the end show an
+  // empty text.
+  void SetValues(std::vector<std::string> values, std::vector<uint32_t> order);
   // The text of `row`; empty for a row out of range.
   const std::string& Value(int row) const;
 
@@ -25,6 +29,7 @@ public:
 
 private:
   std::vector<std::string> values_;
+  std::vector<uint32_t> order_; // empty: rows in `values_` order
 };
 
 } // namespace vh

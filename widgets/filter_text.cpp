@@ -53,7 +53,8 @@ CFilterText::~CFilterText() = default;
 
 void CFilterText::Popup(std::vector<std::string> values, int column, QPoint globalPos) {
   column_ = column;
-  model_->SetValues(SortedDistinctValues(std::move(values)));
+  std::vector<uint32_t> order = SortedValueOrder(values);
+  model_->SetValues(std::move(values), std::move(order));
   list_->scrollToTop();
 
   QScreen* screen = QGuiApplication::screenAt(globalPos);

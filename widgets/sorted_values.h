@@ -7,16 +7,22 @@
 // sort as text: "10" before "9", as in any alphabetical list.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
 namespace vh {
 
 // `values` in that order, each distinct text once, empty texts dropped.
-// Sorts on eight-byte keys, refining runs of equal keys by the next eight
-// bytes (a radix sort on eight-byte digits), so long shared prefixes cost
-// little.
+// Sorts on eight-byte keys (a byte-wise LSD radix pass for large ranges),
+// refining runs of equal keys by the next eight bytes (a radix sort on
+// eight-byte digits), so long shared prefixes cost little.
 std::vector<std::string> SortedDistinctValues(std::vector<std::string> values);
+
+// The same order as indexes into `values`, which stay where they are: a
+// million texts need not move (nor their memory be touched again in random
+// order) to be listed sorted. Of equal texts the one listed is any one.
+std::vector<uint32_t> SortedValueOrder(const std::vector<std::string>& values);
 
 // The collation above: negative, zero or positive as `a` sorts before, with
 // or after `b`; zero only for equal texts.

@@ -29,6 +29,8 @@ class ProgressPump;
 
 namespace vh {
 
+class CustomColumnGrid;
+
 class CCommonListCtrl : public QTableView {
   Q_OBJECT
 public:
@@ -101,6 +103,8 @@ public:
   virtual std::vector<std::string> ColumnNames() const;
   // The column record whose name is `name`, or null.
   virtual const sTarnColInfo* FindColumnByName(const std::string& name) const;
+  // What the column editors change; null for a grid without a column table.
+  virtual CustomColumnGrid* CustomColumns() { return nullptr; }
 
   // Top visible row (-1 without rows), rows that fit the viewport, and a
   // repaint of one row.

@@ -1,6 +1,7 @@
 #include "grid/widgets/filter_list_ctrl.h"
 
 #include "grid/custom_column.h"
+#include "grid/widgets/filter_list_columns.h"
 #include "grid/widgets/filter_list_model.h"
 #include "grid/widgets/grid_commands.h"
 #include "grid/widgets/row_delegate.h"
@@ -36,7 +37,8 @@ FilterShared& Shared() {
 } // namespace
 
 CFilterListCtrl::CFilterListCtrl(QWidget* parent)
-    : CCommonListCtrl(parent), header_(new CFilterHeader(this)) {
+    : CCommonListCtrl(parent), header_(new CFilterHeader(this)),
+      columnEdit_(std::make_unique<FilterListColumns>(*this)) {
   model_ = std::make_unique<FilterListModel>(engine_, static_cast<RowEngineObserver*>(this));
   engine_.SetCustomColumnCompiler(&CompileCustomColumn);
   setHorizontalHeader(header_);
@@ -80,6 +82,8 @@ CFilterListCtrl::CFilterListCtrl(QWidget* parent)
   });
   connect(header_, &CFilterHeader::FieldFocused, this, &CFilterListCtrl::ScrollFieldIntoView);
   connect(horizontalScrollBar(), &QScrollBar::valueChanged, header_, &CFilterHeader::PlaceFields);
+  // The editors see columns where the user dragged them.
+  connect(header_, &QHeaderView::sectionMoved, this, [this] { columnEdit_->Sync(); });
 }
 
 CFilterListCtrl::~CFilterListCtrl() {
@@ -101,9 +105,14 @@ void CFilterListCtrl::SetUpColumns(std::vector<sTarnColInfo> columns, int sortCo
   ApplyWidths(widths);
   columnsInstalled_ = true;
   (void)LoadColumnProfile();
+  ReadDefaultSort();
+  const int defaultItem = engine_.ColumnPosition(defaultSortColumn_);
+  if (defaultItem >= 0)
+    sortColumn = defaultItem;
   SetInitialSortColumn(sortColumn);
   engine_.SetSortState(sortColumn);
   SetUp();
+  columnEdit_->Sync();
 }
 
 void CFilterListCtrl::ApplyWidths(const std::vector<int>& widthOfColumn) {
@@ -127,6 +136,7 @@ int CFilterListCtrl::InsertCustomColumn(const sTarnColInfo& info) {
   const int position = engine_.ColumnPosition(column);
   if (position >= 0 && info.nWidth > 0)
     header_->resizeSection(position, info.nWidth);
+  columnEdit_->Sync();
   return column;
 }
 
@@ -138,7 +148,13 @@ bool CFilterListCtrl::DeleteHeaderColumn(int headerItem) {
     header_->SetSectionImage(s, header_->SectionImage(s + 1));
   model_->ColumnRemoved(headerItem);
   engine_.Filter();
+  columnEdit_->Sync();
   return true;
+}
+
+CustomColumnGrid* CFilterListCtrl::CustomColumns() {
+  columnEdit_->Sync();
+  return columnEdit_.get();
 }
 
 std::vector<std::string> CFilterListCtrl::ColumnNames() const {

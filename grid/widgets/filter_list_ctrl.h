@@ -23,6 +23,7 @@ namespace vh {
 
 class CFilterHeader;
 class CFilterText;
+class FilterListColumns;
 class FilterListModel;
 
 class CFilterListCtrl : public CCommonListCtrl, private RowEngineObserver {
@@ -55,6 +56,17 @@ public:
   // of their name save width 0. Shows "Error while saving column profile"
   // and returns false on failure.
   bool SaveColumnProfile();
+  // The sort applied when the grid is filled anew: `column` in the column
+  // table (-1: none). Set-up reads it from the profile's saved default sort
+  // (settings/default_sort.h) and marks that column; the column profile
+  // dialog's "Sort" sets it.
+  void SetDefaultSort(int column, bool descending);
+  int DefaultSortColumn() const { return defaultSortColumn_; }
+  bool DefaultSortDescending() const { return defaultSortDescending_; }
+  // Sorts the displayed rows by the default sort, in its direction, with
+  // the header mark. Does nothing without one, when its column is hidden or
+  // without rows. Owners call it once a fresh fill is in.
+  void ApplyDefaultSort();
   void SetAllowCustomColumns(bool on) { customColumns_ = on; }
   bool AllowCustomColumns() const { return customColumns_; }
 
@@ -122,6 +134,8 @@ public:
   bool OnCommand(int id) override;
   static void SetCustomColumnEditorFactory(GridDialogFactory factory);
 
+  // Never null.
+  CustomColumnGrid* CustomColumns() override;
   std::vector<std::string> ColumnNames() const override;
   const sTarnColInfo* FindColumnByName(const std::string& name) const override;
   QString GetCellText(int row, int headerItem) override;
@@ -148,11 +162,15 @@ private:
 
   void ScrollFieldIntoView(int headerItem);
   void ApplyWidths(const std::vector<int>& widthOfColumn);
+  void ReadDefaultSort();
   bool KeywordColour(uint64_t itemData, int32_t& colour);
 
   RowEngine engine_;
   CFilterHeader* header_;
   std::unique_ptr<FilterListModel> model_;
+  std::unique_ptr<FilterListColumns> columnEdit_;
+  int defaultSortColumn_ = -1;
+  bool defaultSortDescending_ = false;
   bool customColumns_ = false;
   bool columnsInstalled_ = false;
   bool deletedWasSelected_ = false;

@@ -43,7 +43,9 @@ QVariant FilterListModel::data(const QModelIndex& index, int role) const {
 QVariant FilterListModel::headerData(int section, Qt::Orientation orientation, int role) const {
   if (orientation != Qt::Horizontal || section < 0 || section >= columns_)
     return {};
-  if (role != Qt::DisplayRole && role != Qt::ToolTipRole)
+  if (role == Qt::ToolTipRole)
+    return HeaderToolTip(section);
+  if (role != Qt::DisplayRole)
     return {};
   const sTarnColInfo* info = engine_.ColumnInfo(engine_.DataColumnAt(section));
   return info ? QString::fromLatin1(info->Name().data(), qsizetype(info->Name().size()))
@@ -107,6 +109,7 @@ void FilterListModel::OnRowDeleted(int position) {
 
 void FilterListModel::Reset() {
   beginResetModel();
+  tips_.clear();
   announced_ = engine_.DisplayedCount();
   columns_ = engine_.HeaderItemCount();
   pending_ = 0;
@@ -177,8 +180,33 @@ void FilterListModel::ColumnRemoved(int headerItem) {
     return;
   }
   beginRemoveColumns({}, headerItem, headerItem);
+  if (size_t(headerItem) < tips_.size())
+    tips_.erase(tips_.begin() + headerItem);
   columns_ = engine_.HeaderItemCount();
   endRemoveColumns();
+}
+
+void FilterListModel::SetHeaderToolTip(int headerItem, const QString& text) {
+  if (headerItem < 0 || headerItem >= columns_)
+    return;
+  if (size_t(headerItem) >= tips_.size())
+    tips_.resize(size_t(headerItem) + 1);
+  tips_[size_t(headerItem)] = text.isNull() ? QString(QLatin1String("")) : text;
+  emit headerDataChanged(Qt::Horizontal, headerItem, headerItem);
+}
+
+QString FilterListModel::HeaderToolTip(int headerItem) const {
+  if (headerItem < 0 || headerItem >= columns_)
+    return {};
+  if (size_t(headerItem) < tips_.size() && !tips_[size_t(headerItem)].isNull())
+    return tips_[size_t(headerItem)];
+  const int column = engine_.DataColumnAt(headerItem);
+  const sTarnColInfo* info = engine_.ColumnInfo(column);
+  if (!info)
+    return QString();
+  if (column >= engine_.DataColumnCount() && !info->strDisplayExpression.empty())
+    return QString::fromStdString(info->strDisplayExpression);
+  return QString::fromLatin1(info->Name().data(), qsizetype(info->Name().size()));
 }
 
 } // namespace vh

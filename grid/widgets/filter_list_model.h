@@ -13,6 +13,8 @@
 
 #include <QAbstractTableModel>
 
+#include <vector>
+
 namespace vh {
 
 class FilterListModel final : public QAbstractTableModel, public RowEngineObserver {
@@ -38,6 +40,12 @@ public:
   // One column was added at the end / header item `headerItem` removed.
   void ColumnAppended();
   void ColumnRemoved(int headerItem);
+  // Header tooltips: a data column's name, a custom column's display
+  // expression, unless set otherwise since the columns last changed (an
+  // edited custom column keeps the tooltip it had). Nothing happens for a
+  // header item the model does not have.
+  void SetHeaderToolTip(int headerItem, const QString& text);
+  QString HeaderToolTip(int headerItem) const;
 
   // RowEngineObserver
   void OnRowInsertedAt(int position, std::string_view text, int displayRow) override;
@@ -55,6 +63,8 @@ private:
 
   RowEngine& engine_;
   RowEngineObserver* forward_;
+  // Tooltips set by SetHeaderToolTip, by header item; null = the default.
+  std::vector<QString> tips_;
   int announced_ = 0;
   int columns_ = 0;
   // Rows the engine holds beyond the announced ones, all at the end or all
