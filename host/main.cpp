@@ -2,12 +2,14 @@
 // back-end given with --backend or one started in-process.
 #include <QApplication>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QMessageBox>
 #include <QStandardPaths>
 #include <cstdio>
 #include <memory>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "host/backend_control.h"
@@ -51,6 +53,32 @@ std::unique_ptr<riskd::RiskServer> startEmbedded(const host::HostOptions& o, QSt
     error = QString("cannot start the embedded back-end on %1: %2")
                 .arg(db, QString::fromStdString(why));
   return server;
+}
+
+// The plug-in's settings: --settings, else the user's config folder, never
+// beside the executable.
+QString settingsDirectory(const host::HostOptions& o) {
+  QString dir = o.settingsDir;
+  if (dir.isEmpty())
+    dir = QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);
+  QDir().mkpath(dir);
+  return QDir(dir).absolutePath();
+}
+
+// Keeps the back-end's clients that `path` lists (one id a line), in the
+// back-end's order. False when the file cannot be read.
+bool limitClients(const QString& path, std::vector<std::string>& clientIds) {
+  QFile file(path);
+  if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+    return false;
+  std::unordered_set<std::string> wanted;
+  while (!file.atEnd()) {
+    const QByteArray line = file.readLine().trimmed();
+    if (!line.isEmpty())
+      wanted.insert(line.toStdString());
+  }
+  std::erase_if(clientIds, [&](const std::string& id) { return !wanted.count(id); });
+  return true;
 }
 
 int fail(const QString& text, bool headless) {
@@ -123,6 +151,7 @@ int main(int argc, char** argv) {
   }
 
   host::HostContext& ctx = host::TheHost();
+  ctx.settingsDirectory = settingsDirectory(options).toStdString();
   host::BackendControl control;
   ctx.control = &control;
   host::StartupLoader loader(control, options.userId.toStdString(), ctx.master, ctx.user);
@@ -146,6 +175,12 @@ int main(int argc, char** argv) {
     }
   });
   QObject::connect(&loader, &host::StartupLoader::ready_, &app, [&] {
+    if (!options.clientsFile.isEmpty() && !limitClients(options.clientsFile, ctx.user.clientIds)) {
+      std::fprintf(stderr, "tarntrader: cannot read the client list %s\n",
+                   qPrintable(options.clientsFile));
+      app.exit(1);
+      return;
+    }
     if (!options.rights.isEmpty()) {
       ctx.user.rights.clear();
       for (const QString& r : options.rights)
