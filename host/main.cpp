@@ -6,6 +6,8 @@
 #include <QFileInfo>
 #include <QMessageBox>
 #include <QStandardPaths>
+#include <QTcpSocket>
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <string_view>
@@ -148,6 +150,19 @@ int main(int argc, char** argv) {
       return fail(error, headless);
     backendHost = "127.0.0.1";
     backendPort = embedded->port();
+  }
+
+  // A headless run has nobody to watch the control retry: a back-end that
+  // cannot be reached ends it at once.
+  if (headless && embedded == nullptr) {
+    QTcpSocket probe;
+    probe.connectToHost(backendHost, backendPort);
+    if (!probe.waitForConnected(std::min(options.waitMs, 5000)))
+      return fail(QString("cannot reach the back-end at %1:%2: %3")
+                      .arg(backendHost)
+                      .arg(backendPort)
+                      .arg(probe.errorString()),
+                  headless);
   }
 
   host::HostContext& ctx = host::TheHost();
