@@ -6,7 +6,8 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
-#include <unordered_set>
+
+#include "holdings/text_pool.h"
 
 namespace vh {
 
@@ -21,15 +22,12 @@ public:
   int EntryCount() const { return entries_; }
 
 private:
-  struct Hash {
-    using is_transparent = void;
-    size_t operator()(std::string_view s) const;
-  };
-  struct Equal {
-    using is_transparent = void;
-    bool operator()(std::string_view a, std::string_view b) const;
-  };
-  std::unordered_set<std::string, Hash, Equal> ids_;
+  // Texts are kept letter-folded in a flat table; a lookup folds into a
+  // reused buffer, so neither side allocates per record.
+  std::string_view Folded(std::string_view id) const;
+  TextPool ids_;
+  mutable std::string folded_;
+  bool hasEmpty_ = false; // the pool always holds the empty text
   int entries_ = 0;
 };
 

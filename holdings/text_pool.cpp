@@ -32,10 +32,10 @@ void TextPool::Clear() {
 size_t TextPool::SlotOf(std::string_view text, uint32_t hash) const {
   const size_t mask = table_.size() - 1;
   size_t slot = hash & mask;
-  while (table_[slot] != 0) {
-    const Span& s = spans_[table_[slot] - 1];
-    if (s.hash == hash && s.length == text.size() &&
-        std::memcmp(buffer_.data() + s.offset, text.data(), text.size()) == 0)
+  while (table_[slot].id1 != 0) {
+    const Entry& e = table_[slot];
+    if (e.hash == hash && e.length == text.size() &&
+        std::memcmp(buffer_.data() + e.offset, text.data(), text.size()) == 0)
       return slot;
     slot = (slot + 1) & mask;
   }
@@ -44,37 +44,38 @@ size_t TextPool::SlotOf(std::string_view text, uint32_t hash) const {
 
 TextId TextPool::Find(std::string_view text) const {
   const size_t slot = SlotOf(text, Hash(text));
-  return table_[slot] ? table_[slot] - 1 : kNotFound;
+  return table_[slot].id1 ? table_[slot].id1 - 1 : kNotFound;
 }
 
 TextId TextPool::Intern(std::string_view text) {
   const uint32_t hash = Hash(text);
   size_t slot = SlotOf(text, hash);
-  if (table_[slot])
-    return table_[slot] - 1;
+  if (table_[slot].id1)
+    return table_[slot].id1 - 1;
   const TextId id = TextId(spans_.size());
-  spans_.push_back({uint32_t(buffer_.size()), uint32_t(text.size()), hash});
+  const Span span{uint32_t(buffer_.size()), uint32_t(text.size()), hash};
+  spans_.push_back(span);
   buffer_.append(text);
-  table_[slot] = id + 1;
+  table_[slot] = Entry{hash, id + 1, span.offset, span.length};
   if (spans_.size() * 2 > table_.size())
     Grow();
   return id;
 }
 
 void TextPool::Grow() {
-  table_.assign(table_.empty() ? 64 : table_.size() * 2, 0);
+  table_.assign(table_.empty() ? 64 : table_.size() * 2, Entry{});
   const size_t mask = table_.size() - 1;
   for (uint32_t id = 0; id < spans_.size(); ++id) {
-    size_t slot = spans_[id].hash & mask;
-    while (table_[slot] != 0)
+    const Span& s = spans_[id];
+    size_t slot = s.hash & mask;
+    while (table_[slot].id1 != 0)
       slot = (slot + 1) & mask;
-    table_[slot] = id + 1;
+    table_[slot] = Entry{s.hash, id + 1, s.offset, s.length};
   }
 }
 
 size_t TextPool::ResidentBytes() const {
-  return buffer_.capacity() + spans_.capacity() * sizeof(Span) +
-         table_.capacity() * sizeof(uint32_t);
+  return buffer_.capacity() + spans_.capacity() * sizeof(Span) + table_.capacity() * sizeof(Entry);
 }
 
 } // namespace vh

@@ -41,12 +41,21 @@ private:
     uint32_t length;
     uint32_t hash;
   };
+  // A table entry carries the text's place as well as its number, so a
+  // lookup in a large pool (a million client ids) touches the table and the
+  // text only, not the span list in between.
+  struct Entry {
+    uint32_t hash;
+    uint32_t id1; // id + 1, 0 for an empty entry
+    uint32_t offset;
+    uint32_t length;
+  };
   size_t SlotOf(std::string_view text, uint32_t hash) const;
   void Grow();
 
   std::string buffer_;
   std::vector<Span> spans_;
-  std::vector<uint32_t> table_; // id + 1, 0 for empty
+  std::vector<Entry> table_;
 };
 
 } // namespace vh

@@ -1,8 +1,5 @@
 #include "holdings/view_holdings.h"
 
-#include <cstdio>
-
-#include "common/c_locale.h"
 #include "link/envelope.h"
 #include "link/field_readers.h"
 
@@ -60,6 +57,23 @@ bool ReadView(const KdlMsg* msg, uint32_t tag, uint32_t index, std::string_view*
   return true;
 }
 
+// Memos of HoldingsStore::InternRecent.
+enum InternMemo : size_t { kMemoProduct, kMemo63003 };
+
+HoldingsStore::LegIds ResolveLeg(std::string_view segment, std::string_view symbol,
+                                 std::string_view token, HoldingsStore& store,
+                                 const ScripDetailsLookup& lookup) {
+  HoldingsStore::LegIds ids;
+  const size_t dash = symbol.rfind('-');
+  ids.nse = dash != std::string_view::npos && segment != kSegmentBse;
+  ids.symbol = store.Intern(ids.nse ? symbol.substr(0, dash) : symbol);
+  ids.series = ids.nse ? store.Intern(symbol.substr(dash + 1)) : 0;
+  ids.token = store.Intern(token);
+  ids.isin = store.ScripIsin(ids.nse ? kSegmentNse : kSegmentBse, symbol, lookup);
+  ids.slot = store.PriceSlotFor(ids.nse ? kExchangeNse : kExchangeBse, ids.symbol);
+  return ids;
+}
+
 void FillLeg(const KdlMsg* msg, uint32_t leg, CViewHoldings& r, HoldingsStore& store,
              const ScripDetailsLookup& lookup) {
   std::string_view segment, symbol, token;
@@ -68,19 +82,25 @@ void FillLeg(const KdlMsg* msg, uint32_t leg, CViewHoldings& r, HoldingsStore& s
   if (leg == 1 && (!haveSegment || !haveSymbol || symbol.empty()))
     return;
   ReadView(msg, kTagToken, leg, &token);
-  const size_t dash = symbol.rfind('-');
-  if (dash != std::string_view::npos && segment != kSegmentBse) {
-    r.nseSymbol = store.Intern(symbol.substr(0, dash));
-    r.series = store.Intern(symbol.substr(dash + 1));
-    r.nseToken = store.Intern(token);
-    r.scripDetail = store.ScripIsin(kSegmentNse, symbol, lookup);
-    r.priceSlot[kExchangeNse] = store.PriceSlotFor(kExchangeNse, r.nseSymbol);
+  HoldingsStore::LegIds ids;
+  if (const HoldingsStore::LegIds* known = store.RecallLeg(leg, segment, symbol, token)) {
+    ids = *known;
   } else {
-    r.bseSymbol = store.Intern(symbol);
-    r.bseScripCode = store.Intern(token);
-    r.scripDetail = store.ScripIsin(kSegmentBse, symbol, lookup);
-    r.priceSlot[kExchangeBse] = store.PriceSlotFor(kExchangeBse, r.bseSymbol);
+    ids = ResolveLeg(segment, symbol, token, store, lookup);
+    store.RememberLeg(leg, segment, symbol, token, ids);
   }
+  // An NSE leg: symbol before the last "-", series after it, 10100 the
+  // token; a BSE leg: the symbol whole, 10100 the scrip code.
+  if (ids.nse) {
+    r.nseSymbol = ids.symbol;
+    r.series = ids.series;
+    r.nseToken = ids.token;
+  } else {
+    r.bseSymbol = ids.symbol;
+    r.bseScripCode = ids.token;
+  }
+  r.scripDetail = ids.isin;
+  r.priceSlot[ids.nse ? kExchangeNse : kExchangeBse] = ids.slot;
 }
 
 // The CSE layout: one leg, then per value i of 64276 the quantity sums and
@@ -123,13 +143,15 @@ void FillCse(const KdlMsg* msg, CViewHoldings& r, HoldingsStore& store,
 }
 
 TextId Haircut(const KdlMsg* msg, HoldingsStore& store) {
+  std::string_view raw;
+  if (!ReadView(msg, kTagHaircut, 0, &raw))
+    return store.Intern(kNotAvailable);
+  if (const TextId cached = store.CachedHaircut(raw); cached != TextPool::kNotFound)
+    return cached;
   double value = 0;
   int32_t kind = 0;
-  if (!ReadDoubleField(msg, kTagHaircut, 0, &value, &kind))
-    return store.Intern(kNotAvailable);
-  char text[352]; // "%0.2lf" of the largest double has 309 integer digits
-  const int n = InCLocale([&] { return std::snprintf(text, sizeof text, "%0.2lf", value); });
-  return store.Intern(std::string_view(text, n > 0 ? size_t(n) : 0));
+  ReadDoubleField(msg, kTagHaircut, 0, &value, &kind);
+  return store.AddHaircut(raw, value);
 }
 
 TextId CollateralType(const KdlMsg* msg, HoldingsStore& store) {

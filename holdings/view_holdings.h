@@ -147,7 +147,32 @@ public:
   }
   int32_t SharedPriceValue(const CViewHoldings& r) const;
 
-  // Bytes held for records, texts, slots and the scrip cache (capacity).
+  // What one leg of a record resolved to. Remembered per leg index, so that
+  // the next record naming the same (segment, symbol, token) skips every
+  // lookup: in scrip mode all records of an answer name the same legs.
+  struct LegIds {
+    bool nse = false;
+    TextId symbol = 0, series = 0, token = 0, isin = 0;
+    uint32_t slot = kNoPriceSlot;
+  };
+  // The remembered leg `leg` (0 or 1) when it was (segment, symbol, token);
+  // null otherwise.
+  const LegIds* RecallLeg(uint32_t leg, std::string_view segment, std::string_view symbol,
+                          std::string_view token) const;
+  void RememberLeg(uint32_t leg, std::string_view segment, std::string_view symbol,
+                   std::string_view token, const LegIds& ids);
+  // Intern with a one-entry memo per `memo` (< kInternMemos): a text equal
+  // to the last one given to that memo costs a compare, not a lookup.
+  static constexpr size_t kInternMemos = 4;
+  TextId InternRecent(size_t memo, std::string_view text);
+
+  // Haircut texts, formatted once per distinct raw 64172 value: the text
+  // made for `raw` before, or TextPool::kNotFound; and the "%0.2lf" text of
+  // `value` (read from `raw`), remembered for `raw`.
+  TextId CachedHaircut(std::string_view raw) const;
+  TextId AddHaircut(std::string_view raw, double value);
+
+  // Bytes held for records, texts, slots and the caches (capacity).
   size_t ResidentBytes() const;
 
 private:
@@ -155,7 +180,23 @@ private:
   std::vector<std::unique_ptr<CViewHoldings[]>> chunks_;
   size_t count_ = 0;
   TextPool texts_;
-  std::unordered_map<std::string, TextId> scripCache_;
+  // Caches keyed by texts of their own pools: scrip details per
+  // segment NUL symbol, haircut texts per raw value.
+  TextPool scripKeys_;
+  std::vector<TextId> scripIsins_;
+  std::string scripKey_;
+  struct LegMemo {
+    std::string key; // segment NUL symbol NUL token
+    LegIds ids;
+  };
+  LegMemo legs_[2];
+  struct TextMemo {
+    std::string text;
+    TextId id = TextPool::kNotFound;
+  };
+  TextMemo memos_[kInternMemos];
+  TextPool haircutKeys_;
+  std::vector<TextId> haircutTexts_;
   std::vector<PriceSlot> slots_;
   std::unordered_map<uint64_t, uint32_t> slotOf_; // exchange << 32 | symbol text
   uint64_t ticks_ = 0;
