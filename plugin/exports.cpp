@@ -87,6 +87,9 @@ void createView(TarnHostContext* host, const char* userId, uint32_t userType) {
 // first (its grids save their columns), then the shared dialogs.
 struct GridSharedState {
   GridSharedState() {
+    // What the grids' destructors use must outlive this object, so it is
+    // made first (function statics go in the reverse order of their making).
+    (void)vh::CurrentSettingsPaths();
     vh::InstallPluginMessageSinks();
     vh::CCommonListCtrl::SetHeaderImageList(vh::MakeHeaderImageList());
     vh::InstallAppearanceDialog();

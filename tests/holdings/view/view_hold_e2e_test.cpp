@@ -468,6 +468,9 @@ TEST(HeadlessE2E, RunsExportTheDatabaseRowsOrEndWithAClearCode) {
     if (c.check)
       c.check();
   }
+  // The columns were saved into --settings DIR when the last run left.
+  QFile saved(dir.filePath("settings/UserSetting.ini"));
+  EXPECT_TRUE(saved.open(QIODevice::ReadOnly) && saved.readAll().contains("Twice#"));
 }
 
 } // namespace
