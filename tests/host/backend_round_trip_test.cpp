@@ -54,6 +54,8 @@ class BackendRoundTrip : public ::testing::Test {
 protected:
   void SetUp() override {
     ASSERT_TRUE(dir.isValid());
+    // A plug-in loaded here keeps its settings in the test's folder.
+    host::TheHost().settingsDirectory = dir.path().toStdString();
     server = StartServer(dir.path());
     ASSERT_TRUE(server);
     control.Start("127.0.0.1", server->port());

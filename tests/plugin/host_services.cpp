@@ -3,7 +3,10 @@
 // ENABLE_EXPORTS so that the plug-in finds them by name.
 #include <QComboBox>
 #include <QString>
+#include <QTemporaryDir>
+
 #include <QWidget>
+#include <string>
 
 #include "host_services.h"
 #include "plugin/tarn_host_api.h"
@@ -65,4 +68,12 @@ GetBrioRxControl(int, CBrioRxNotifierBase* receiver) {
   static RecordingControl control;
   control.Attach(receiver);
   return &control;
+}
+
+// The view saves its settings at exit: into a folder of the test's own,
+// never beside the build.
+extern "C" __attribute__((visibility("default"))) const char* pu_get_settings_directory() {
+  static const QTemporaryDir dir;
+  static const std::string path = dir.path().toStdString();
+  return path.c_str();
 }
