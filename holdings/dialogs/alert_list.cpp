@@ -28,7 +28,9 @@ void CAlertList::Empty() {
   grid_->Model().Flush();
 }
 
-int CAlertList::CountPerPage() { return grid_->GetCountPerPage(); }
+int CAlertList::CountPerPage() {
+  return grid_->GetCountPerPage();
+}
 
 void CAlertList::ShowRows(size_t rows) {
   RowEngine& engine = grid_->Engine();

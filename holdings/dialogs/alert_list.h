@@ -28,8 +28,7 @@ public:
   int Repaints() const { return repaints_; }
 
 private:
-  static int Cell(void* owner, uint64_t itemData, int column, std::string& text,
-                  CellStyle& style);
+  static int Cell(void* owner, uint64_t itemData, int column, std::string& text, CellStyle& style);
 
   CFilterListCtrl* grid_;
   AlertHits hits_;
