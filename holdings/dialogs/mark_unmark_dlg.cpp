@@ -16,19 +16,19 @@ CMarkUnMark::CMarkUnMark(HoldingSelection& selection, SendRequestFn send, std::s
     : QDialog(parent), selection_(selection), send_(std::move(send)), userId_(std::move(userId)) {
   SetControlId(this, kDlgMarkUnmark);
   setWindowIcon(style()->standardIcon(QStyle::SP_FileDialogDetailedView));
-  resize(420, 200);
-  (new QGroupBox("Scrip 1", this))->setGeometry(8, 4, 200, 80);
-  (new QGroupBox("Scrip 2", this))->setGeometry(212, 4, 200, 80);
-  nseExchange_ = AddEdit(kEditMarkNseExchange, "Exchange", {80, 24, 120, 22}, true);
-  nseSymbol_ = AddEdit(kEditMarkNseSymbol, "Symbol", {80, 52, 120, 22}, true);
-  bseExchange_ = AddEdit(kEditMarkBseExchange, "Exchange", {284, 24, 120, 22}, true);
-  bseSymbol_ = AddEdit(kEditMarkBseSymbol, "Symbol", {284, 52, 120, 22}, true);
-  client_ = AddEdit(kEditMarkClient, "Client Code", {80, 94, 120, 22}, true);
-  product_ = AddEdit(kEditMarkProduct, "Product", {284, 94, 120, 22}, true);
-  quantity_ = AddEdit(kEditMarkQuantity, "Qty", {80, 124, 120, 22}, false);
+  resize(450, 200);
+  (new QGroupBox("Scrip 1", this))->setGeometry(8, 4, 214, 80);
+  (new QGroupBox("Scrip 2", this))->setGeometry(228, 4, 214, 80);
+  nseExchange_ = AddEdit(kEditMarkNseExchange, "Exchange", {94, 24, 120, 22}, true);
+  nseSymbol_ = AddEdit(kEditMarkNseSymbol, "Symbol", {94, 52, 120, 22}, true);
+  bseExchange_ = AddEdit(kEditMarkBseExchange, "Exchange", {314, 24, 120, 22}, true);
+  bseSymbol_ = AddEdit(kEditMarkBseSymbol, "Symbol", {314, 52, 120, 22}, true);
+  client_ = AddEdit(kEditMarkClient, "Client Code", {94, 94, 120, 22}, true);
+  product_ = AddEdit(kEditMarkProduct, "Product", {314, 94, 120, 22}, true);
+  quantity_ = AddEdit(kEditMarkQuantity, "Qty", {94, 124, 120, 22}, false);
   auto* submit = new QPushButton("Submit", this);
   SetControlId(submit, kButtonMarkSubmit);
-  submit->setGeometry(170, 162, 80, 26);
+  submit->setGeometry(185, 162, 80, 26);
   submit->setDefault(true);
   auto* cancel = new QPushButton("Cancel", this);
   SetControlId(cancel, kButtonMarkCancel);
@@ -42,7 +42,7 @@ CMarkUnMark::CMarkUnMark(HoldingSelection& selection, SendRequestFn send, std::s
 CMarkUnMark::~CMarkUnMark() = default;
 
 QLineEdit* CMarkUnMark::AddEdit(int id, const char* label, QRect at, bool readOnly) {
-  (new QLabel(label, this))->setGeometry(at.left() - 70, at.top(), 66, at.height());
+  (new QLabel(label, this))->setGeometry(at.left() - 82, at.top(), 80, at.height());
   auto* edit = new QLineEdit(this);
   SetControlId(edit, id);
   edit->setGeometry(at);

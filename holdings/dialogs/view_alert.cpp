@@ -17,7 +17,7 @@
 namespace vh {
 namespace {
 
-constexpr int kRuleColumnWidth = 130;
+constexpr int kRuleColumnWidth = 134;
 
 std::optional<std::string> Selected(const QComboBox* combo) {
   if (combo->currentIndex() < 0)

@@ -187,21 +187,3 @@ TEST_F(ViewAlertTest, RulesComeBackAfterARestartOnlyForExistingColumns) {
 } // namespace
 } // namespace vh
 
-namespace vh {
-namespace {
-
-TEST(ViewAlertSetUp, MoreDataColumnsThanColumnRecordsIsRefused) {
-  ScopedMessageRecorder recorder;
-  CAlertRuleTable rules;
-  CViewAlert dialog(rules);
-  CFilterListCtrl grid;
-  grid.Engine().SetOwnerDataSource(&NoCell, nullptr);
-  grid.Engine().SetColumns({Column("A"), Column("B")}, 5);
-  if (grid.Engine().DataColumnCount() <= grid.Engine().ColumnCount())
-    GTEST_SKIP() << "the engine keeps its data column count within its columns";
-  EXPECT_FALSE(dialog.SetUpWithGrid(&grid));
-  EXPECT_EQ(recorder.messages(), Strings{"Error while adding user defined cols"});
-}
-
-} // namespace
-} // namespace vh
