@@ -6,6 +6,7 @@
 
 #include "common/c_locale.h"
 #include "common/message.h"
+#include "kdl/tags.h"
 
 namespace vh {
 namespace {
@@ -16,21 +17,6 @@ constexpr MarkOperationInfo kOperations[] = {
     {kUnmarkCur, kCmdUnmarkCur, "Currency UnMarking", "UC", false},
     {kMarkCur, kCmdMarkCur, "Currency Marking", "MC", true},
 };
-
-// Tags of the request.
-constexpr uint32_t kTagClient = 54001;
-constexpr uint32_t kTagProduct = 64030;
-constexpr uint32_t kTag63003 = 63003;
-constexpr uint32_t kTagIsin = 61002;
-constexpr uint32_t kTagCollateralQty = 64297;
-constexpr uint32_t kTagHaircut = 64172;
-constexpr uint32_t kTagClosePrice = 59351;
-constexpr uint32_t kTagSegment = 63001;
-constexpr uint32_t kTagScripCode = 10100;
-constexpr uint32_t kTagSymbol = 63100;
-constexpr uint32_t kTagQuantity = 64044;
-constexpr uint32_t kTagAction = 20008;
-constexpr uint32_t kTagSourceUser = 54247;
 
 int32_t Wrap(int64_t v) {
   return int32_t(uint32_t(uint64_t(v)));
@@ -113,9 +99,9 @@ CLinkRequest MarginTransferRequest(const MarkHolding& h, const std::string& quan
   CLinkRequest r(kMarginTransferRequest);
   r.OnFieldFailure(" Request Failure", Report::Status);
   r.OnSendFailure(std::string(kMarginTransferRequest) + " Request Failure", Report::ShowAndStatus);
-  r.Add(kTagClient, h.clientId).Add(kTagProduct, h.product);
+  r.Add(kTagClientId, h.clientId).Add(kTagProduct, h.product);
   if (!h.value63003.empty())
-    r.Add(kTag63003, h.value63003);
+    r.Add(kTagBseCode, h.value63003);
   r.Add(kTagIsin, h.isin);
   if (h.collateralType != kNoCollateralType) {
     char haircut[400]; // "%lf" of the largest double fits
@@ -128,10 +114,14 @@ CLinkRequest MarginTransferRequest(const MarkHolding& h, const std::string& quan
   if (!h.nseSymbol.empty())
     r.Add(kTagSegment, "nse_cm")
         .Add(kTagScripCode, h.nseToken)
-        .Add(kTagSymbol, h.nseSymbol + "-" + h.series);
+        .Add(kTagTradingSymbol, h.nseSymbol + "-" + h.series);
   if (!h.bseSymbol.empty())
-    r.Add(kTagSegment, "bse_cm").Add(kTagScripCode, h.bseScripCode).Add(kTagSymbol, h.bseSymbol);
-  r.Add(kTagQuantity, quantityText).Add(kTagAction, operation.action).Add(kTagSourceUser, userId);
+    r.Add(kTagSegment, "bse_cm")
+        .Add(kTagScripCode, h.bseScripCode)
+        .Add(kTagTradingSymbol, h.bseSymbol);
+  r.Add(kTagHoldingsQty, quantityText)
+      .Add(kTagAction, operation.action)
+      .Add(kTagSourceUserId, userId);
   return r;
 }
 

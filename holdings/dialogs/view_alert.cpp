@@ -161,8 +161,10 @@ void CViewAlert::ShowRule(const CustomAlert& rule) {
 void CViewAlert::OnUpdate() {
   const auto rule = RuleFromInput({Selected(columns_), Selected(numbers_), Selected(expression_),
                                    value_->text().toStdString()});
-  if (rule)
-    ShowRule(rules_.Put(*rule));
+  if (!rule)
+    return;
+  ShowRule(rules_.Put(*rule));
+  emit RulesChanged();
 }
 
 void CViewAlert::OnDelete() {
@@ -177,6 +179,7 @@ void CViewAlert::OnDelete() {
     return;
   shown_.erase(it);
   (void)rules_.Delete(name);
+  emit RulesChanged();
 }
 
 void CViewAlert::OnRuleDoubleClicked(int row) {

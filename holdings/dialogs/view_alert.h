@@ -57,6 +57,10 @@ public:
   // The rule shown in rule-list row `row` (display position), or null.
   const CustomAlert* RuleAt(int row) const;
 
+signals:
+  // Update or Delete changed the table.
+  void RulesChanged();
+
 private:
   void OnUpdate();
   void OnDelete();
