@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QHeaderView>
 #include <QMouseEvent>
+#include <QScrollBar>
 
 #include "grid/user_column_editor.h"
 #include "grid/user_column_expression.h"
@@ -70,6 +71,10 @@ bool CViewHold::ClickHeader(const QString& column) {
   if (item < 0)
     return false;
   QHeaderView* header = holdingsGrid_->horizontalHeader();
+  // Scrolled into sight first, as a user would before clicking.
+  const int offset = header->sectionPosition(item) - header->offset();
+  if (offset < 0 || offset + header->sectionSize(item) > header->viewport()->width())
+    holdingsGrid_->horizontalScrollBar()->setValue(header->sectionPosition(item));
   // The label's row of the header, above any filter field.
   const QPoint at(header->sectionViewportPosition(item) + header->sectionSize(item) / 2, 6);
   const QPoint global = header->viewport()->mapToGlobal(at);
