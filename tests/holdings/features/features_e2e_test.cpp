@@ -1,0 +1,154 @@
+// Alerts and mark/unmark as the holdings view carries them, against a real
+// tarn-riskd: the button and the tab, a rule made through the dialog that
+// selects exactly the database's rows, the rule back after a restart, and a
+// mark from the row menu's command that the next answer shows.
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTabBar>
+#include <QTest>
+
+#include <cstdlib>
+#include <set>
+
+#include "grid/widgets/filter_list_ctrl.h"
+#include "holdings/alert_rules.h"
+#include "holdings/dialogs/view_alert.h"
+#include "holdings/dialogs/view_hold_features.h"
+#include "holdings/mark_unmark.h"
+#include "holdings/view/view_hold.h"
+#include "holdings/view/view_hold_ids.h"
+#include "plugin/tarn_host_api.h"
+#include "tests/holdings/view/view_fixture.h"
+
+namespace vh::test {
+namespace {
+
+class FeaturesE2E : public BackendFixture {
+protected:
+  void ShowClient(CViewHold& view, const std::string& client) {
+    ASSERT_TRUE(Click(&view, kRadioClient) && Pick(&view, kComboClient, client) &&
+                Click(&view, kButtonViewHoldPos));
+    ASSERT_TRUE(WaitForAnswers(view));
+  }
+  // The ISINs of the alert list's rows, and of the client's holdings whose
+  // quantity is at least `threshold` in the database.
+  std::set<std::string> AlertIsins(CViewHold& view) {
+    std::set<std::string> out;
+    CFilterListCtrl* list = view.AlertGrid();
+    for (int r = 0; r < list->Engine().DisplayedCount(); ++r) {
+      EXPECT_EQ(list->GetCellBytes(r, 0), "Held");
+      out.insert(list->GetCellBytes(r, 2));
+    }
+    return out;
+  }
+  std::set<std::string> DatabaseIsins(const std::string& client, int threshold) {
+    const std::string list = DatabaseText(
+        "SELECT group_concat(isin, ' ') FROM (SELECT DISTINCT s.isin FROM holding h JOIN scrip "
+        "s ON s.id=h.scrip_id WHERE h.client_id='" +
+        client + "' AND h.holdings_qty>=" + std::to_string(threshold) + ")");
+    std::set<std::string> out;
+    size_t at = 0;
+    while (at < list.size()) {
+      const size_t end = std::min(list.find(' ', at), list.size());
+      out.insert(list.substr(at, end - at));
+      at = end + 1;
+    }
+    return out;
+  }
+};
+
+TEST_F(FeaturesE2E, ARuleSelectsTheDatabasesRowsAndComesBackAfterARestart) {
+  const std::string client = BusiestClient();
+  auto view = MakeView();
+  EXPECT_FALSE(GetDlgItem(view.get(), kButtonAlertSetting)->isHidden());
+  EXPECT_TRUE(view->Tabs()->isHidden());
+  ShowClient(*view, client);
+  ASSERT_EQ(view->AddCustomColumn("Held", "\"Holdings Qty\""), "");
+  // The median quantity, so that the rule selects some rows and not others.
+  std::vector<int> quantities;
+  for (const Row& r : GridRows(*view))
+    quantities.push_back(std::atoi(r[6].c_str()));
+  ASSERT_GE(quantities.size(), 2u);
+  std::sort(quantities.begin(), quantities.end());
+  const int threshold = quantities[quantities.size() / 2];
+
+  ASSERT_TRUE(Click(view.get(), kButtonAlertSetting));
+  CViewAlert* dialog = view->Features()->AlertDialog();
+  ASSERT_TRUE(dialog && dialog->isVisible());
+  qobject_cast<QComboBox*>(GetDlgItem(dialog, kComboAlertColumn))->setCurrentIndex(0);
+  qobject_cast<QComboBox*>(GetDlgItem(dialog, kComboAlertExpression))->setCurrentIndex(1);
+  QTest::keyClicks(GetDlgItem(dialog, kEditAlertValue), QString::number(threshold));
+  ASSERT_TRUE(Click(dialog, kButtonAlertUpdate));
+  EXPECT_FALSE(view->Tabs()->isHidden());
+
+  const int repaints = view->Features()->AlertList().Repaints();
+  view->Core().OnPresentValuesEnd(); // what the end of a present-values answer runs
+  const std::set<std::string> expected = DatabaseIsins(client, threshold);
+  ASSERT_FALSE(expected.empty());
+  EXPECT_EQ(AlertIsins(*view), expected);
+  EXPECT_EQ(view->Features()->AlertList().Repaints(), repaints + 1); // once, whatever the hits
+
+  // A restart: rules saved at exit, the grid's custom column with its
+  // profile; the new view loads the rule without the dialog being opened.
+  view->SaveOnExit();
+  view.reset();
+  EXPECT_TRUE(ModuleAlertRules().Empty());
+  ModuleAlertRules().Reset();
+  auto again = MakeView();
+  EXPECT_FALSE(again->Tabs()->isHidden());
+  EXPECT_EQ(again->Features()->AlertDialog(), nullptr);
+  ShowClient(*again, client);
+  again->Core().OnPresentValuesEnd();
+  EXPECT_EQ(AlertIsins(*again), expected);
+  EXPECT_TRUE(messages.empty());
+  again->SaveOnExit();
+  ModuleAlertRules().Reset();
+}
+
+TEST_F(FeaturesE2E, AMarkFromTheRowMenuShowsInTheNextAnswer) {
+  const std::string client = BusiestClient();
+  auto view = MakeView();
+  ShowClient(*view, client);
+  CFilterListCtrl* grid = view->HoldingsGrid();
+  // The first row with a quantity to mark.
+  int row = -1;
+  for (int r = 0; r < grid->Engine().DisplayedCount() && row < 0; ++r)
+    if (std::atoi(grid->GetCellBytes(r, 6).c_str()) > 0)
+      row = r;
+  ASSERT_GE(row, 0);
+  auto cells = [&](int r) {
+    Row out;
+    for (int c = 0; c < 18; ++c)
+      out.push_back(grid->GetCellBytes(r, c));
+    return out;
+  };
+  const Row before = cells(row);
+  grid->selectRow(row);
+  view->OnMarkCommand(kCmdMarkFo);
+  CMarkUnMark* dialog = view->Features()->MarkDialog();
+  ASSERT_TRUE(dialog && dialog->isVisible());
+  EXPECT_EQ(dialog->windowTitle(), "FO Marking");
+  auto* quantity = qobject_cast<QLineEdit*>(GetDlgItem(dialog, kEditMarkQuantity));
+  quantity->clear();
+  QTest::keyClicks(quantity, "+1");
+  ASSERT_TRUE(Click(dialog, kButtonMarkSubmit));
+  EXPECT_FALSE(dialog->isVisible());
+  EXPECT_TRUE(messages.empty());
+
+  Row after;
+  // The transfer and the next request share the connection, in order.
+  ASSERT_TRUE(Click(view.get(), kButtonViewHoldPos));
+  ASSERT_TRUE(WaitForAnswers(*view));
+  for (int r = 0; r < grid->Engine().DisplayedCount(); ++r) {
+    const Row now = cells(r);
+    if (now[0] == before[0] && now[1] == before[1] && now[3] == before[3] && now[5] == before[5])
+      after = now;
+  }
+  ASSERT_FALSE(after.empty());
+  EXPECT_EQ(std::atoi(after[6].c_str()), std::atoi(before[6].c_str()) - 1);
+  EXPECT_EQ(std::atoi(after[7].c_str()), std::atoi(before[7].c_str()) + 1);
+}
+
+} // namespace
+} // namespace vh::test
