@@ -404,8 +404,6 @@ std::unique_ptr<QMenu> CViewHold::MakeRowMenu() {
   char right[64];
   std::snprintf(right, sizeof right, kMarkRightFormat, kMarkRightWord);
   if (enabled && enabled(right)) {
-    // The mark/unmark dialogs arrive with their own feature; the popups
-    // carry the command ids they will answer.
     QMenu* mark = menu->addMenu("Mark");
     mark->addAction("FO")->setData(kCmdMarkFo);
     mark->addAction("CUR")->setData(kCmdMarkCur);

@@ -1,7 +1,8 @@
 // Alerts and mark/unmark as the holdings view carries them, against a real
-// tarn-riskd: the button and the tab, a rule made through the dialog that
-// selects exactly the database's rows, the rule back after a restart, and a
-// mark from the row menu's command that the next answer shows.
+// tarn-riskd: the button and the tab, the rule dialog's messages, change in
+// place, double-click and Delete, a rule that selects exactly the database's
+// rows, the rule back after a restart, and a mark from the row menu's
+// command that the next answer shows.
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
@@ -76,11 +77,59 @@ TEST_F(FeaturesE2E, ARuleSelectsTheDatabasesRowsAndComesBackAfterARestart) {
   ASSERT_TRUE(Click(view.get(), kButtonAlertSetting));
   CViewAlert* dialog = view->Features()->AlertDialog();
   ASSERT_TRUE(dialog && dialog->isVisible());
-  qobject_cast<QComboBox*>(GetDlgItem(dialog, kComboAlertColumn))->setCurrentIndex(0);
-  qobject_cast<QComboBox*>(GetDlgItem(dialog, kComboAlertExpression))->setCurrentIndex(1);
-  QTest::keyClicks(GetDlgItem(dialog, kEditAlertValue), QString::number(threshold));
-  ASSERT_TRUE(Click(dialog, kButtonAlertUpdate));
-  EXPECT_FALSE(view->Tabs()->isHidden());
+  auto combo = [&](int id) { return qobject_cast<QComboBox*>(GetDlgItem(dialog, id)); };
+  auto* value = qobject_cast<QLineEdit*>(GetDlgItem(dialog, kEditAlertValue));
+  EXPECT_EQ(combo(kComboAlertExpression)->itemText(0) + "|" +
+                combo(kComboAlertExpression)->itemText(1),
+            "less than or equal to|greater than or equal to");
+  EXPECT_TRUE(combo(kComboAlertColumnNumber)->isHidden());
+  QStringList headings;
+  for (int c = 0; c < dialog->RuleGrid()->HeaderItemCount(); ++c)
+    headings << dialog->RuleGrid()->HeaderItemText(c);
+  EXPECT_EQ(headings,
+            (QStringList{"Custom Column Name", "Expression", "Value", "Custom Column Number"}));
+  const std::string t = std::to_string(threshold);
+  const struct {
+    const char* name;
+    int column, comparison;
+    std::string value;
+    std::vector<std::string> messages, rows; // rows: name|comparison|value|number
+  } cases[] = {
+      {"nothing chosen", -1, -1, "", {"Please select a custom column"}, {}},
+      {"no column", -1, 0, "5", {"Please select a custom column"}, {}},
+      {"no comparison", 0, -1, "5", {"Please select a expression"}, {}},
+      {"no value", 0, 1, "", {"Please enter some value"}, {}},
+      {"made", 0, 0, "abc", {}, {"Held|less than or equal to|abc|18"}},
+      {"changed in place", 0, 1, t, {}, {"Held|greater than or equal to|" + t + "|18"}},
+  };
+  for (const auto& c : cases) {
+    messages.clear();
+    combo(kComboAlertColumn)->setCurrentIndex(c.column);
+    combo(kComboAlertExpression)->setCurrentIndex(c.comparison);
+    value->clear();
+    QTest::keyClicks(value, QString::fromStdString(c.value));
+    ASSERT_TRUE(Click(dialog, kButtonAlertUpdate));
+    EXPECT_EQ(messages, c.messages) << c.name;
+    std::vector<std::string> rows;
+    CFilterListCtrl* list = dialog->RuleGrid();
+    for (int r = 0; r < list->Engine().DisplayedCount(); ++r)
+      rows.push_back(list->GetCellBytes(r, 0) + "|" + list->GetCellBytes(r, 1) + "|" +
+                     list->GetCellBytes(r, 2) + "|" + list->GetCellBytes(r, 3));
+    EXPECT_EQ(rows, c.rows) << c.name;
+    EXPECT_EQ(view->Tabs()->isHidden(), c.rows.empty()) << c.name;
+  }
+  // A double click puts the rule back into the fields.
+  combo(kComboAlertColumn)->setCurrentIndex(-1);
+  combo(kComboAlertExpression)->setCurrentIndex(-1);
+  value->clear();
+  CFilterListCtrl* list = dialog->RuleGrid();
+  const QPoint cell = list->visualRect(list->model()->index(0, 0)).center();
+  QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, cell);
+  QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, cell);
+  EXPECT_EQ(combo(kComboAlertColumn)->currentText() + "|" +
+                combo(kComboAlertColumnNumber)->currentText() + "|" +
+                combo(kComboAlertExpression)->currentText() + "|" + value->text(),
+            QString::fromStdString("Held|18|greater than or equal to|" + t));
 
   const int repaints = view->Features()->AlertList().Repaints();
   view->Core().OnPresentValuesEnd(); // what the end of a present-values answer runs
@@ -101,8 +150,24 @@ TEST_F(FeaturesE2E, ARuleSelectsTheDatabasesRowsAndComesBackAfterARestart) {
   ShowClient(*again, client);
   again->Core().OnPresentValuesEnd();
   EXPECT_EQ(AlertIsins(*again), expected);
+
+  // Delete: nothing without a selected rule, else the rule goes for good.
+  ASSERT_TRUE(Click(again.get(), kButtonAlertSetting));
+  CFilterListCtrl* rules = again->Features()->AlertDialog()->RuleGrid();
+  ASSERT_EQ(rules->Engine().DisplayedCount(), 1);
+  ASSERT_TRUE(Click(again->Features()->AlertDialog(), kButtonAlertDelete));
+  EXPECT_EQ(rules->Engine().DisplayedCount(), 1);
+  rules->selectRow(0);
+  ASSERT_TRUE(Click(again->Features()->AlertDialog(), kButtonAlertDelete));
+  EXPECT_EQ(rules->Engine().DisplayedCount(), 0);
   EXPECT_TRUE(messages.empty());
   again->SaveOnExit();
+  again.reset();
+  ModuleAlertRules().Reset();
+  auto third = MakeView();
+  EXPECT_TRUE(third->Tabs()->isHidden());
+  EXPECT_TRUE(ModuleAlertRules().Empty());
+  third->SaveOnExit();
   ModuleAlertRules().Reset();
 }
 
