@@ -150,6 +150,14 @@ TEST_F(MarkDialogTest, RefusalsAndWhatAnAcceptedQuantitySends) {
   EXPECT_EQ(shown, "NSE|ABC-EQ|BSE|ABCB|C1|CNC");
   EXPECT_TRUE(GetDlgItem(&dialog, kButtonMarkCancel)->isHidden());
   EXPECT_TRUE(test::SaveScreenshot(dialog, "mark_unmark"));
+  // The mark limit in 32-bit arithmetic: the sum wraps; text past 32 bits
+  // is clamped.
+  h.holdingsQty = h.t1Qty = "2147483647", h.usedQty = "0";
+  ASSERT_TRUE(dialog.Open(kCmdMarkCur));
+  EXPECT_EQ(Edit(kEditMarkQuantity)->text(), "-2");
+  h.holdingsQty = "99999999999", h.t1Qty = "0";
+  ASSERT_TRUE(dialog.Open(kCmdMarkFo));
+  EXPECT_EQ(Edit(kEditMarkQuantity)->text(), "2147483647");
   selected = false;
   dialog.hide();
   EXPECT_FALSE(dialog.Open(kCmdMarkFo)); // no selected row: nothing happens

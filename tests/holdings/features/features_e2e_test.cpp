@@ -32,29 +32,17 @@ protected:
                 Click(&view, kButtonViewHoldPos));
     ASSERT_TRUE(WaitForAnswers(view));
   }
-  // The ISINs of the alert list's rows, and of the client's holdings whose
-  // quantity is at least `threshold` in the database.
-  std::set<std::string> AlertIsins(CViewHold& view) {
-    std::set<std::string> out;
+  // The alert list's ISINs, sorted and joined by blanks; every row is of "Held".
+  std::string AlertIsins(CViewHold& view) {
+    std::set<std::string> isins;
     CFilterListCtrl* list = view.AlertGrid();
     for (int r = 0; r < list->Engine().DisplayedCount(); ++r) {
       EXPECT_EQ(list->GetCellBytes(r, 0), "Held");
-      out.insert(list->GetCellBytes(r, 2));
+      isins.insert(list->GetCellBytes(r, 2));
     }
-    return out;
-  }
-  std::set<std::string> DatabaseIsins(const std::string& client, int threshold) {
-    const std::string list = DatabaseText(
-        "SELECT group_concat(isin, ' ') FROM (SELECT DISTINCT s.isin FROM holding h JOIN scrip "
-        "s ON s.id=h.scrip_id WHERE h.client_id='" +
-        client + "' AND h.holdings_qty>=" + std::to_string(threshold) + ")");
-    std::set<std::string> out;
-    size_t at = 0;
-    while (at < list.size()) {
-      const size_t end = std::min(list.find(' ', at), list.size());
-      out.insert(list.substr(at, end - at));
-      at = end + 1;
-    }
+    std::string out;
+    for (const std::string& isin : isins)
+      out += (out.empty() ? "" : " ") + isin;
     return out;
   }
 };
@@ -133,7 +121,11 @@ TEST_F(FeaturesE2E, ARuleSelectsTheDatabasesRowsAndComesBackAfterARestart) {
 
   const int repaints = view->Features()->AlertList().Repaints();
   view->Core().OnPresentValuesEnd(); // what the end of a present-values answer runs
-  const std::set<std::string> expected = DatabaseIsins(client, threshold);
+  // The ISINs of the client's holdings of at least the threshold.
+  const std::string expected = DatabaseText(
+      "SELECT group_concat(isin, ' ') FROM (SELECT DISTINCT s.isin FROM holding h JOIN scrip s "
+      "ON s.id=h.scrip_id WHERE h.client_id='" +
+      client + "' AND h.holdings_qty>=" + t + " ORDER BY s.isin)");
   ASSERT_FALSE(expected.empty());
   EXPECT_EQ(AlertIsins(*view), expected);
   EXPECT_EQ(view->Features()->AlertList().Repaints(), repaints + 1); // once, whatever the hits
