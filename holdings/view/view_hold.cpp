@@ -21,6 +21,9 @@
 #include "grid/widgets/filter_list_ctrl.h"
 #include "grid/widgets/filter_list_model.h"
 #include "grid/widgets/grid_commands.h"
+#include "holdings/alert_rules.h"
+#include "holdings/dialogs/view_hold_features.h"
+#include "holdings/mark_unmark.h"
 #include "holdings/view/view_hold_ids.h"
 #include "plugin/tarn_host_api.h"
 #include "settings/custom_alert.h"
@@ -64,9 +67,12 @@ public:
     QMenu* m = menu.release();
     m->setAttribute(Qt::WA_DeleteOnClose);
     CFilterListCtrl* grid = view_->HoldingsGrid();
-    connect(m, &QMenu::triggered, grid, [grid](QAction* a) {
+    CViewHold* view = view_;
+    connect(m, &QMenu::triggered, grid, [grid, view](QAction* a) {
       const int id = a->data().toInt();
-      if (id > 0 && !(id >= kFirstMarkCommand && id <= kLastMarkCommand))
+      if (id >= kFirstMarkCommand && id <= kLastMarkCommand)
+        view->OnMarkCommand(id);
+      else if (id > 0)
         grid->OnCommand(id);
     });
     m->popup(e->reason() == QContextMenuEvent::Keyboard
@@ -152,6 +158,7 @@ void CViewHold::BuildControls() {
   QPushButton* view = button(kButtonViewHoldPos, "View Hold/Pos", {486, 80, 100, 26});
   view->setDefault(true);
   button(kButtonTopTen, "View TOP10", {592, 80, 100, 26})->hide();
+  // Shown at set-up for every user (Initialise).
   button(kButtonAlertSetting, "Alert Setting", {592, 42, 100, 26})->hide();
   button(kButtonLienReports, "Lien Reports", {592, 80, 100, 26});
 
@@ -191,6 +198,16 @@ void CViewHold::Initialise(const std::string& userId, uint32_t userType) {
   tabs_->addTab("View Hold");
   tabs_->addTab("View Alert");
   tabs_->hide();
+  // The rules are loaded now, so alerts fire after a restart without the
+  // dialog being opened; the tabs show once a rule exists.
+  features_ = new CViewHoldFeatures(this, core_, holdingsGrid_, alertGrid_, tabs_, userId_,
+                                    ModuleAlertRules());
+  features_->SetUp();
+  if (QWidget* alertSetting = GetDlgItem(this, kButtonAlertSetting)) {
+    alertSetting->show();
+    connect(qobject_cast<QPushButton*>(alertSetting), &QPushButton::clicked, features_,
+            &CViewHoldFeatures::OpenAlertSetting);
+  }
   LayOutInitial();
   ResetSelection();
   // The title is read from the command-line directory's settings file.
@@ -387,14 +404,13 @@ std::unique_ptr<QMenu> CViewHold::MakeRowMenu() {
   char right[64];
   std::snprintf(right, sizeof right, kMarkRightFormat, kMarkRightWord);
   if (enabled && enabled(right)) {
-    // The mark/unmark dialogs arrive with their own feature; the popups
-    // carry the command ids they will answer.
     QMenu* mark = menu->addMenu("Mark");
-    mark->addAction("Mark as Margin")->setData(kFirstMarkCommand);
-    mark->addAction("Mark as Collateral")->setData(kFirstMarkCommand + 1);
+    mark->addAction("FO")->setData(kCmdMarkFo);
+    mark->addAction("CUR")->setData(kCmdMarkCur);
     QMenu* unmark = menu->addMenu("UnMark");
-    unmark->addAction("UnMark as Margin")->setData(kFirstMarkCommand + 2);
-    unmark->addAction("UnMark as Collateral")->setData(kLastMarkCommand);
+    unmark->addAction("FO")->setData(kCmdUnmarkFo);
+    unmark->addAction("CUR")->setData(kCmdUnmarkCur);
+    menu->addSeparator();
   }
   const auto gridMenu = holdingsGrid_->MakeRowMenu();
   for (QAction* a : gridMenu->actions()) {
@@ -454,9 +470,16 @@ void CViewHold::OnPriceSlotChanged(uint32_t) {
 
 void CViewHold::SaveOnExit() {
   (void)WriteViewTitle(windowTitle().toStdString());
-  // Alert rules and the four feature dialogs (kFeaturePlacements) are
-  // saved by those features, which do not exist yet.
+  // The alert and mark dialogs save their placements with the rules; the
+  // top-N and lien dialogs are saved by their own feature.
+  if (features_)
+    (void)features_->SaveRules();
   SaveDialogPosition(this, kPlacementView);
+}
+
+void CViewHold::OnMarkCommand(int command) {
+  if (features_)
+    (void)features_->OpenMarkUnmark(command);
 }
 
 } // namespace vh

@@ -32,6 +32,7 @@ class QTabBar;
 namespace vh {
 
 class CFilterListCtrl;
+class CViewHoldFeatures;
 
 class CViewHold final : public QDialog, public ViewHoldHost, public HoldingsGridSink {
   Q_OBJECT
@@ -47,8 +48,12 @@ public:
   // exchange combos (emptied first, so repeated resets add nothing),
   // "Scrip" checked.
   void ResetSelection();
-  // Title, alert rules (none kept yet), then the five placements.
+  // Title, alert rules, then the five placements.
   void SaveOnExit();
+  // Alerts and mark/unmark; made by Initialise.
+  CViewHoldFeatures* Features() const { return features_; }
+  // A mark/unmark command of the row menu (4011..4014).
+  void OnMarkCommand(int command);
 
   CViewHoldCore& Core() { return core_; }
   CFilterListCtrl* HoldingsGrid() const { return holdingsGrid_; }
@@ -140,6 +145,7 @@ private:
   CFilterListCtrl* holdingsGrid_ = nullptr;
   CFilterListCtrl* alertGrid_ = nullptr;
   QTabBar* tabs_ = nullptr;
+  CViewHoldFeatures* features_ = nullptr;
 };
 
 } // namespace vh

@@ -345,10 +345,10 @@ TEST_F(ViewHoldE2E, LayoutsTabsMenuAndColumnsAfterARestart) {
     // the grid's items without "Read from Excel".
     const auto menu = fresh.MakeRowMenu();
     const auto actions = menu->actions();
-    ASSERT_GE(actions.size(), 6);
-    EXPECT_TRUE(actions[0]->menu() && actions[1]->menu());
-    for (int i = 2; i < 6; ++i)
-      EXPECT_EQ(actions[i]->data().toInt(), std::vector<int>({4006, 4008, 4009, 4010})[i - 2]);
+    ASSERT_GE(actions.size(), 7);
+    EXPECT_TRUE(actions[0]->menu() && actions[1]->menu() && actions[2]->isSeparator());
+    for (int i = 3; i < 7; ++i)
+      EXPECT_EQ(actions[i]->data().toInt(), std::vector<int>({4006, 4008, 4009, 4010})[i - 3]);
     ASSERT_EQ(fresh.AddCustomColumn("Value", "\"Holdings Qty\" * \"Close Price\""), QString());
     fresh.HoldingsGrid()->horizontalHeader()->moveSection(1, 18); // "Product" to the far right
   }                                                               // closing saves the profile
