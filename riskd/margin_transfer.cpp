@@ -2,7 +2,9 @@
 
 #include <sqlite3.h>
 
-#include <charconv>
+#include <algorithm>
+#include <cctype>
+#include <cstdint>
 
 #include "riskd/handlers.h"
 #include "riskd/limits.h"
@@ -15,15 +17,22 @@ struct Holding {
   int64_t holdings = 0, update = 0, used = 0, withheld = 0, t1 = 0, haircutBp = 0, close = 0;
 };
 
-// Leading decimal digits, as the decimal-to-long conversion reads them; 0
-// when there are none or they overflow.
+// The quantity as the dialog reads it before sending: blanks, an optional
+// sign, then leading decimal digits, clamped to 32 bits as the dialog's
+// whole number is; 0 when there are no digits. So every text the dialog
+// accepted reaches the checks below with the value the dialog checked.
 int64_t LeadingWhole(const std::string& text) {
   size_t i = 0;
-  while (i < text.size() && (text[i] == ' ' || text[i] == '\t'))
+  while (i < text.size() && std::isspace(static_cast<unsigned char>(text[i])))
     ++i;
+  bool negative = false;
+  if (i < text.size() && (text[i] == '+' || text[i] == '-'))
+    negative = text[i++] == '-';
   int64_t v = 0;
-  const auto [end, ec] = std::from_chars(text.data() + i, text.data() + text.size(), v);
-  return ec == std::errc() ? v : 0;
+  for (; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i)
+    v = std::min<int64_t>(v * 10 + (text[i] - '0'), int64_t{INT32_MAX} + 1);
+  v = negative ? -v : v;
+  return std::clamp<int64_t>(v, INT32_MIN, INT32_MAX);
 }
 
 std::optional<Holding> LoadHolding(const Db& db, const TransferRequest& r) {

@@ -1,6 +1,10 @@
 // Mark and unmark: limits enforced by the server, effects, and the ledger.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+
 #include "tests/riskd/riskd_fixture.h"
 
 namespace riskd_test {
@@ -93,6 +97,10 @@ TEST_F(TransferTest, LimitsAndEffects) {
       {"markFoOverLimit", "MF", "751", "RMS2", start, "exceeds 750"},
       {"markLeadingDigits", "MC", "10abc", "RMS2", {990, 100, 300, 0, 50, 10, 50}, ""},
       {"markLettersOnly", "MC", "abc", "RMS2", start, "not positive"},
+      {"markPlusSign", "MF", "+20", "RMS2", {980, 120, 300, 20, 40, 0, 50}, ""},
+      {"markBlanksThenPlus", "MC", " \t+7", "RMS2", {993, 100, 300, 0, 47, 7, 50}, ""},
+      {"markNegative", "MF", "-5", "RMS2", start, "not positive"},
+      {"markPast32Bits", "MF", "99999999999", "RMS2", start, "exceeds 750"},
       {"markZero", "MF", "0", "RMS2", start, "not positive"},
       {"unmarkFoAtLimit", "UF", "100", "RMS2", {1100, 0, 300, 0, 40, 0, 50}, ""},
       {"unmarkFoOverLimit", "UF", "101", "RMS2", start, "exceeds 100"},
@@ -114,7 +122,10 @@ TEST_F(TransferTest, LimitsAndEffects) {
     EXPECT_NE(Str("SELECT reason" + last).find(c.reason), std::string::npos)
         << c.name << ": " << Str("SELECT reason" + last);
     EXPECT_EQ(Str("SELECT action||' '||qty||' '||client_id" + last),
-              std::string(c.action) + " " + std::to_string(atoi(c.qty)) + " " + client_)
+              std::string(c.action) + " " +
+                  std::to_string(
+                      std::clamp<long long>(strtoll(c.qty, nullptr, 10), INT32_MIN, INT32_MAX)) +
+                  " " + client_)
         << c.name;
   }
 }
