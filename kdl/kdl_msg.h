@@ -58,4 +58,5 @@ struct KdlMsg {
   std::vector<unsigned char> owned;
   std::vector<kdl::detail::Field> fields;
   std::vector<kdl::detail::Span> values;
+  mutable uint32_t findHint = 0; // where FindField last found a field
 };

@@ -29,6 +29,9 @@ int32_t Index(KdlMsg* msg, KdlError* err) {
     return Fail(err, KDL_E_FORMAT, "field count %u exceeds what %llu bytes can hold", fieldCount,
                 static_cast<unsigned long long>(size));
   msg->fields.reserve(fieldCount);
+  // Every value takes at least its 4-byte length: reserving that bound once
+  // (again limited by the input) saves the vector's regrowths per message.
+  msg->values.reserve((size - 4 - uint64_t(fieldCount) * 8) / 4);
   uint64_t at = 4;
   for (uint32_t i = 0; i < fieldCount; ++i) {
     if (size - at < 8)
@@ -60,12 +63,20 @@ int32_t Index(KdlMsg* msg, KdlError* err) {
                 static_cast<unsigned long long>(size - at), static_cast<unsigned long long>(at));
   // A builder merges repeated tags into one field; a message that repeats one
   // would read differently depending on which copy a reader finds first.
-  std::vector<uint32_t> tags(fieldCount);
+  // Answers carry a few dozen fields: those are sorted on the stack.
+  constexpr uint32_t kStackTags = 64;
+  uint32_t stackTags[kStackTags];
+  std::vector<uint32_t> heapTags;
+  uint32_t* tags = stackTags;
+  if (fieldCount > kStackTags) {
+    heapTags.resize(fieldCount);
+    tags = heapTags.data();
+  }
   for (uint32_t i = 0; i < fieldCount; ++i)
     tags[i] = msg->fields[i].tag;
-  std::sort(tags.begin(), tags.end());
-  const auto dup = std::adjacent_find(tags.begin(), tags.end());
-  if (dup != tags.end())
+  std::sort(tags, tags + fieldCount);
+  const uint32_t* dup = std::adjacent_find(tags, tags + fieldCount);
+  if (dup != tags + fieldCount)
     return Fail(err, KDL_E_FORMAT, "tag %u appears in more than one field", *dup);
   return 1;
 }

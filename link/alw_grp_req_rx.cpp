@@ -2,7 +2,7 @@
 //
 // Table (compared in this order, exactly, case-sensitively):
 //   name                              sub-kind (32760)        status 5              other status
-//   display_holding_detail            -                       holding record        -
+//   display_holding_detail            -                       holding record        holdings end
 //   mrv_positions_scp_show_tree       NSE / BSE, read first   count, position rec.  end test
 //   mrv_positions_scp_show_tree_all   -                       all-positions record  all-positions
 //   end mrv_master                        *_LTP, read on 5 only   price record          prices end
@@ -59,8 +59,13 @@ void CAlwGrpReqRx::OnResponse(void*, KdlMsg* msg, void*) {
 }
 
 void CAlwGrpReqRx::HoldingDetail(KdlMsg* msg, const std::string& name) {
-  if (Status(msg, name) == kStatusRecord && owner_)
+  const int status = Status(msg, name);
+  if (!owner_)
+    return;
+  if (status == kStatusRecord)
     owner_->OnHoldingRecord(msg);
+  else
+    owner_->OnHoldingsEnd(status);
 }
 
 void CAlwGrpReqRx::PositionsTree(KdlMsg* msg, const std::string& name) {

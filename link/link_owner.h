@@ -14,6 +14,10 @@ class CLinkOwner {
 public:
   // "display_holding_detail" data record.
   virtual void OnHoldingRecord(KdlMsg* msg) = 0;
+  // The end of a "display_holding_detail" answer (any status but 5). Answers
+  // arrive in the order their requests went out, so an owner that counts
+  // the ends knows which answer a record belongs to. Optional.
+  virtual void OnHoldingsEnd(int /*status*/) {}
   // "mrv_positions_scp_show_tree" data record of exchange 0 (NSE) or 1 (BSE),
   // after the receiver has counted it.
   virtual void OnPositionRecord(int exchange, KdlMsg* msg) = 0;

@@ -78,11 +78,11 @@ const char* kFatal = "Fatal error.Please contact administrator.";
 
 const Case kCases[] = {
     {"HoldingRecord", 0, {Record("display_holding_detail")}, {"holding"}},
-    {"HoldingEndDoesNothing", 0, {End("display_holding_detail")}, {}},
+    {"HoldingEndReachesTheOwner", 0, {End("display_holding_detail")}, {"holding end 3"}},
     {"HoldingStatusZeroIsFatal",
      0,
      {Record("display_holding_detail", {{kTagStatus, "0"}})},
-     {},
+     {"holding end 1"},
      {kFatal}},
     {"OtherLetterCaseIsIgnored", 0, {Record("Display_Holding_Detail")}, {}},
     {"UnknownNameIsIgnored", 0, {Record("display_holding_details")}, {}},

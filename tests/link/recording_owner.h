@@ -11,6 +11,9 @@ namespace linktest {
 class RecordingOwner : public CLinkOwner {
 public:
   void OnHoldingRecord(KdlMsg*) override { log.push_back("holding"); }
+  void OnHoldingsEnd(int status) override {
+    log.push_back("holding end " + std::to_string(status));
+  }
   void OnPositionRecord(int exchange, KdlMsg*) override {
     log.push_back("position " + std::to_string(exchange));
   }

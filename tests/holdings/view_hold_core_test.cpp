@@ -1,0 +1,192 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "common/message.h"
+#include "holdings/holdings_columns.h"
+#include "holdings/view_hold_core.h"
+#include "link/backend_link.h"
+#include "link/envelope.h"
+#include "tests/link/answers.h"
+#include "tests/link/fake_backend.h"
+
+using namespace vh;
+using linktest::Answer;
+using linktest::AnswerFields;
+
+namespace {
+
+struct FakeHost : ViewHoldHost {
+  bool ScripDetails(std::string_view, std::string_view symbol, ScripDetailFields& out) override {
+    out[kScripIsin] = "IN" + std::string(symbol);
+    return true;
+  }
+  void LookupNseTradingSymbol() override { ++nseLookups; }
+  void OnBseCounterpart(const std::optional<std::string>& symbol) override {
+    counterparts.push_back(symbol.value_or("(none)"));
+  }
+  int nseLookups = 0;
+  std::vector<std::string> counterparts;
+};
+
+// The grid: client ids of its rows, newest first, as the reverse-display
+// grid shows them.
+struct FakeGrid : HoldingsGridSink {
+  void ClearRows() override { rows.clear(), pending.clear(); }
+  void InsertRecord(CViewHoldings* r) override { pending.push_back(r); }
+  void FlushRecords() override {
+    for (CViewHoldings* r : pending)
+      rows.insert(rows.begin(), r);
+    pending.clear();
+  }
+  void OnPriceSlotChanged(uint32_t slot) override { slots.push_back(slot); }
+  std::vector<CViewHoldings*> rows, pending;
+  std::vector<uint32_t> slots;
+};
+
+struct ViewHoldCoreTest : ::testing::Test {
+  void SetUp() override {
+    linktest::g_control = &control;
+    core.CreateLink();
+    for (const char* id : {"C1", "c2", "C3", "C4"})
+      core.clientIds().Add(id);
+  }
+  void TearDown() override { linktest::g_control = nullptr; }
+
+  void Deliver(const std::string& name, AnswerFields fields, const char* status = nullptr) {
+    fields.push_back({kTagAnsweredName, name});
+    if (status)
+      fields.push_back({kTagStatus, status});
+    kdl::Message m = Answer(fields);
+    core.link()->receiver()->OnResponse(nullptr, m.get(), nullptr);
+  }
+  void Holding(const char* client, const char* symbol = "ABCD-EQ", const char* segment = "nse_cm") {
+    Deliver("display_holding_detail", {{54001, client}, {63001, segment}, {63100, symbol}});
+  }
+  void HoldingsEnd() { Deliver("display_holding_detail", {}, "3"); }
+  std::vector<std::string> Clients() const {
+    std::vector<std::string> ids;
+    for (const CViewHoldings* r : grid.rows)
+      ids.emplace_back(r->clientId.View(core.store().texts()));
+    return ids;
+  }
+  static HoldSelection ClientSelection(const char* id) { return {true, {}, {}, "", "", id}; }
+
+  linktest::FakeBackendControl control;
+  FakeHost host;
+  FakeGrid grid;
+  CViewHoldCore core{host, grid};
+};
+
+TEST_F(ViewHoldCoreTest, KeepsOnlyListedClientsNewestFirst) {
+  ASSERT_EQ(core.ViewHoldPos(ClientSelection("C1")), 1);
+  for (const char* id : {"C1", "C2", "x", "", "C1 ", "c4"})
+    Holding(id);
+  HoldingsEnd();
+  EXPECT_EQ(Clients(), (std::vector<std::string>{"c4", "C2", "C1"}));
+  EXPECT_EQ(core.droppedRecords(), 3u);
+  EXPECT_EQ(core.outstandingAnswers(), 0);
+}
+
+TEST_F(ViewHoldCoreTest, SecondQueryNeverShowsTheFirstAnswersRows) {
+  ScopedMessageRecorder recorder;
+  core.ViewHoldPos(ClientSelection("C1"));
+  Holding("C1");
+  Deliver("om_get_prsnt_values", {{54001, "C1"}, {63100, "ABCD-EQ"}});
+  core.ViewHoldPos(ClientSelection("C2"));
+  EXPECT_TRUE(grid.rows.empty() && grid.pending.empty());
+  EXPECT_EQ(core.store().RecordCount(), 0u);
+  EXPECT_EQ(core.presentValues().Size(), 0u);
+  Holding("C1"); // the first answer, still streaming
+  HoldingsEnd();
+  Holding("C2");
+  HoldingsEnd();
+  EXPECT_EQ(Clients(), std::vector<std::string>{"C2"});
+  EXPECT_EQ(control.sent.size(), 2u);
+  // A validation failure still empties the grid, and sends nothing.
+  core.ViewHoldPos(HoldSelection{});
+  EXPECT_TRUE(grid.rows.empty());
+  EXPECT_EQ(recorder.messages(), std::vector<std::string>{"Please Specify the exchange"});
+  EXPECT_EQ(control.sent.size(), 2u);
+}
+
+TEST_F(ViewHoldCoreTest, PriceTicksReachEveryRowOfTheSymbol) {
+  Holding("C1", "ABCD-EQ");
+  Holding("C2", "ABCD-BE");
+  Holding("C3", "ABCD", "bse_cm");
+  Holding("C4", "ABCE-EQ");
+  HoldingsEnd();
+  const auto price = [&](const char* sub, const char* symbol, const char* value, const char* t) {
+    Deliver("mrv_master", {{kTagSubKind, sub}, {6, value}, {63100, symbol}, {32, "7"}, {63179, t}});
+  };
+  price("NSE_LTP", "ABCD-EQ", "101", "1");
+  price("BSE_LTP", "ABCD", "202", "2");
+  price("NSE_LTP", "NONE-EQ", "303", "3");
+  price("CSE_LTP", "ABCD", "404", "4");
+  const HoldingsStore& s = core.store();
+  std::vector<std::string> seen;
+  for (const CViewHoldings* r : grid.rows)
+    seen.push_back(std::to_string(s.Price(*r, kExchangeNse)) + "/" +
+                   std::to_string(s.Price(*r, kExchangeBse)) + "/" +
+                   std::to_string(s.SecondPrice(*r, kExchangeNse)) + "/" +
+                   std::to_string(s.SharedPriceValue(*r)));
+  EXPECT_EQ(seen, (std::vector<std::string>{"0/0/0/0", "0/202/0/2", "101/0/7/1", "101/0/7/1"}));
+  EXPECT_EQ(grid.slots.size(), 2u);
+  EXPECT_EQ(s.PriceSlotCount(), 3u);
+}
+
+TEST_F(ViewHoldCoreTest, PresentValuesReplacedByKeyAndStaleKeysDropped) {
+  int passes = 0;
+  size_t seenAtPass = 0;
+  core.SetAlertPass([&](const PresentValueTable& t, const HoldingsStore&) {
+    ++passes;
+    seenAtPass = t.Size();
+  });
+  const auto pv = [&](const char* client, const char* symbol, const char* value) {
+    Deliver("om_get_prsnt_values", {{54001, client},
+                                    {63001, "nse_cm"},
+                                    {63100, symbol},
+                                    {61002, "ISIN1"},
+                                    {6, "55"},
+                                    {41231, value}});
+  };
+  for (const char* value : {"1.5", "2.5", "3.5"})
+    pv("C1", "ABCD-EQ", value);
+  pv("C1", "XYZ-EQ", "9");
+  Deliver("om_get_prsnt_values", {}, "3");
+  EXPECT_EQ(passes, 1);
+  EXPECT_EQ(seenAtPass, 2u);
+  const CViewHoldings* r = core.presentValues().Find("C1", "ABCD", "");
+  ASSERT_NE(r, nullptr);
+  EXPECT_EQ(r->presentValue, 3.5);
+  EXPECT_EQ(r->lastPrice, 55);
+  EXPECT_EQ(core.store().Text(r->scripDetail), "ISIN1");
+  pv("C1", "ABCD-EQ", "4.5");
+  Deliver("om_get_prsnt_values", {}, "3");
+  EXPECT_EQ(core.presentValues().Size(), 1u);
+  EXPECT_EQ(core.presentValues().Find("C1", "XYZ", ""), nullptr);
+}
+
+TEST_F(ViewHoldCoreTest, MrvCjPeerValueAndPositions) {
+  EXPECT_EQ(core.LoadBse(std::nullopt), 0);
+  EXPECT_EQ(core.LoadBse("ABCD-EQ"), 1);
+  Deliver("mrv_cj", {{63001, "bse_cm"}, {10100, "ABCD"}});
+  Deliver("mrv_cj", {{63001, "bse_cm"}});
+  EXPECT_EQ(host.counterparts, (std::vector<std::string>{"ABCD", "(none)"}));
+
+  EXPECT_EQ(core.RequestPeerValue("U1"), 1);
+  Deliver("om_get_user_peer_data", {{64056, "P5"}});
+  EXPECT_EQ(core.peerValue(), "P5");
+
+  EXPECT_EQ(core.ClientIdCount(), 4);
+  for (int i = 0; i < 4; ++i)
+    Deliver("mrv_positions_scp_show_tree", {{kTagSubKind, "NSE"}});
+  Deliver("mrv_positions_scp_show_tree", {{kTagSubKind, "NSE"}}, "3");
+  Deliver("mrv_positions_scp_show_tree", {{kTagSubKind, "BSE"}}, "3");
+  EXPECT_EQ(core.positionsCompleted(kExchangeNse), 1);
+  EXPECT_EQ(core.positionsCompleted(kExchangeBse), 0);
+  EXPECT_EQ(host.nseLookups, 1);
+}
+
+} // namespace
