@@ -2,7 +2,9 @@
 
 #include <QAbstractButton>
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QLoggingCategory>
+#include <QMetaObject>
 #include <QWidget>
 #include <cstdio>
 
@@ -56,6 +58,27 @@ bool click(QWidget* view, int id, QString& error) {
   return true;
 }
 
+// The view's own operations, asked by name: the host carries none of the
+// plug-in's code.
+QStringList headerNames(QWidget* view) {
+  QStringList names;
+  QMetaObject::invokeMethod(view, "HeaderNames", Qt::DirectConnection,
+                            Q_RETURN_ARG(QStringList, names));
+  return names;
+}
+
+bool hasColumn(const QStringList& names, const QString& column) {
+  return names.contains(column, Qt::CaseInsensitive);
+}
+
+// "Name=expression" / "Column=text": the part before the first "=".
+QString before(const QString& pair) {
+  return pair.section('=', 0, 0).trimmed();
+}
+QString after(const QString& pair) {
+  return pair.section('=', 1);
+}
+
 } // namespace
 
 HeadlessRun::HeadlessRun(const HostOptions& options, BackendControl& control, QObject* parent)
@@ -91,6 +114,10 @@ void HeadlessRun::Start(QWidget* view) {
     finish(2, error);
     return;
   }
+  if (!prepareColumns(view, error)) {
+    finish(2, error);
+    return;
+  }
   const bool ok = options_.client.isEmpty() ? selectScrip(view, error) : selectClient(view, error);
   if (!ok || !click(view, kViewButton, error)) {
     finish(2, error);
@@ -99,6 +126,69 @@ void HeadlessRun::Start(QWidget* view) {
   waiting_ = true;
   if (!timeout_.isActive())
     timeout_.start(options_.waitMs);
+}
+
+bool HeadlessRun::prepareColumns(QWidget* view, QString& error) {
+  // Custom columns first: filters and the sort may name them.
+  for (const QString& def : options_.custom) {
+    const QString name = before(def);
+    // A column made by an earlier run is kept in the profile; it stays.
+    if (hasColumn(headerNames(view), name))
+      continue;
+    QString why;
+    QMetaObject::invokeMethod(view, "AddCustomColumn", Qt::DirectConnection,
+                              Q_RETURN_ARG(QString, why), Q_ARG(QString, name),
+                              Q_ARG(QString, after(def)));
+    if (!why.isEmpty()) {
+      error = QString("--custom %1: %2").arg(name, why);
+      return false;
+    }
+  }
+  const QStringList names = headerNames(view);
+  for (const QString& f : options_.filters)
+    if (!hasColumn(names, before(f))) {
+      error = QString("--filter: unknown column \"%1\"").arg(before(f));
+      return false;
+    }
+  if (!options_.sort.isEmpty() && !hasColumn(names, sortColumn())) {
+    error = QString("--sort: unknown column \"%1\"").arg(sortColumn());
+    return false;
+  }
+  return true;
+}
+
+QString HeadlessRun::sortColumn() const {
+  const QString s = options_.sort;
+  return s.endsWith(":desc", Qt::CaseInsensitive) || s.endsWith(":asc", Qt::CaseInsensitive)
+             ? s.left(s.lastIndexOf(':'))
+             : s;
+}
+
+bool HeadlessRun::applyFilterAndSort() {
+  for (const QString& f : options_.filters) {
+    bool ok = false;
+    QMetaObject::invokeMethod(view_, "FilterColumn", Qt::DirectConnection, Q_RETURN_ARG(bool, ok),
+                              Q_ARG(QString, before(f)), Q_ARG(QString, after(f)));
+    if (!ok)
+      return false;
+  }
+  if (options_.sort.isEmpty())
+    return true;
+  const int wanted = options_.sort.endsWith(":desc", Qt::CaseInsensitive) ? -1 : 1;
+  // A click sorts; a second click on the same label reverses.
+  for (int clicks = 0; clicks < 2; ++clicks) {
+    bool ok = false;
+    int direction = 0;
+    QMetaObject::invokeMethod(view_, "ClickHeader", Qt::DirectConnection, Q_RETURN_ARG(bool, ok),
+                              Q_ARG(QString, sortColumn()));
+    QMetaObject::invokeMethod(view_, "SortDirection", Qt::DirectConnection,
+                              Q_RETURN_ARG(int, direction));
+    if (!ok)
+      return false;
+    if (direction == wanted)
+      return true;
+  }
+  return true;
 }
 
 bool HeadlessRun::knownTarget(QString& error) const {
@@ -164,14 +254,29 @@ void HeadlessRun::OnResponse(void*, KdlMsg* msg, void*) {
 void HeadlessRun::answerEnded() {
   waiting_ = false;
   timeout_.stop();
+  if (!applyFilterAndSort()) {
+    finish(2, "the view refused a filter or the sort");
+    return;
+  }
+  // The rows announced by the grid are painted before the grab.
+  QCoreApplication::processEvents();
   if (!options_.snapshot.isEmpty() && !view_->grab().save(options_.snapshot)) {
     finish(4, "cannot write " + options_.snapshot);
     return;
   }
   if (!options_.exportPath.isEmpty()) {
-    finish(2, "the view offers no export yet");
-    return;
+    int written = 0;
+    QMetaObject::invokeMethod(view_, "ExportGrid", Qt::DirectConnection,
+                              Q_RETURN_ARG(int, written), Q_ARG(QString, options_.exportPath));
+    if (!written) {
+      finish(4, "cannot write " + options_.exportPath);
+      return;
+    }
   }
+  int rows = 0;
+  QMetaObject::invokeMethod(view_, "DisplayedRows", Qt::DirectConnection,
+                            Q_RETURN_ARG(int, rows));
+  std::fprintf(stdout, "%d rows\n", rows);
   finish(0, QString());
 }
 

@@ -1,8 +1,9 @@
 // Headless mode: one query, driven through the view's controls exactly as a
 // user would click, then a snapshot and/or an export, then exit.
 //
-// Exit codes: 0 done; 2 the view lacks a control the query needs, or the
-// scrip/client is unknown; 3 no complete answer within --wait-ms; 4 the
+// Exit codes: 0 done; 2 the view lacks a control the query needs, the
+// scrip/client is unknown, a --custom expression is refused or a --filter
+// or --sort names an unknown column; 3 no complete answer within --wait-ms; 4 the
 // snapshot or export could not be written.
 #pragma once
 
@@ -38,6 +39,10 @@ signals:
 
 private:
   bool knownTarget(QString& error) const;
+  // Adds --custom columns and checks every column --filter and --sort name.
+  bool prepareColumns(QWidget* view, QString& error);
+  QString sortColumn() const;
+  bool applyFilterAndSort();
   bool selectScrip(QWidget* view, QString& error);
   bool selectClient(QWidget* view, QString& error);
   void answerEnded();

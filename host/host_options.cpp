@@ -37,6 +37,13 @@ bool ParseHostOptions(const QStringList& arguments, HostOptions& out, QString& e
   const QCommandLineOption plugin("plugin", "Path of libviewholdings.", "PATH");
   const QCommandLineOption db("db", "Embedded back-end database file.", "FILE");
   const QCommandLineOption rows("rows", "Holdings rows of a new sample database.", "N");
+  const QCommandLineOption settings("settings",
+                                    "Keep the plug-in's settings in DIR (default: the user's "
+                                    "config folder).",
+                                    "DIR");
+  const QCommandLineOption clients("clients", "Offer only the client ids listed in FILE.", "FILE");
+  const QCommandLineOption sort("sort", "Headless: click the header of COL (twice for :desc).",
+                                "COL[:desc]");
   const QCommandLineOption client("client", "Headless: query client ID.", "ID");
   const QCommandLineOption scrip("scrip", "Headless: query NSE:SYMBOL-SERIES or BSE:SYMBOL.",
                                  "SCRIP");
@@ -50,7 +57,7 @@ bool ParseHostOptions(const QStringList& arguments, HostOptions& out, QString& e
   const QCommandLineOption waitMs("wait-ms", "Headless: longest wait for the answer.", "N",
                                   "30000");
   p.addOptions({help, user, userType, rights, backend, plugin, db, rows, client, scrip, custom,
-                filter, snapshot, exportTo, waitMs, passwordFile});
+                filter, snapshot, exportTo, waitMs, passwordFile, settings, clients, sort});
   helpRequested = false;
   if (!p.parse(arguments)) {
     error = p.errorText();
@@ -98,6 +105,19 @@ bool ParseHostOptions(const QStringList& arguments, HostOptions& out, QString& e
     error = "--scrip needs NSE:SYMBOL-SERIES or BSE:SYMBOL";
     return false;
   }
+  out.settingsDir = p.value(settings);
+  out.clientsFile = p.value(clients);
+  out.sort = p.value(sort);
+  for (const QString& c : p.values(custom))
+    if (!c.contains('=') || c.startsWith('=')) {
+      error = "--custom needs 'Name=expression'";
+      return false;
+    }
+  for (const QString& f : p.values(filter))
+    if (!f.contains('=') || f.startsWith('=')) {
+      error = "--filter needs 'Column=text'";
+      return false;
+    }
   out.custom = p.values(custom);
   out.filters = p.values(filter);
   out.snapshot = p.value(snapshot);

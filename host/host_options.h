@@ -17,12 +17,15 @@ struct HostOptions {
   QString passwordFile;  // else a dialog asks, when the back-end wants a password
   QString dbPath;        // embedded back-end's database (default: user data dir)
   qint64 sampleRows = 0; // embedded back-end: rows of a new sample database (0 = default)
+  QString settingsDir;   // --settings DIR (default: the user's config folder)
+  QString clientsFile;   // --clients FILE: only these clients (one id a line)
 
   // Headless mode: one query, no window system needed.
   QString client;      // --client ID
   QString scrip;       // --scrip NSE:SYMBOL-SERIES | BSE:SYMBOL
   QStringList custom;  // --custom 'Name=expr' (repeatable)
   QStringList filters; // --filter COL=TEXT (repeatable)
+  QString sort;        // --sort COL[:desc]
   QString snapshot;    // --snapshot FILE.png
   QString exportPath;  // --export FILE.xlsx
   int waitMs = 30000;  // --wait-ms N: longest wait for the answer

@@ -2,6 +2,7 @@
 // the plug-in's dialog controls by id, as the plug-in expects.
 #include <QComboBox>
 #include <QString>
+#include <QStringListModel>
 #include <QWidget>
 
 #include "host/host_context.h"
@@ -125,8 +126,18 @@ HOST_EXPORT void pu_load_exchange_combo(QWidget* dialog, int comboId) {
   fill(combo(dialog, comboId), TheHost().user.exchanges, -1);
 }
 
+// A desk may have hundreds of thousands of clients: one list model instead
+// of an item per id.
 HOST_EXPORT void pu_load_client_id_combo(QWidget* dialog, int comboId) {
-  fill(combo(dialog, comboId), TheHost().user.clientIds, -1);
+  QComboBox* box = combo(dialog, comboId);
+  if (!box)
+    return;
+  QStringList ids;
+  ids.reserve(static_cast<qsizetype>(TheHost().user.clientIds.size()));
+  for (const auto& id : TheHost().user.clientIds)
+    ids.append(q(id));
+  box->setModel(new QStringListModel(ids, box)); // the combo drops its old model
+  box->setCurrentIndex(-1);
 }
 
 // NSE row: (exchange, symbol, series, aux 21010, aux 21011, aux 21008)
@@ -162,12 +173,20 @@ HOST_EXPORT void pu_get_trading_symbol_n_token(QWidget* dialog, int exchangeId, 
     *token = tok;
 }
 
+// Segments as the master names them ("NSE") or as answer records do
+// ("nse_cm").
 HOST_EXPORT void pu_get_scrip_details(QString segment, QString symbol, TarnScripDetails* details) {
   if (!details)
     return;
-  const ScripLeg* leg = TheHost().master.Find(segment.toStdString(), symbol.toStdString());
+  const QString s = segment.toLower();
+  const std::string master = s == "nse_cm" ? "NSE" : s == "bse_cm" ? "BSE" : segment.toStdString();
+  const ScripLeg* leg = TheHost().master.Find(master, symbol.toStdString());
   for (int i = 0; i < TarnScripDetails::Count; ++i)
     details->field[i] = leg ? q(leg->field[static_cast<size_t>(i)]) : QString();
+}
+
+HOST_EXPORT const char* pu_get_settings_directory() {
+  return TheHost().settingsDirectory.c_str();
 }
 
 HOST_EXPORT TarnBackendControl* GetBrioRxControl(int, CBrioRxNotifierBase* receiver) {

@@ -2,13 +2,17 @@
 // back-end given with --backend or one started in-process.
 #include <QApplication>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QInputDialog>
 #include <QMessageBox>
 #include <QStandardPaths>
+#include <QTcpSocket>
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "host/backend_control.h"
@@ -53,6 +57,32 @@ std::unique_ptr<riskd::RiskServer> startEmbedded(const host::HostOptions& o, QSt
     error = QString("cannot start the embedded back-end on %1: %2")
                 .arg(db, QString::fromStdString(why));
   return server;
+}
+
+// The plug-in's settings: --settings, else the user's config folder, never
+// beside the executable.
+QString settingsDirectory(const host::HostOptions& o) {
+  QString dir = o.settingsDir;
+  if (dir.isEmpty())
+    dir = QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);
+  QDir().mkpath(dir);
+  return QDir(dir).absolutePath();
+}
+
+// Keeps the back-end's clients that `path` lists (one id a line), in the
+// back-end's order. False when the file cannot be read.
+bool limitClients(const QString& path, std::vector<std::string>& clientIds) {
+  QFile file(path);
+  if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+    return false;
+  std::unordered_set<std::string> wanted;
+  while (!file.atEnd()) {
+    const QByteArray line = file.readLine().trimmed();
+    if (!line.isEmpty())
+      wanted.insert(line.toStdString());
+  }
+  std::erase_if(clientIds, [&](const std::string& id) { return !wanted.count(id); });
+  return true;
 }
 
 int fail(const QString& text, bool headless) {
@@ -150,7 +180,21 @@ int main(int argc, char** argv) {
     backendPort = embedded->port();
   }
 
+  // A headless run has nobody to watch the control retry: a back-end that
+  // cannot be reached ends it at once.
+  if (headless && embedded == nullptr) {
+    QTcpSocket probe;
+    probe.connectToHost(backendHost, backendPort);
+    if (!probe.waitForConnected(std::min(options.waitMs, 5000)))
+      return fail(QString("cannot reach the back-end at %1:%2: %3")
+                      .arg(backendHost)
+                      .arg(backendPort)
+                      .arg(probe.errorString()),
+                  headless);
+  }
+
   host::HostContext& ctx = host::TheHost();
+  ctx.settingsDirectory = settingsDirectory(options).toStdString();
   host::BackendControl control;
   control.SetLogin(options.userId.toStdString(), passwordSource(options));
   ctx.control = &control;
@@ -177,6 +221,12 @@ int main(int argc, char** argv) {
   QObject::connect(&loader, &host::StartupLoader::failed, &app, startFailed);
   QObject::connect(&control, &host::BackendControl::loginFailed, &app, startFailed);
   QObject::connect(&loader, &host::StartupLoader::ready_, &app, [&] {
+    if (!options.clientsFile.isEmpty() && !limitClients(options.clientsFile, ctx.user.clientIds)) {
+      std::fprintf(stderr, "tarntrader: cannot read the client list %s\n",
+                   qPrintable(options.clientsFile));
+      app.exit(1);
+      return;
+    }
     if (!options.rights.isEmpty()) {
       ctx.user.rights.clear();
       for (const QString& r : options.rights)

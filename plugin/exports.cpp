@@ -12,9 +12,12 @@
 
 #include "common/host_proc.h"
 #include "common/message.h"
+#include "grid/widgets/appearance_hook.h"
+#include "grid/widgets/filter_list_ctrl.h"
 #include "plugin/message_box_sink.h"
 #include "plugin/module_state.h"
 #include "plugin/plugin_view.h"
+#include "plugin/tarn_host_api.h"
 #include "settings/settings_paths.h"
 
 #if !defined(_WIN32)
@@ -65,6 +68,11 @@ void createView(TarnHostContext* host, const char* userId, uint32_t userType) {
   m.userType = userType;
   m.hostDirectory = vh::DirectoryOfPath(executablePath());
   vh::SetSettingsPaths({m.hostDirectory, vh::DirectoryOfPath(commandLinePath())});
+  // A host may keep the settings elsewhere (tests and headless runs never
+  // write beside the build).
+  if (auto dir = vh::HostProcAs<pu_get_settings_directory_fn>("pu_get_settings_directory"))
+    if (const char* d = dir(); d && *d)
+      vh::SetSettingsPaths({d, d});
   if (!m.hostModule) {
     vh::ShowMessage("Cant rename TarnTrader.exe,Module not found");
     return;
@@ -74,8 +82,23 @@ void createView(TarnHostContext* host, const char* userId, uint32_t userType) {
     m.view->SetTitle(kPluginName);
 }
 
-struct SinkInstaller {
-  SinkInstaller() { vh::InstallPluginMessageSinks(); }
+// What every grid shares is made at the first open and goes at unload,
+// while the host's application object still exists: the view's window
+// first (its grids save their columns), then the shared dialogs.
+struct GridSharedState {
+  GridSharedState() {
+    vh::InstallPluginMessageSinks();
+    vh::CCommonListCtrl::SetHeaderImageList(vh::MakeHeaderImageList());
+    vh::InstallAppearanceDialog();
+  }
+  ~GridSharedState() {
+    vh::Module().view.reset();
+    if (!QCoreApplication::instance())
+      return;
+    vh::CCommonListCtrl::DestroySharedDialogs();
+    vh::CFilterListCtrl::DestroySharedWindows();
+    vh::CCommonListCtrl::ClearRegistry();
+  }
 };
 
 } // namespace
@@ -101,8 +124,9 @@ void GetOptionalTarnPluginInfo(QString* title, QStringList* actions, void*, void
 }
 
 void InitTarnPlugin(TarnHostContext* host, const char* userId, uint32_t userType, QString) {
-  static SinkInstaller sinks;
   vh::ModuleState& m = vh::Module();
+  // Made after the module state, so it goes before it.
+  static GridSharedState shared;
   // The old list goes with its replacement; nothing refers to it any more.
   m.headerImages = std::make_unique<vh::HeaderImageList>(vh::MakeHeaderImageList());
 

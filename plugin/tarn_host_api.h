@@ -73,6 +73,10 @@ using pu_get_trading_symbol_n_token_fn = void (*)(QWidget* dialog, int exchange,
 // "BSE" scrip code or symbol). Unknown scrips leave every field empty.
 using pu_get_scrip_details_fn = void (*)(QString segment, QString symbol,
                                          TarnScripDetails* details);
+// Optional: the directory the plug-in keeps its settings files in
+// (UserSetting.ini, DialogPos.ini). A host without it, or one that returns
+// NULL or "", leaves them beside its executable.
+using pu_get_settings_directory_fn = const char* (*)();
 // The host's back-end control with `receiver` attached, or NULL.
 using GetBrioRxControl_fn = TarnBackendControl* (*)(int zero, CBrioRxNotifierBase* receiver);
 }
