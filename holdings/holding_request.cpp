@@ -5,10 +5,7 @@
 namespace vh {
 namespace {
 
-constexpr uint32_t kTagSegment = 63001;
 constexpr uint32_t kTagToken = 10100;
-constexpr uint32_t kTagBseCode = 63003;
-constexpr uint32_t kTagClientId = 54001;
 constexpr const char* kNoExchange = "--";
 // User types that send their peer value with a scrip-mode request.
 constexpr uint32_t kLastPeerUserType = 2;

@@ -6,15 +6,8 @@
 namespace vh {
 namespace {
 
-constexpr uint32_t kTagClientId = 54001;
-constexpr uint32_t kTagSegment = 63001;
 constexpr uint32_t kTagSymbol = 63100;
 constexpr uint32_t kTagToken = 10100;
-constexpr uint32_t kTagHaircut = 64172;
-constexpr uint32_t kTagCollateralType = 64171;
-constexpr uint32_t kTagClosePrice = 59351;
-constexpr uint32_t kTagIsin = 61002;
-constexpr uint32_t kTagLastPrice = 6;
 constexpr uint32_t kTagPresentValue = 41231;
 constexpr const char* kSegmentNse = "nse_cm";
 constexpr const char* kSegmentBse = "bse_cm";
