@@ -1,7 +1,8 @@
 // "Lien Reports" (dialog 21003): the clients' lien, pay-in and pay-out
 // amounts of one segment or of all. Modeless; made once and kept. It takes
 // the "om_get_client_reports" records from the link's receiver while it
-// exists; the link's status check announces the end of a report.
+// exists (one per link, like the receiver's handler); the link's status
+// check announces the end of a report.
 #pragma once
 
 #include <QDialog>

@@ -1,7 +1,7 @@
 // "View TOPN" (dialog 21001): the ten largest holdings of one exchange by
 // one of three valuation methods. Modeless; made once and kept. It takes
 // the "rs_display_topten_holdings" records from the link's receiver while
-// it exists.
+// it exists; the receiver holds one such handler, so a link serves one.
 #pragma once
 
 #include <QDialog>

@@ -21,6 +21,7 @@
 #include "grid/widgets/filter_list_ctrl.h"
 #include "grid/widgets/filter_list_model.h"
 #include "grid/widgets/grid_commands.h"
+#include "holdings/dialogs/report_dialogs.h"
 #include "holdings/view/view_hold_ids.h"
 #include "plugin/tarn_host_api.h"
 #include "settings/custom_alert.h"
@@ -200,6 +201,10 @@ void CViewHold::Initialise(const std::string& userId, uint32_t userType) {
   // Users of types 0 to 2 send their peer value with every holdings query.
   if (userType_ <= 2)
     (void)core_.RequestPeerValue(userId_);
+  reports_ =
+      std::make_unique<ReportDialogs>(this, core_.link(), userId_, [this](std::string_view id) {
+        return core_.clientIds().Contains(id);
+      });
 }
 
 void CViewHold::LoadHostCombos() {

@@ -1,15 +1,15 @@
 // "View TOPN" through its controls against tarn-riskd with frozen prices:
-// every value shown is checked against the store.
+// every value shown is checked against the store. And the view's buttons
+// that open both report dialogs.
 #include <QPushButton>
 #include <QRadioButton>
-#include <QTest>
+#include <QSignalSpy>
 #include <sqlite3.h>
 
-#include <set>
-#include <string>
-
-#include "grid/widgets/filter_list_ctrl.h"
+#include "holdings/dialogs/lien_report_dlg.h"
 #include "holdings/dialogs/top_n_dlg.h"
+#include "holdings/view/view_hold.h"
+#include "host/startup_loader.h"
 #include "plugin/tarn_host_api.h"
 #include "tests/holdings/dialogs/reports_fixture.h"
 #include "tests/widgets/screenshot.h"
@@ -21,36 +21,25 @@ const std::string kLtp =
     "COALESCE((SELECT ltp_paise FROM frozen_price f WHERE f.scrip_id=s.id), s.close_paise)";
 const std::string kChange =
     "CASE WHEN s.close_paise=0 THEN 0 ELSE (" + kLtp + "-s.close_paise)*10000/s.close_paise END";
+const std::string kFrom = " FROM holding h JOIN scrip s ON s.id=h.scrip_id WHERE ";
 
-std::string SymbolSql(bool nse) {
+std::string Symbol(bool nse) {
   return nse ? "s.nse_symbol||'-'||s.nse_series" : "s.bse_symbol";
-}
-std::string LegSql(bool nse) {
-  return nse ? "s.nse_symbol IS NOT NULL" : "s.bse_code IS NOT NULL";
 }
 
 class TopNTest : public ReportsTest {
 protected:
-  void Click(CTopNDlg& dlg, int id) {
-    auto* button = qobject_cast<QAbstractButton*>(GetDlgItem(&dlg, id));
-    ASSERT_TRUE(button) << id;
-    QTest::mouseClick(button, Qt::LeftButton);
-  }
-  // The client ids the view would list for RMS1: every client.
+  // The view's client ids for RMS1: every client.
   EntityLookup ViewClients() {
-    riskd::Stmt s = db_.Prepare("SELECT id FROM client", nullptr);
-    auto ids = std::make_shared<std::set<std::string, std::less<>>>();
-    while (s.Step() == SQLITE_ROW)
-      ids->emplace(s.Text(0));
-    return [ids](std::string_view id) { return ids->count(id) > 0; };
+    return [this](std::string_view id) {
+      return Int("SELECT count(*) FROM client WHERE id='" + std::string(id) + "'") > 0;
+    };
   }
-  // The store's holding behind a shown row: its client holds the scrip
-  // with a value at the frozen price equal to the one shown.
+  // True when the row's client holds the scrip worth the value shown.
   bool InStore(bool nse, const std::vector<std::string>& row) {
-    return Int("SELECT count(*) FROM holding h JOIN scrip s ON s.id=h.scrip_id WHERE "
-               "h.client_id='" +
-               row[0] + "' AND " + SymbolSql(nse) + "='" + row[2] +
-               "' AND printf('%.2f', h.holdings_qty*" + kLtp + "/100.0)='" + row[3] + "'") > 0;
+    return Int("SELECT count(*)" + kFrom + "h.client_id='" + row[0] + "' AND " + Symbol(nse) +
+               "='" + row[2] + "' AND printf('%.2f', h.holdings_qty*" + kLtp + "/100.0)='" +
+               row[3] + "'") > 0;
   }
 };
 
@@ -59,25 +48,23 @@ TEST_F(TopNTest, BothExchangesAndThreeMethodsShowTheStoresLargestOnTop) {
   dlg.show();
   EXPECT_TRUE(qobject_cast<QRadioButton*>(GetDlgItem(&dlg, CTopNDlg::kIdNse))->isChecked());
   EXPECT_TRUE(qobject_cast<QRadioButton*>(GetDlgItem(&dlg, CTopNDlg::kIdByLtp))->isChecked());
+  const std::string rising = kChange + " DESC, s.id, h.holdings_qty DESC";
+  const std::string falling = kChange + " ASC, s.id, h.holdings_qty DESC";
   const struct {
     const char* name;
     int exchange, method;
-    bool nse;
-    std::string top; // SQL: symbol and value (hundredths) of the top row
+    std::string top; // the store's order whose first row shows on top
   } cases[] = {
-      {"nseByLtp", CTopNDlg::kIdNse, CTopNDlg::kIdByLtp, true, "value DESC"},
-      {"bseByLtp", CTopNDlg::kIdBse, CTopNDlg::kIdByLtp, false, "value DESC"},
-      {"nseTopChange", CTopNDlg::kIdNse, CTopNDlg::kIdTopChange, true,
-       kChange + " DESC, s.id, h.holdings_qty DESC"},
-      {"bseTopChange", CTopNDlg::kIdBse, CTopNDlg::kIdTopChange, false,
-       kChange + " DESC, s.id, h.holdings_qty DESC"},
-      {"nseBottomChange", CTopNDlg::kIdNse, CTopNDlg::kIdBottomChange, true,
-       kChange + " ASC, s.id, h.holdings_qty DESC"},
-      {"bseBottomChange", CTopNDlg::kIdBse, CTopNDlg::kIdBottomChange, false,
-       kChange + " ASC, s.id, h.holdings_qty DESC"},
+      {"nseByLtp", CTopNDlg::kIdNse, CTopNDlg::kIdByLtp, "value DESC"},
+      {"bseByLtp", CTopNDlg::kIdBse, CTopNDlg::kIdByLtp, "value DESC"},
+      {"nseRising", CTopNDlg::kIdNse, CTopNDlg::kIdTopChange, rising},
+      {"bseRising", CTopNDlg::kIdBse, CTopNDlg::kIdTopChange, rising},
+      {"nseFalling", CTopNDlg::kIdNse, CTopNDlg::kIdBottomChange, falling},
+      {"bseFalling", CTopNDlg::kIdBse, CTopNDlg::kIdBottomChange, falling},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
+    const bool nse = c.exchange == CTopNDlg::kIdNse;
     Click(dlg, c.exchange);
     Click(dlg, c.method);
     messages_.clear();
@@ -86,58 +73,30 @@ TEST_F(TopNTest, BothExchangesAndThreeMethodsShowTheStoresLargestOnTop) {
               std::vector<std::string>{"rs_display_topten_holdings request sent successfully"});
     ASSERT_TRUE(WaitRows(dlg.List(), 10));
     const auto rows = Shown(dlg.List());
-    for (const auto& row : rows) {
-      EXPECT_EQ(row[1], c.nse ? "nse_cm" : "bse_cm");
-      EXPECT_TRUE(InStore(c.nse, row)) << row[0] << " " << row[2] << " " << row[3];
-    }
-    riskd::Stmt top =
-        db_.Prepare("SELECT " + SymbolSql(c.nse) + ", printf('%.2f', h.holdings_qty*" + kLtp +
-                        "/100.0), h.holdings_qty*" + kLtp +
-                        " AS value FROM holding h JOIN scrip s ON"
-                        " s.id=h.scrip_id WHERE " +
-                        LegSql(c.nse) + " ORDER BY " + c.top + " LIMIT 1",
-                    nullptr);
+    for (const auto& row : rows)
+      EXPECT_TRUE(row[1] == (nse ? "nse_cm" : "bse_cm") && InStore(nse, row)) << row[0];
+    riskd::Stmt top = db_.Prepare(
+        "SELECT " + Symbol(nse) + ", printf('%.2f', h.holdings_qty*" + kLtp +
+            "/100.0),"
+            " h.holdings_qty*" +
+            kLtp + " AS value" + kFrom +
+            (nse ? "s.nse_symbol IS NOT NULL" : "s.bse_code IS NOT NULL") + " ORDER BY " + c.top,
+        nullptr);
     ASSERT_EQ(top.Step(), SQLITE_ROW);
-    EXPECT_EQ(rows[0][2], top.Text(0));
-    EXPECT_EQ(rows[0][3], top.Text(1));
-    if (c.method == CTopNDlg::kIdByLtp)
-      for (size_t i = 1; i < rows.size(); ++i)
-        EXPECT_GE(std::stod(rows[i - 1][3]), std::stod(rows[i][3]));
+    EXPECT_EQ(rows[0][2] + " " + rows[0][3],
+              std::string(top.Text(0)) + " " + std::string(top.Text(1)));
   }
   if (qEnvironmentVariableIsSet("VH_SCREENSHOTS"))
     EXPECT_TRUE(SaveScreenshot(dlg, "top_n_dlg"));
   EXPECT_EQ(messages_.messages(), std::vector<std::string>{});
 }
 
-TEST_F(TopNTest, RowWithoutEntityIdShowsNaScaledUpOnTop) {
-  ASSERT_TRUE(db_.Exec("INSERT INTO client(id,name) VALUES('','no entity id');"
-                       "INSERT INTO holding(client_id,scrip_id,product,holdings_qty)"
-                       " SELECT '', id, 'CNC', 9999999 FROM scrip s WHERE nse_symbol IS NOT NULL"
-                       " ORDER BY id LIMIT 1",
+TEST_F(TopNTest, NaRowOnTopUnknownClientsIgnoredLaterAnswerOnTop) {
+  ASSERT_TRUE(db_.Exec("INSERT INTO client(id) VALUES('');"
+                       "INSERT INTO holding(client_id,scrip_id,product,holdings_qty) SELECT '',"
+                       " id, 'CNC', 9999999 FROM scrip WHERE nse_symbol IS NOT NULL LIMIT 1",
                        nullptr));
-  CTopNDlg dlg(link_.get(), ViewClients());
-  Click(dlg, CTopNDlg::kIdRefresh);
-  ASSERT_TRUE(WaitRows(dlg.List(), 10));
-  const auto rows = Shown(dlg.List());
-  riskd::Stmt na =
-      db_.Prepare("SELECT " + SymbolSql(true) + ", printf('%.2f', 9999999*" + kLtp +
-                      "*100.0) FROM scrip s WHERE " + LegSql(true) + " ORDER BY id LIMIT 1",
-                  nullptr);
-  ASSERT_EQ(na.Step(), SQLITE_ROW);
-  EXPECT_EQ(rows[0], (std::vector<std::string>{"NA", "nse_cm", std::string(na.Text(0)),
-                                               std::string(na.Text(1))}));
-  for (size_t i = 1; i < rows.size(); ++i)
-    EXPECT_TRUE(InStore(true, rows[i])) << rows[i][0];
-}
-
-TEST_F(TopNTest, AnswersListedOnlyForKnownClientsLaterOnTop) {
-  // A view listing no client of the answer ignores it.
-  CTopNDlg strange(link_.get(), [](std::string_view) { return false; });
-  Click(strange, CTopNDlg::kIdRefresh);
-  QTest::qWait(1500);
-  EXPECT_EQ(strange.List().Engine().DisplayedCount(), 0);
-
-  // Two presses before an answer arrives: both answers listed, BSE's on top.
+  // Two presses before an answer arrives: both answers, BSE's on top.
   CTopNDlg dlg(link_.get(), ViewClients());
   dlg.show();
   Click(dlg, CTopNDlg::kIdRefresh);
@@ -145,22 +104,41 @@ TEST_F(TopNTest, AnswersListedOnlyForKnownClientsLaterOnTop) {
   Click(dlg, CTopNDlg::kIdRefresh);
   ASSERT_TRUE(WaitRows(dlg.List(), 20));
   const auto rows = Shown(dlg.List());
-  EXPECT_EQ(rows.front()[1], "bse_cm");
-  EXPECT_EQ(rows.back()[1], "nse_cm");
+  EXPECT_EQ(rows[0][1] + rows[10][1], "bse_cmnse_cm");
+  riskd::Stmt na = db_.Prepare("SELECT " + Symbol(true) + ", printf('%.2f', h.holdings_qty*" +
+                                   kLtp + "*100.0)" + kFrom + "h.client_id=''",
+                               nullptr);
+  ASSERT_EQ(na.Step(), SQLITE_ROW);
+  EXPECT_EQ(rows[10], (std::vector<std::string>{"NA", "nse_cm", std::string(na.Text(0)),
+                                                std::string(na.Text(1))}));
+  EXPECT_TRUE(InStore(true, rows[11]));
+  // A view that lists none of the answer's clients shows nothing.
+  CTopNDlg strange(link_.get(), [](std::string_view) { return false; });
+  QSignalSpy answered(&control_, &host::BackendControl::idle);
+  Click(strange, CTopNDlg::kIdRefresh);
+  ASSERT_TRUE(answered.wait(10000));
+  EXPECT_EQ(strange.List().Engine().DisplayedCount(), 0);
 }
 
-TEST_F(TopNTest, SendFailureIsShownAndListEmptied) {
-  CTopNDlg dlg(link_.get(), ViewClients());
-  Click(dlg, CTopNDlg::kIdRefresh);
-  ASSERT_TRUE(WaitRows(dlg.List(), 10));
-  control_.Stop();
-  messages_.clear();
-  Click(dlg, CTopNDlg::kIdRefresh);
-  EXPECT_EQ(messages_.messages(),
-            std::vector<std::string>{"rs_display_topten_holdings Request Failure"});
-  EXPECT_EQ(messages_.statuses(),
-            std::vector<std::string>{"rs_display_topten_holdings Request Failure"});
-  EXPECT_EQ(dlg.List().Engine().DisplayedCount(), 0);
+TEST_F(TopNTest, ViewButtonsOpenTheReportDialogs) {
+  host::StartupLoader loader(control_, "RMS1", host::TheHost().master, host::TheHost().user);
+  ASSERT_TRUE(QSignalSpy(&loader, &host::StartupLoader::ready_).wait(10000));
+  CViewHold view; // lists the clients of RMS1 in combo 9013
+  view.Initialise("RMS1", 0);
+  view.show();
+  QWidget* topTen = GetDlgItem(&view, 21013);
+  QWidget* lien = GetDlgItem(&view, 21028);
+  ASSERT_TRUE(topTen && lien);
+  EXPECT_TRUE(topTen->isVisible() && !topTen->geometry().intersects(lien->geometry()));
+  Click(view, 21013);
+  Click(view, 21013); // brings the same dialog back
+  ASSERT_EQ(view.findChildren<CTopNDlg*>().size(), 1);
+  CTopNDlg* topN = view.findChild<CTopNDlg*>();
+  Click(*topN, CTopNDlg::kIdRefresh);
+  // Listed only because the answer's first client is in the view's list.
+  EXPECT_TRUE(topN->isVisible() && WaitRows(topN->List(), 10));
+  Click(view, 21028);
+  ASSERT_TRUE(view.findChild<CLienReport*>() && view.findChild<CLienReport*>()->isVisible());
 }
 
 } // namespace
