@@ -2,29 +2,16 @@
 // never sends (no numbers, missing fields, repeated fields).
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
 #include "holdings/lien_report.h"
 #include "kdl/message.h"
 
 namespace {
 
-using namespace vh;
-using Texts = std::vector<std::string>;
-using Fields = std::vector<std::pair<uint32_t, std::string>>;
-
-kdl::Message Answer(const Fields& fields) {
-  kdl::Message m(1 << 12);
-  for (const auto& [tag, text] : fields)
-    EXPECT_TRUE(m.Add(tag, text));
-  return m;
-}
-
 TEST(ReportAnswers, LienRowsAsShown) {
+  using Texts = std::vector<std::string>;
   const struct {
     const char* name;
-    Fields fields;
+    std::vector<std::pair<uint32_t, std::string>> fields;
     Texts shown;
   } cases[] = {
       {"missingAmountsShowZero",
@@ -40,13 +27,14 @@ TEST(ReportAnswers, LienRowsAsShown) {
        {"C3", "", "0.00", "-3.46", "700.00"}},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    kdl::Message m = Answer(c.fields);
-    const sLienRow row = DecodeLienRow(m.get());
+    kdl::Message m(1 << 12);
+    for (const auto& [tag, text] : c.fields)
+      ASSERT_TRUE(m.Add(tag, text));
+    const vh::sLienRow row = vh::DecodeLienRow(m.get());
     Texts shown;
     for (int col = 0; col < 5; ++col)
-      shown.push_back(LienCellText(row, col));
-    EXPECT_EQ(shown, c.shown);
+      shown.push_back(vh::LienCellText(row, col));
+    EXPECT_EQ(shown, c.shown) << c.name;
   }
 }
 
