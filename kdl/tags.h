@@ -67,6 +67,8 @@ inline constexpr uint32_t kTagPassword = 65110; // "tarn_login" under --auth
 inline constexpr std::string_view kLoginRequest = "tarn_login";
 inline constexpr std::string_view kUserInfoRequest = "tarn_user_info";
 inline constexpr std::string_view kScripMasterRequest = "tarn_scrip_master";
+inline constexpr std::string_view kTopTenRequest = "rs_display_topten_holdings";
+inline constexpr std::string_view kClientReportsRequest = "om_get_client_reports";
 
 // Status values closing a "tarn_login" answer.
 inline constexpr std::string_view kLoginAccepted = "1";

@@ -1,4 +1,5 @@
-// tarn-riskd --listen HOST:PORT --db FILE [--auth] [--rows N] [--seed S] [--import DIR]
+// tarn-riskd --listen HOST:PORT --db FILE [--auth] [--frozen-prices] [--rows N] [--seed S]
+//            [--import DIR]
 // tarn-riskd --db FILE [--rows N] [--import DIR] --summary
 // tarn-riskd --db FILE --set-password USER   (the password from the terminal or stdin)
 #include <termios.h>
@@ -17,13 +18,14 @@
 namespace {
 
 int Usage(const char* why) {
-  std::fprintf(stderr,
-               "tarn-riskd: %s\n"
-               "usage: tarn-riskd --listen HOST:PORT --db FILE [--auth] [--rows N] [--seed S]"
-               " [--import DIR]\n"
-               "       tarn-riskd --db FILE [--rows N] [--seed S] [--import DIR] --summary\n"
-               "       tarn-riskd --db FILE --set-password USER\n",
-               why);
+  std::fprintf(
+      stderr,
+      "tarn-riskd: %s\n"
+      "usage: tarn-riskd --listen HOST:PORT --db FILE [--auth] [--frozen-prices] [--rows N]"
+      " [--seed S] [--import DIR]\n"
+      "       tarn-riskd --db FILE [--rows N] [--seed S] [--import DIR] --summary\n"
+      "       tarn-riskd --db FILE --set-password USER\n",
+      why);
   return 2;
 }
 
@@ -55,6 +57,10 @@ std::string Parse(int argc, char** argv, Args* a) {
     }
     if (arg == "--auth") {
       a->options.auth = true;
+      continue;
+    }
+    if (arg == "--frozen-prices") {
+      a->options.frozenPrices = true;
       continue;
     }
     if (i + 1 >= argc)

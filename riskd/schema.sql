@@ -92,6 +92,13 @@ CREATE TABLE IF NOT EXISTS lien(
   PRIMARY KEY(client_id, segment)
 ) WITHOUT ROWID;
 
+-- Last prices of a run with --frozen-prices: a scrip listed here trades at
+-- ltp_paise all day, every other scrip at its close; nothing moves.
+CREATE TABLE IF NOT EXISTS frozen_price(
+  scrip_id  INTEGER PRIMARY KEY REFERENCES scrip(id),
+  ltp_paise INTEGER NOT NULL
+);
+
 -- Every margin transfer request, applied or refused, in arrival order.
 CREATE TABLE IF NOT EXISTS ledger(
   id        INTEGER PRIMARY KEY,

@@ -20,13 +20,15 @@ std::string Lower(std::string_view s) {
 
 } // namespace
 
-bool ScripBook::Load(const Db& db, std::string* error) {
+bool ScripBook::Load(const Db& db, std::string* error, bool frozen) {
   Stmt s = db.Prepare("SELECT id,isin,name,close_paise,lot_size,nse_symbol,nse_series,nse_token,"
-                      "bse_code,bse_symbol,bse_group FROM scrip ORDER BY id",
+                      "bse_code,bse_symbol,bse_group,(SELECT ltp_paise FROM frozen_price f"
+                      " WHERE f.scrip_id=scrip.id) FROM scrip ORDER BY id",
                       error);
   if (!s.ok())
     return false;
   *this = ScripBook();
+  frozen_ = frozen;
   SampleRng rng(0x7a11);
   int rc;
   while ((rc = s.Step()) == SQLITE_ROW) {
@@ -43,6 +45,8 @@ bool ScripBook::Load(const Db& db, std::string* error) {
         (spread > 0
              ? static_cast<int64_t>(rng.Below(static_cast<uint64_t>(2 * spread + 1))) - spread
              : 0);
+    if (frozen)
+      info.ltp = s.IsNull(11) ? info.close : std::clamp<int64_t>(s.Int(11), 1, kMaxPricePaise);
     scrips_.push_back(std::move(info));
     Index(scrips_.size() - 1);
   }
@@ -102,7 +106,7 @@ const ScripInfo* ScripBook::Find(std::string_view segment, std::string_view text
 
 void ScripBook::Tick(int64_t id) {
   auto it = byId_.find(id);
-  if (it == byId_.end())
+  if (frozen_ || it == byId_.end())
     return;
   ScripInfo& s = scrips_[it->second];
   SampleRng rng(tickState_++);

@@ -28,8 +28,10 @@ struct ScripInfo {
 
 class ScripBook {
 public:
-  // Loads every scrip; false with *error when the query fails.
-  bool Load(const Db& db, std::string* error);
+  // Loads every scrip; false with *error when the query fails. With
+  // `frozen` each last price is the scrip's frozen_price row, or its close
+  // without one, and Tick leaves it there.
+  bool Load(const Db& db, std::string* error, bool frozen = false);
 
   const ScripInfo* ById(int64_t id) const;
   // NSE: "SYMBOL-SERIES", a bare symbol (its EQ series first) or a token.
@@ -55,6 +57,7 @@ private:
   std::unordered_map<int64_t, size_t> byId_;
   std::unordered_map<std::string, size_t> nse_, bse_, isin_;
   uint64_t tickState_ = 0x5eed;
+  bool frozen_ = false;
 };
 
 } // namespace riskd

@@ -79,7 +79,7 @@ public:
 
   bool Init(std::string* error, uint16_t* port) {
     int pipeFds[2];
-    if (!book_.Load(db_, error))
+    if (!book_.Load(db_, error, options_.frozenPrices))
       return false;
     if (pipe2(pipeFds, O_CLOEXEC | O_NONBLOCK) != 0) {
       *error = std::string("pipe: ") + std::strerror(errno);

@@ -24,6 +24,9 @@ struct RiskServerOptions {
   bool auth = false;
   std::string host = "127.0.0.1"; // an IPv4 address
   uint16_t port = 0;              // 0: any free port (see RiskServer::port)
+  // Last prices stay put (see ScripBook::Load), so answers can be checked
+  // against the store.
+  bool frozenPrices = false;
   std::chrono::milliseconds priceInterval{1000};
   std::chrono::milliseconds presentInterval{5000};
   uint32_t maxFrame = 1u << 20;                      // larger requests close the connection

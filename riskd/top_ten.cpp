@@ -1,6 +1,7 @@
 // "rs_display_topten_holdings": the ten largest holdings of one exchange,
 // ranked by value at the last price (method 1) or taken from the scrips with
-// the largest (3) or smallest (4) change since the close.
+// the largest (3) or smallest (4) change since the close, among the clients
+// the connection's user may see.
 #include <sqlite3.h>
 
 #include <algorithm>
@@ -100,13 +101,21 @@ void HandleTopTen(Services& s, const Caller& caller, const kdl::Message& req, An
   const std::vector<Row> rows =
       method == "1" ? ByValue(scrips, query) : ByChange(std::move(scrips), method == "3", query);
 
-  RecordWriter w("rs_display_topten_holdings");
+  // The dialog puts each row it reads on top of the list, so the answer
+  // goes from the last of the ranking to the first. A row whose client has
+  // no entity id (an empty client id) sends no 54001, and the reader pairs
+  // the n-th 54001 with the n-th row: such rows go after every row that has
+  // one.
+  std::vector<Row> sent(rows.rbegin(), rows.rend());
+  std::stable_partition(sent.begin(), sent.end(), [](const Row& r) { return !r.client.empty(); });
+  RecordWriter w(std::string(vh::kTopTenRequest));
   std::string frames;
-  if (!rows.empty()) {
+  if (!sent.empty()) {
     w.Start();
     w.Add(vh::kTagExchange, nse ? "nse_cm" : "bse_cm");
-    for (const Row& r : rows) {
-      w.Add(vh::kTagClientId, r.client);
+    for (const Row& r : sent) {
+      if (!r.client.empty())
+        w.Add(vh::kTagClientId, r.client);
       w.Add(vh::kTagTopSymbol, nse ? r.scrip->nseTradingSymbol() : r.scrip->bseSymbol);
       w.Add(vh::kTagValue, r.value);
     }

@@ -24,6 +24,7 @@
 #include "holdings/alert_rules.h"
 #include "holdings/dialogs/view_hold_features.h"
 #include "holdings/mark_unmark.h"
+#include "holdings/dialogs/report_dialogs.h"
 #include "holdings/view/view_hold_ids.h"
 #include "plugin/tarn_host_api.h"
 #include "settings/custom_alert.h"
@@ -217,6 +218,10 @@ void CViewHold::Initialise(const std::string& userId, uint32_t userType) {
   // Users of types 0 to 2 send their peer value with every holdings query.
   if (userType_ <= 2)
     (void)core_.RequestPeerValue(userId_);
+  reports_ =
+      std::make_unique<ReportDialogs>(this, core_.link(), userId_, [this](std::string_view id) {
+        return core_.clientIds().Contains(id);
+      });
 }
 
 void CViewHold::LoadHostCombos() {

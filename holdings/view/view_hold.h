@@ -23,6 +23,7 @@
 #include "holdings/view_hold_core.h"
 
 class QButtonGroup;
+class ReportDialogs;
 class QComboBox;
 class QGroupBox;
 class QPushButton;
@@ -124,6 +125,8 @@ private:
   int HeaderItemOf(const QString& column) const;
 
   CViewHoldCore core_;
+  // After the core: the report dialogs let go of its link before it goes.
+  std::unique_ptr<ReportDialogs> reports_;
   HoldingsCellSource cells_;
   std::string userId_;
   uint32_t userType_ = 0;
