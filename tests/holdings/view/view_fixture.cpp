@@ -1,0 +1,192 @@
+#include "view_fixture.h"
+
+#include <QAbstractButton>
+#include <QComboBox>
+#include <QSignalSpy>
+#include <QTest>
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <cstdio>
+
+#include "common/message.h"
+#include "grid/widgets/filter_list_ctrl.h"
+#include "holdings/holdings_columns.h"
+#include "holdings/view/view_hold.h"
+#include "host/backend_control.h"
+#include "host/host_context.h"
+#include "host/startup_loader.h"
+#include "plugin/tarn_host_api.h"
+#include "riskd/server.h"
+#include "riskd/sqlite.h"
+
+namespace vh::test {
+namespace {
+
+struct Suite {
+  QTemporaryDir dir;
+  std::string db = dir.filePath("risk.db").toStdString();
+  std::unique_ptr<riskd::RiskServer> server;
+  host::BackendControl control;
+};
+Suite* suite = nullptr;
+
+std::string Hundredths(int64_t v) {
+  char text[64];
+  std::snprintf(text, sizeof text, "%0.2lf", double(v) / 100.0);
+  return text;
+}
+
+riskd::Stmt Query(riskd::Db& db, const std::string& path, const std::string& sql) {
+  std::string error;
+  EXPECT_TRUE(db.Open(path, &error)) << error;
+  riskd::Stmt s = db.Prepare(sql, &error);
+  EXPECT_TRUE(s.ok()) << error << "\n" << sql;
+  return s;
+}
+
+} // namespace
+
+std::vector<Row> DatabaseRows(const std::string& path, const std::string& where) {
+  riskd::Db db;
+  riskd::Stmt s = Query(db, path,
+                        "SELECT h.client_id, h.product, s.nse_series, s.nse_symbol, s.bse_code,"
+                        " s.bse_symbol, h.holdings_qty, h.holdings_update_qty, h.used_qty,"
+                        " h.collateral_qty, h.collateral_update_qty, h.withheld_holding_qty,"
+                        " h.withheld_collateral_qty, h.t1_qty, h.t1_collateral_qty, h.haircut_bp,"
+                        " h.collateral_type, s.close_paise FROM holding h JOIN scrip s"
+                        " ON s.id = h.scrip_id WHERE " +
+                            where);
+  static const char* const kTypes[] = {"CL", "LT", "WC"};
+  std::vector<Row> rows;
+  while (s.ok() && s.Step() == SQLITE_ROW) {
+    Row r;
+    for (int c = 0; c < 15; ++c)
+      r.emplace_back(c < 6 ? std::string(s.Text(c)) : std::to_string(s.Int(c)));
+    r.push_back(Hundredths(s.Int(15)));
+    r.push_back(s.IsNull(16) ? "---" : kTypes[s.Int(16)]);
+    r.push_back(Hundredths(s.Int(17)));
+    rows.push_back(std::move(r));
+  }
+  std::sort(rows.begin(), rows.end());
+  return rows;
+}
+
+std::string DatabaseText(const std::string& path, const std::string& sql) {
+  riskd::Db db;
+  riskd::Stmt s = Query(db, path, sql);
+  return s.ok() && s.Step() == SQLITE_ROW ? std::string(s.Text(0)) : std::string();
+}
+
+std::vector<Row> GridRows(CViewHold& view) {
+  CFilterListCtrl* grid = view.HoldingsGrid();
+  std::vector<Row> rows(size_t(grid->DisplayedRowCount()));
+  for (int r = 0; r < int(rows.size()); ++r)
+    for (int c = 0; c < kHoldingsColumnCount; ++c)
+      rows[size_t(r)].push_back(grid->GetCellBytes(r, c));
+  std::sort(rows.begin(), rows.end());
+  return rows;
+}
+
+bool Pick(QWidget* view, int id, const std::string& text) {
+  auto* combo = qobject_cast<QComboBox*>(GetDlgItem(view, id));
+  const int index = combo ? combo->findText(QString::fromStdString(text), Qt::MatchExactly) : -1;
+  if (index >= 0) {
+    combo->setCurrentIndex(index);
+    emit combo->activated(index);
+  }
+  return index >= 0;
+}
+
+bool Click(QWidget* view, int id) {
+  auto* button = qobject_cast<QAbstractButton*>(GetDlgItem(view, id));
+  if (button)
+    button->click();
+  return button != nullptr;
+}
+
+bool WaitForAnswers(CViewHold& view) {
+  return QTest::qWaitFor([&] { return view.Core().outstandingAnswers() == 0; }, 20000);
+}
+
+void BackendFixture::SetUpTestSuite() {
+  suite = new Suite;
+  riskd::RiskServerOptions o;
+  o.store.dbPath = suite->db;
+  o.store.sample.holdings = 4000;
+  o.log = [](const std::string&) {};
+  std::string error;
+  suite->server = riskd::RiskServer::Start(o, &error);
+  ASSERT_TRUE(suite->server) << error;
+  suite->control.Start("127.0.0.1", suite->server->port());
+  host::HostContext& h = host::TheHost();
+  h.control = &suite->control;
+  host::StartupLoader loader(suite->control, "RMS1", h.master, h.user);
+  QSignalSpy ready(&loader, &host::StartupLoader::ready_);
+  ASSERT_TRUE(ready.wait(20000));
+}
+
+void BackendFixture::TearDownTestSuite() {
+  suite->control.Stop();
+  host::TheHost().control = nullptr;
+  delete suite;
+}
+
+void BackendFixture::SetUp() {
+  ASSERT_TRUE(suite && suite->server);
+  const std::string dir = settingsDir_.path().toStdString();
+  paths_ = std::make_unique<ScopedSettingsPaths>(SettingsPaths{dir, dir});
+  SetMessageSink([this](std::string_view text) { messages.emplace_back(text); });
+}
+
+void BackendFixture::TearDown() {
+  SetMessageSink(nullptr);
+}
+
+std::unique_ptr<CViewHold> BackendFixture::MakeView(bool everyOtherClient) {
+  std::vector<std::string>& ids = host::TheHost().user.clientIds;
+  const std::vector<std::string> all = ids;
+  if (everyOtherClient) {
+    ids.clear();
+    for (size_t i = 0; i < all.size(); i += 2)
+      ids.push_back(all[i]);
+  }
+  offered = std::set<std::string>(ids.begin(), ids.end());
+  auto view = std::make_unique<CViewHold>();
+  view->Initialise("RMS1", 0);
+  ids = all;
+  // The peer value's answer comes first, as it does for a user.
+  EXPECT_TRUE(QTest::qWaitFor([&] { return view->Core().peerValue() == "P001"; }, 10000));
+  messages.clear(); // "File Open Failed" of a first run without settings
+  return view;
+}
+
+Scrip BackendFixture::FindScrip(const std::string& condition, int skip) {
+  Scrip s;
+  const std::string from = " FROM scrip s WHERE " + condition +
+                           " AND EXISTS(SELECT 1 FROM holding h WHERE h.scrip_id = s.id)"
+                           " ORDER BY s.id LIMIT 1 OFFSET " +
+                           std::to_string(skip);
+  for (auto [field, column] : {std::pair{&s.id, "id"},
+                               {&s.nseSymbol, "nse_symbol"},
+                               {&s.nseSeries, "nse_series"},
+                               {&s.bseSymbol, "bse_symbol"},
+                               {&s.bseGroup, "bse_group"}})
+    *field = DatabaseText(std::string("SELECT s.") + column + from);
+  EXPECT_FALSE(s.id.empty()) << condition;
+  return s;
+}
+
+std::string BackendFixture::BusiestClient() {
+  return DatabaseText("SELECT client_id FROM holding GROUP BY client_id ORDER BY count(*) DESC");
+}
+
+std::vector<Row> BackendFixture::DatabaseRows(const std::string& where) {
+  return test::DatabaseRows(suite->db, where);
+}
+
+std::string BackendFixture::DatabaseText(const std::string& sql) {
+  return test::DatabaseText(suite->db, sql);
+}
+
+} // namespace vh::test

@@ -1,0 +1,70 @@
+// One real tarn-riskd on a loopback port with a small sample database, the
+// host services loaded from it, and helpers that drive a CViewHold through
+// its controls and read the database the answers come from.
+#pragma once
+
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "settings/settings_paths.h"
+
+class QWidget;
+
+namespace vh {
+class CViewHold;
+}
+
+namespace vh::test {
+
+using Row = std::vector<std::string>; // the 18 cell texts
+
+// The rows of `db` for `where` (over holding h and scrip s) as the holdings
+// grid must show them, sorted; the first value of `sql` ("" when none).
+std::vector<Row> DatabaseRows(const std::string& db, const std::string& where);
+std::string DatabaseText(const std::string& db, const std::string& sql);
+
+struct Scrip {
+  std::string id, nseSymbol, nseSeries, bseSymbol, bseGroup;
+};
+inline constexpr const char* kBothLegs = "s.nse_symbol IS NOT NULL AND s.bse_symbol IS NOT NULL";
+inline constexpr const char* kNseOnly = "s.bse_symbol IS NULL";
+inline constexpr const char* kBseOnly = "s.nse_symbol IS NULL";
+
+// The grid's displayed rows, sorted.
+std::vector<Row> GridRows(CViewHold& view);
+// A user's pick in combo `id`; false when the text is not offered.
+bool Pick(QWidget* view, int id, const std::string& text);
+bool Click(QWidget* view, int id);
+// Waits until every answer the view asked for has ended.
+bool WaitForAnswers(CViewHold& view);
+
+class BackendFixture : public ::testing::Test {
+protected:
+  static void SetUpTestSuite();
+  static void TearDownTestSuite();
+  void SetUp() override;
+  void TearDown() override;
+
+  // A view initialised as the plug-in does for user RMS1; with
+  // `everyOtherClient` combo 9013 offers every other client only.
+  std::unique_ptr<CViewHold> MakeView(bool everyOtherClient = false);
+  // The `skip`-th scrip with holdings meeting `condition`.
+  static Scrip FindScrip(const std::string& condition, int skip = 0);
+  static std::string BusiestClient();
+  static std::vector<Row> DatabaseRows(const std::string& where);
+  static std::string DatabaseText(const std::string& sql);
+
+  std::vector<std::string> messages; // message boxes shown, in order
+  std::set<std::string> offered;     // the client ids of the last view's combo
+
+private:
+  QTemporaryDir settingsDir_;
+  std::unique_ptr<ScopedSettingsPaths> paths_;
+};
+
+} // namespace vh::test
