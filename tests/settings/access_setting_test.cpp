@@ -26,7 +26,7 @@ protected:
 TEST_F(AccessSetting, SettingValuesLiveInTheCommandLineDirectory) {
   std::string value = "v1";
   ASSERT_EQ(vh::AccessSettingValue(vh::kSettingWrite, "SEC", "Key", value, "Other.ini"), 1);
-  EXPECT_EQ(ReadFile(cmd_.file("Other.ini")), "[SEC]\nKey=v1\n");
+  EXPECT_EQ(ReadFile(cmd_.file("Other.ini")), "[SEC]\r\nKey=v1\r\n");
   EXPECT_FALSE(std::filesystem::exists(grid_.file("Other.ini")));
 
   std::string read = "stale";
@@ -88,7 +88,7 @@ TEST_F(AccessSetting, UndetectedFilesComposeAStatusTextAndShowNothing) {
 TEST_F(AccessSetting, ColumnProfilesLiveInTheSettingsDirectory) {
   std::string value = "0,0,80";
   ASSERT_EQ(vh::AccessColumnProfile(vh::kSettingWrite, "rmsholdview", value), 1);
-  EXPECT_EQ(ReadFile(grid_.file("UserSetting.ini")), "[rmsholdview]\nCOLUMNPROFILE=0,0,80\n");
+  EXPECT_EQ(ReadFile(grid_.file("UserSetting.ini")), "[rmsholdview]\r\nCOLUMNPROFILE=0,0,80\r\n");
 
   std::string read;
   EXPECT_EQ(vh::AccessColumnProfile(vh::kSettingLoad, "RMSHOLDVIEW", read), 1);

@@ -30,7 +30,7 @@ TEST_F(DialogPositionWindow, SavedPlacementRestoresAnotherWindow) {
   vh::SaveDialogPosition(&first, "View-Holding");
   const QRect g = first.geometry();
   EXPECT_EQ(vh::test::ReadFile(cmd_.file("DialogPos.ini")),
-            QString("[DIALOG_POSITION]\nView-Holding=%1,%2,%3,%4,-1,-1,-1,-1,1\n")
+            QString("[DIALOG_POSITION]\r\nView-Holding=%1,%2,%3,%4,-1,-1,-1,-1,1\r\n")
                 .arg(g.top())
                 .arg(g.left())
                 .arg(g.top() + 200)

@@ -59,7 +59,7 @@ TEST(ProfileFault, TruncatedFilesGiveWhatIsThere) {
   } cases[] = {
       {"cut inside a value", "[S]\nk=val", "S", "k", "val"},
       {"cut after the equals sign", "[S]\nk=", "S", "k", ""},
-      {"cut inside a key", "[S]\nk", "S", "k", ""},
+      {"cut inside a key", "[S]\nk", "S", "k", "<default>"},
       {"cut inside a header", "[S]\nk=1\n[T", "T", "k", "<default>"},
       {"cut between CR and LF", "[S]\r\nk=1\r", "S", "k", "1"},
       {"empty file", "", "S", "k", "<default>"},
@@ -80,7 +80,7 @@ TEST(ProfileFault, NulBytesAreOrdinaryBytes) {
   EXPECT_EQ(Get("S", "a", file), std::string("x\0y", 3));
   EXPECT_EQ(Get("S", "b", file), "2");
   ASSERT_EQ(profile::WritePrivateProfileStringA("S", "c", "3", file.c_str()), 1);
-  EXPECT_EQ(ReadFile(file), text + "c=3\n");
+  EXPECT_EQ(ReadFile(file), text + "c=3\r\n");
 }
 
 TEST(ProfileFault, LongLinesAreCutOnlyByTheBuffer) {
@@ -107,10 +107,10 @@ TEST(ProfileFault, AFourMegabyteFileIsReadAndEditedInPlace) {
   ASSERT_EQ(profile::WritePrivateProfileStringA("Section0", "added", "1", file.c_str()), 1);
   const std::string after = ReadFile(file);
   const size_t insertAt = text.find("[Section1]");
-  EXPECT_EQ(after.size(), text.size() + 8);
+  EXPECT_EQ(after.size(), text.size() + 9);
   EXPECT_EQ(after.compare(0, insertAt, text, 0, insertAt), 0);
-  EXPECT_EQ(after.substr(insertAt, 8), "added=1\n");
-  EXPECT_EQ(after.compare(insertAt + 8, std::string::npos, text, insertAt), 0);
+  EXPECT_EQ(after.substr(insertAt, 9), "added=1\r\n");
+  EXPECT_EQ(after.compare(insertAt + 9, std::string::npos, text, insertAt), 0);
 }
 
 // Writes half of what it is given once, then reports a full disk.
@@ -160,7 +160,7 @@ TEST(ProfileFault, ShortWritesAreContinued) {
   const std::string file = dir.file("s.ini");
   WriterHook hook(OneByteAtATime);
   ASSERT_EQ(profile::WritePrivateProfileStringA("S", "k", "value", file.c_str()), 1);
-  EXPECT_EQ(ReadFile(file), "[S]\nk=value\n");
+  EXPECT_EQ(ReadFile(file), "[S]\r\nk=value\r\n");
 }
 
 TEST(ProfileFault, ReplacementKeepsTheFilePermissions) {

@@ -61,14 +61,11 @@ inline int CountOtherFiles(const std::filesystem::path& dir, const std::string& 
   return n;
 }
 
-// `text` with every "\n" turned into "\r\n".
-inline std::string WithCrlf(const std::string& text) {
+// `text` with every "\n" turned into `lineBreak`.
+inline std::string WithBreaks(const std::string& text, const std::string& lineBreak) {
   std::string out;
-  for (char c : text) {
-    if (c == '\n')
-      out += '\r';
-    out += c;
-  }
+  for (char c : text)
+    c == '\n' ? out.append(lineBreak) : out.append(1, c);
   return out;
 }
 

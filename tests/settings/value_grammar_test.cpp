@@ -90,7 +90,7 @@ TEST(ListAppearance, LoadsPerGridWithDefaultsForTheRest) {
   ASSERT_TRUE(vh::SaveListAppearance("rmsholdview", 9001,
                                      vh::ParseListAppearance("FF,0,Arial,10,2,Sell,FF,")));
   EXPECT_EQ(ReadFile(dir.file("UserSetting.ini")),
-            "[CUSTOMIZE_LISTS]\nrmsholdview-9001=FF,0,Arial,10,2,sell,FF,\n");
+            "[CUSTOMIZE_LISTS]\r\nrmsholdview-9001=FF,0,Arial,10,2,sell,FF,\r\n");
   ASSERT_TRUE(vh::LoadListAppearance("rmsholdview", 9001, a));
   EXPECT_EQ(Summary(a), "FF 0 [Arial] 10 col 2 on sell=FF");
   EXPECT_FALSE(vh::LoadListAppearance("rmsholdview", 9002, a));
@@ -158,7 +158,8 @@ TEST(ColumnProfile, RoundTripsThroughTheSettingsFile) {
   const std::string value = "0,0,80,1,-1,0,2,2,95,3,1,110,Value# \"4\"*\"5\"#Qty*Price";
   const auto entries = vh::ParseColumnProfile(value, 3);
   ASSERT_TRUE(vh::SaveColumnProfileEntries("rmsholdview", entries, 3));
-  EXPECT_EQ(ReadFile(dir.file("UserSetting.ini")), "[rmsholdview]\nCOLUMNPROFILE=" + value + "\n");
+  EXPECT_EQ(ReadFile(dir.file("UserSetting.ini")),
+            "[rmsholdview]\r\nCOLUMNPROFILE=" + value + "\r\n");
   std::vector<vh::sColumnProfileEntry> back;
   ASSERT_TRUE(vh::LoadColumnProfileEntries("rmsholdview", 3, back));
   EXPECT_EQ(Summary(back), Summary(entries));
@@ -215,14 +216,15 @@ TEST(AlertRule, WrittenDeletedAndReadBack) {
   vh::ScopedMessageRecorder recorder;
   const vh::CustomAlert rule{"greater than or equal to", "Net Value", "2.5", "Net Value", "7"};
   ASSERT_TRUE(vh::WriteAlertRule("Net Value", rule));
-  EXPECT_EQ(ReadFile(cmd.file("UserSetting.ini")),
-            "[CUSTOMIZE_WINDOW]\nNet Value=Net Value|greater than or equal to|2.5|7|Net Value\n");
+  EXPECT_EQ(
+      ReadFile(cmd.file("UserSetting.ini")),
+      "[CUSTOMIZE_WINDOW]\r\nNet Value=Net Value|greater than or equal to|2.5|7|Net Value\r\n");
   const auto back = vh::ReadAlertRule("net value");
   ASSERT_TRUE(back);
   EXPECT_EQ(vh::FormatAlertRule(*back), "Net Value|greater than or equal to|2.5|7|net value");
 
   ASSERT_TRUE(vh::DeleteAlertRule("Net Value"));
-  EXPECT_EQ(ReadFile(cmd.file("UserSetting.ini")), "[CUSTOMIZE_WINDOW]\nNet Value= \n");
+  EXPECT_EQ(ReadFile(cmd.file("UserSetting.ini")), "[CUSTOMIZE_WINDOW]\r\nNet Value= \r\n");
   EXPECT_FALSE(vh::ReadAlertRule("Net Value"));
   EXPECT_FALSE(std::filesystem::exists(grid.file("UserSetting.ini")));
 }
