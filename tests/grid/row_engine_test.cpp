@@ -1,6 +1,7 @@
 #include "grid/row_engine.h"
 
 #include "common/message.h"
+#include "grid/custom_column.h"
 #include "tests/grid/row_test_table.h"
 
 #include <gtest/gtest.h>
@@ -212,7 +213,6 @@ TEST_F(EngineFixture, DataSourceForms) {
   EXPECT_TRUE(engine.GetCellText(2, 1, text, style));
   EXPECT_EQ(style.textColour, 2);
   EXPECT_FALSE(engine.GetCellText(9, 1, text, style)); // the source's own failure
-  EXPECT_FALSE(engine.GetCellText(1, -1, text, style));
   engine.SetOwnerDataSource(nullptr, nullptr);
   EXPECT_EQ(engine.GetItemText(0, 1), "plain 1/1");
   engine.SetPlainDataSource(nullptr);
@@ -263,6 +263,30 @@ TEST_F(EngineFixture, CustomColumnsAreComputedNotStored) {
   engine.SortOnColumn(3);
   EXPECT_EQ(engine.GetItemText(0, 3), "16.00");
   EXPECT_EQ(engine.LargestRows(4, 1), (std::vector<int32_t>{1}));
+}
+
+// A column below 0 can only come from a hand-edited settings file. It goes to
+// the data source like any data column, and the source's "" reads as 0.
+int EmptyBelowZero(uint64_t, int column, std::string& text, CellStyle&) {
+  text = column < 0 ? "" : "4";
+  return 1;
+}
+
+TEST_F(EngineFixture, NegativeColumnGoesToTheDataSource) {
+  for (CustomColumnCompiler compile : {TextCustomColumn, CompileCustomColumn}) {
+    auto columns = test::Columns({3, 2, 3, 2, 2});
+    columns[3].strExpression = R"( "-1"+1)";
+    columns[4].strExpression = R"( "-1" "0")";
+    engine.SetOwnerDataSource(nullptr, nullptr);
+    engine.SetPlainDataSource(&EmptyBelowZero);
+    engine.SetColumns(columns, 3);
+    engine.SetCustomColumnCompiler(compile);
+    messages.clear();
+    EXPECT_EQ(engine.GetItemText(0, 3), "1.00");
+    EXPECT_EQ(engine.GetItemText(0, 4), "");
+    EXPECT_EQ(messages.messages(),
+              (std::vector<std::string>{std::string(kInvalidExpressionMessage)}));
+  }
 }
 
 TEST_F(EngineFixture, DistinctValuesOverTheDisplayedRows) {
