@@ -175,7 +175,7 @@ void W9_distinct_symbol(benchmark::State& state) {
   state.counters["bytes_per_row"] = double(engine.ResidentBytes()) / double(engine.RowCount());
 }
 
-// What the rules literally do, for comparison: convert both texts inside
+// The naive way, for comparison: convert both texts inside
 // every comparison of a quick sort.
 void LiteralSort(benchmark::State& state, int column, bool numeric) {
   RowEngine& engine = Loaded();

@@ -12,7 +12,7 @@ namespace {
 
 using test::TextTable;
 
-// Written straight from the rules, with the C library and no shortcuts.
+// The naive matcher: the C library, no index, no shortcuts.
 std::string Lower(std::string s) {
   for (char& c : s)
     c = char(std::tolower(static_cast<unsigned char>(c)));

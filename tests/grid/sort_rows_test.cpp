@@ -18,7 +18,7 @@ namespace {
 
 using test::TextTable;
 
-// The comparison as the rules state it, converting inside every call.
+// The naive comparison, converting both texts inside every call.
 int NaiveCompare(int type, int direction, const std::string& a, const std::string& b) {
   switch (type) {
   case 1: {
