@@ -80,6 +80,7 @@ TEST_F(LinkTest, SendsNameThenFieldsInOrder) {
       {"empty text", CLinkRequest("x").Add(5, ""), {{0, {"x"}}, {5, {""}}}},
       {"user peer", UserPeerRequest("U9"), {{0, {"om_get_user_peer_data"}}, {31003, {"U9"}}}},
   };
+  // One link for all: a request that kept an earlier one's fields would show.
   for (const auto& c : cases) {
     recorder.clear();
     control.sent.clear();
@@ -92,14 +93,6 @@ TEST_F(LinkTest, SendsNameThenFieldsInOrder) {
   }
   EXPECT_EQ(control.zeros, std::vector<int>(4, 0));
   EXPECT_EQ(link.lastSlot(), 1u);
-}
-
-TEST_F(LinkTest, EveryRequestStartsFromAnEmptyMessage) {
-  CBackendLink link(&owner);
-  ASSERT_EQ(link.Send(CLinkRequest("a").Add(1, "x").Add(2, "y")), 1);
-  ASSERT_EQ(link.Send(CLinkRequest("b").Add(1, "z")), 1);
-  ASSERT_EQ(control.sent.size(), 2u);
-  EXPECT_EQ(control.sent[1], (Fields{{0, {"b"}}, {1, {"z"}}}));
 }
 
 TEST_F(LinkTest, FailuresReportTheirTextsAndSendNothing) {
