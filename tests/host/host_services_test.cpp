@@ -13,46 +13,26 @@ namespace {
 
 using host::ScripLeg;
 
-ScripLeg Leg(std::initializer_list<std::pair<ScripLeg::Field, const char*>> fields) {
-  ScripLeg leg;
-  for (const auto& [f, v] : fields)
-    leg.field[f] = v;
-  return leg;
-}
-
 class HostServices : public ::testing::Test {
 protected:
   void SetUp() override {
     auto& h = host::TheHost();
     h.master.Clear();
-    h.master.Add(Leg({{ScripLeg::Segment, "NSE"},
-                      {ScripLeg::Symbol, "ACME"},
-                      {ScripLeg::Series, "EQ"},
-                      {ScripLeg::TradingSymbol, "ACME-EQ"},
-                      {ScripLeg::Token, "11"},
-                      {ScripLeg::Isin, "INE000A01011"},
-                      {ScripLeg::BseCode, "500001"}}));
-    h.master.Add(Leg({{ScripLeg::Segment, "NSE"},
-                      {ScripLeg::Symbol, "ACME"},
-                      {ScripLeg::Series, "BE"},
-                      {ScripLeg::TradingSymbol, "ACME-BE"},
-                      {ScripLeg::Token, "12"}}));
-    h.master.Add(Leg({{ScripLeg::Segment, "NSE"},
-                      {ScripLeg::Symbol, "BOLT"},
-                      {ScripLeg::Series, "EQ"},
-                      {ScripLeg::TradingSymbol, "BOLT-EQ"},
-                      {ScripLeg::Token, "21"}}));
-    h.master.Add(Leg({{ScripLeg::Segment, "BSE"},
-                      {ScripLeg::Symbol, "500001"},
-                      {ScripLeg::Series, "A"},
-                      {ScripLeg::TradingSymbol, "ACME"},
-                      {ScripLeg::Token, "500001"},
-                      {ScripLeg::Isin, "INE000A01011"}}));
-    h.master.Add(Leg({{ScripLeg::Segment, "BSE"},
-                      {ScripLeg::Symbol, "500009"},
-                      {ScripLeg::Series, "B"},
-                      {ScripLeg::TradingSymbol, "ZED"},
-                      {ScripLeg::Token, "500009"}}));
+    const char* const legs[][7] = {{"NSE", "ACME", "EQ", "ACME-EQ", "11", "INE000A01011", "500001"},
+                                   {"NSE", "ACME", "BE", "ACME-BE", "12", "", ""},
+                                   {"NSE", "BOLT", "EQ", "BOLT-EQ", "21", "", ""},
+                                   {"BSE", "500001", "A", "ACME", "500001", "INE000A01011", ""},
+                                   {"BSE", "500009", "B", "ZED", "500009", "", ""}};
+    const ScripLeg::Field fields[] = {ScripLeg::Segment,       ScripLeg::Symbol, ScripLeg::Series,
+                                      ScripLeg::TradingSymbol, ScripLeg::Token,  ScripLeg::Isin,
+                                      ScripLeg::BseCode};
+    for (const auto& row : legs) {
+      ScripLeg leg;
+      for (size_t k = 0; k < std::size(fields); ++k)
+        if (*row[k])
+          leg.field[fields[k]] = row[k];
+      h.master.Add(leg);
+    }
     h.master.Finish();
     h.user = {};
     h.user.id = "U1";
