@@ -63,14 +63,6 @@ protected:
   QDialog dialog;
 };
 
-TEST_F(HostServices, EveryServiceIsExportedByName) {
-  for (const char* name :
-       {"pu_is_actionright_enabled", "pu_load_exchange_combo", "pu_load_client_id_combo",
-        "pu_fill_scrip_combos_with_bse_grp", "pu_get_trading_symbol_n_token",
-        "pu_get_scrip_details", "GetBrioRxControl"})
-    EXPECT_NE(vh::HostProc(name), nullptr) << name;
-}
-
 TEST_F(HostServices, ActionRightsFollowTheUser) {
   auto enabled = vh::HostProcAs<pu_is_actionright_enabled_fn>("pu_is_actionright_enabled");
   EXPECT_EQ(enabled("RMS View Holdings: Mark/UnMark"), 1);

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 
 #include "common/message.h"
@@ -13,22 +14,15 @@ using namespace vh;
 
 namespace {
 
+// Tag 7's digit lies past the long reader's 31 characters, tag 8's number
+// past the double reader's 63.
 kdl::Message Numbers() {
-  return Answer({
-      {1, "42"},
-      {2, "  -17xyz"},
-      {3, "abc"},
-      {4, ""},
-      {5, "99999999999"},
-      {6, "-99999999999"},
-      {7, std::string(31, ' ') + "7"}, // the digit is past the long reader's 31 characters
-      {8, std::string(63, ' ') + "2.5"},
-      {9, std::string(40, ' ') + "2.5"},
-      {10, "3.25e2"},
-      {11, std::nullopt},
-      {12, "1"},
-      {12, "2"},
-  });
+  // clang-format off
+  return Answer({{1, "42"}, {2, "  -17xyz"}, {3, "abc"}, {4, ""}, {5, "99999999999"},
+                 {6, "-99999999999"}, {7, std::string(31, ' ') + "7"},
+                 {8, std::string(63, ' ') + "2.5"}, {9, std::string(40, ' ') + "2.5"},
+                 {10, "3.25e2"}, {11, std::nullopt}, {12, "1"}, {12, "2"}});
+  // clang-format on
 }
 
 TEST(FieldReaders, ConvertLikeTheCLibraryWithinTheirBuffers) {
@@ -79,20 +73,19 @@ TEST(FieldReaders, FailuresSetTheKindAndKeepNumbers) {
       {"library failure other than not-found", unstarted, 1, 0, kReaderFailed},
   };
   for (const auto& c : cases) {
-    int32_t l = 11, i = 12, kind = 0;
+    int32_t l = 11, i = 12;
     double d = 13.5;
     std::string text = "previous";
-    EXPECT_EQ(ReadLongField(c.msg, c.tag, c.index, &l, &kind), 0) << c.name;
-    EXPECT_EQ(kind, c.kind) << c.name;
-    kind = 0;
-    EXPECT_EQ(ReadIntField(c.msg, c.tag, c.index, &i, &kind), 0) << c.name;
-    EXPECT_EQ(kind, c.kind) << c.name;
-    kind = 0;
-    EXPECT_EQ(ReadDoubleField(c.msg, c.tag, c.index, &d, &kind), 0) << c.name;
-    EXPECT_EQ(kind, c.kind) << c.name;
-    kind = 0;
-    EXPECT_EQ(ReadTextField(c.msg, c.tag, c.index, &text, &kind), 0) << c.name;
-    EXPECT_EQ(kind, c.kind) << c.name;
+    const std::function<int(int32_t*)> readers[] = {
+        [&](int32_t* kind) { return ReadLongField(c.msg, c.tag, c.index, &l, kind); },
+        [&](int32_t* kind) { return ReadIntField(c.msg, c.tag, c.index, &i, kind); },
+        [&](int32_t* kind) { return ReadDoubleField(c.msg, c.tag, c.index, &d, kind); },
+        [&](int32_t* kind) { return ReadTextField(c.msg, c.tag, c.index, &text, kind); }};
+    for (const auto& read : readers) {
+      int32_t kind = 0;
+      EXPECT_EQ(read(&kind), 0) << c.name;
+      EXPECT_EQ(kind, c.kind) << c.name;
+    }
     EXPECT_EQ(l, 11) << c.name;
     EXPECT_EQ(i, 12) << c.name;
     EXPECT_EQ(d, 13.5) << c.name;
@@ -128,10 +121,8 @@ TEST(ResponseStatus, DataRecordsEndsAndFailures) {
       {"no status field: a record", "display_holding_detail", {{kTagAnsweredName, "x"}}, 5, 0, {}},
       {"status 12", "display_holding_detail", {{kTagStatus, "12"}}, 12, 0, {}},
       {"status -3", "mrv_master", {{kTagStatus, "-3"}}, -3, 0, {}},
-      {"status 5 in the field", "mrv_master", {{kTagStatus, "5"}}, 5, 0, {}},
       {"status 0", "display_holding_detail", {{kTagStatus, "0"}}, 1, 0, {fatal}},
       {"non-numeric status counts as 0", "mrv_cj", {{kTagStatus, "end"}}, 1, 0, {fatal}},
-      {"empty status text counts as 0", "mrv_cj", {{kTagStatus, ""}}, 1, 0, {fatal}},
       {"status without value, lien reports",
        "om_get_client_reports",
        {{kTagStatus, std::nullopt}},

@@ -119,13 +119,12 @@ TEST(ListAppearance, FontHeightIsMinusPointsAtTheScreenResolution) {
     const char* size;
     int dpi;
     int height;
-  } cases[] = {{"8", 96, -11},
-               {"10", 96, -13},
-               {"9", 120, -15},
-               {"8", 72, -8},
-               {"-8", 96, 11},
-               {"x", 96, 0},
-               {"2147483647", 96, INT_MIN}};
+  } cases[] = {
+      // clang-format off
+      {"8", 96, -11}, {"10", 96, -13}, {"9", 120, -15}, {"8", 72, -8},
+      {"-8", 96, 11}, {"x", 96, 0}, {"2147483647", 96, INT_MIN},
+      // clang-format on
+  };
   for (const auto& c : cases)
     EXPECT_EQ(vh::MakeListFont("Arial", c.size, c.dpi).height, c.height) << c.size << "@" << c.dpi;
 }
