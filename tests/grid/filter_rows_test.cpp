@@ -76,7 +76,8 @@ struct FilterFixture : ::testing::Test {
 
 TEST_F(FilterFixture, RandomFiltersAgreeWithADirectScan) {
   std::mt19937 rng(99);
-  const char* const pieces[] = {"a", "AB", "*b*", "*c", ">5", "<-2.5", "~", "", "b~", "*", "x"};
+  const char* const pieces[] = {"a",  "AB", "*b*", "*c", ">5", "<-2.5", "~",     "",
+                                "b~", "*",  "x",   "**", "<5", ">abc",  "*ABCD", "<0x1"};
   auto randomFilter = [&] {
     std::string f;
     for (int k = std::uniform_int_distribution<int>(0, 2)(rng); k >= 0; --k)
@@ -87,7 +88,7 @@ TEST_F(FilterFixture, RandomFiltersAgreeWithADirectScan) {
     table.rows.clear();
     for (int r = 0; r < 60; ++r)
       table.rows.push_back({test::RandomText(rng, "abcABC ", 4),
-                            test::RandomText(rng, "-.0123456789e", 4),
+                            test::RandomText(rng, "-.0123456789ex ", 4),
                             test::RandomText(rng, "bcxBX*>~", 3)});
     engine.DeleteAllItems();
     engine.SetViewDataSource(round % 2 ? &TextTable::View : nullptr, &table);

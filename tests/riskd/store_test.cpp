@@ -5,7 +5,6 @@
 #include "riskd/csv.h"
 #include "riskd/sample_data.h"
 #include "riskd/store.h"
-#include "riskd/summary.h"
 #include "tests/riskd/riskd_fixture.h"
 
 namespace riskd_test {
@@ -71,29 +70,6 @@ TEST(CsvNumbers, Whole) {
   EXPECT_EQ(riskd::ParseWhole("-7"), -7);
   for (const char* bad : {"", "4 2", "x", "+3", "99999999999999999999", "3.0"})
     EXPECT_FALSE(riskd::ParseWhole(bad)) << bad;
-}
-
-std::string SummaryOf(const std::filesystem::path& file, uint64_t seed, int64_t rows) {
-  riskd::Db db;
-  std::string error;
-  EXPECT_TRUE(riskd::OpenStore(file.string(), &db, &error)) << error;
-  riskd::SampleOptions options;
-  options.seed = seed;
-  options.holdings = rows;
-  EXPECT_TRUE(riskd::GenerateSample(db, options, &error)) << error;
-  return riskd::Summary(db);
-}
-
-TEST(SampleData, SameSeedSameDatabase) {
-  TempDir dir;
-  const std::string a = SummaryOf(dir.path() / "a.db", 7, 4000);
-  const std::string b = SummaryOf(dir.path() / "b.db", 7, 4000);
-  const std::string c = SummaryOf(dir.path() / "c.db", 8, 4000);
-  EXPECT_NE(a.find("holdings 4000\n"), std::string::npos) << a;
-  EXPECT_NE(a.find("scrip NSE:"), std::string::npos) << a;
-  EXPECT_NE(a.find("client C"), std::string::npos) << a;
-  EXPECT_EQ(a, b);
-  EXPECT_NE(a, c);
 }
 
 TEST(SampleData, HotScripsHaveManyHolders) {
