@@ -37,32 +37,18 @@ AnswerFields Price(const char* subKind) {
       {{kTagSubKind, subKind}, {6, "1234"}, {63100, "INFY-EQ"}, {32, "7"}, {63179, "99"}});
 }
 
-// The owner's calls in order, then what the dialogs received, the counters
+// Feeds `answers` to a receiver with an owner and both dialogs, and returns
+// the owner's calls in order, then what the dialogs received, the counters
 // left over and the messages shown.
-struct Case {
-  const char* name;
-  int clientIds;
-  std::vector<AnswerFields> answers;
-  std::vector<std::string> log;
-};
-
-// Names the case in test listings instead of dumping its bytes.
-void PrintTo(const Case& c, std::ostream* os) {
-  *os << c.name;
-}
-
-class Dispatch : public testing::TestWithParam<Case> {};
-
-TEST_P(Dispatch, RoutesByNameStatusAndSubKind) {
-  const Case& c = GetParam();
+std::vector<std::string> Route(int clientIds, const std::vector<AnswerFields>& answers) {
   ScopedMessageRecorder recorder;
   RecordingOwner owner;
-  owner.clientIds = c.clientIds;
+  owner.clientIds = clientIds;
   RecordingHandler topN, lien;
   CAlwGrpReqRx rx(&owner);
   rx.SetTopNHandler(&topN);
   rx.SetLienHandler(&lien);
-  for (const AnswerFields& a : c.answers) {
+  for (const AnswerFields& a : answers) {
     kdl::Message m = Answer(a);
     rx.OnResponse(nullptr, m.get(), nullptr);
   }
@@ -74,84 +60,72 @@ TEST_P(Dispatch, RoutesByNameStatusAndSubKind) {
                   std::to_string(rx.bsePositions()));
   for (const std::string& shown : recorder.messages())
     log.push_back("shown " + shown);
-  EXPECT_EQ(log, c.log);
+  return log;
 }
 
-const Case kCases[] = {
-    {"EveryNameReachesItsHandler",
-     0,
-     {Record("display_holding_detail"), End("display_holding_detail"),
-      Record("mrv_positions_scp_show_tree_all"), End("mrv_positions_scp_show_tree_all"),
-      Record("om_get_prsnt_values"), End("om_get_prsnt_values"), Record("mrv_cj"), End("mrv_cj"),
-      Record("rs_display_topten_holdings"), End("rs_display_topten_holdings"),
-      Record("om_get_client_reports"), Record("om_get_client_reports"),
-      Record("om_get_client_reports", {{kTagStatus, std::nullopt}})},
-     {"holding", "all-positions", "all-positions end", "present-values", "present-values end",
-      "mrv_cj", "dialogs 1 2", "shown Lien Report Download Completed."}},
-    {"StatusZeroIsFatal",
-     0,
-     {Record("display_holding_detail", {{kTagStatus, "0"}})},
-     {"shown Fatal error.Please contact administrator."}},
-    {"OtherNamesAreIgnored",
-     0,
-     {Record("Display_Holding_Detail"),
-      Record("display_holding_details"),
-      {{kTagStatus, "0"}},
-      {{kTagAnsweredName, std::nullopt}}},
-     {}},
-    {"NseTreeCompletesAtTheClientCount",
-     2,
-     {Tree("NSE"), Tree("NSE"), Tree("NSE", true)},
-     {"position 0", "position 0", "nse lookup", "complete 0"}},
-    {"NseTreeCompletesPastTheClientCount",
-     1,
-     {Tree("NSE"), Tree("NSE"), Tree("NSE", true)},
-     {"position 0", "position 0", "nse lookup", "complete 0"}},
-    {"NseTreeShortOfTheCountKeepsCounting",
-     3,
-     {Tree("NSE"), Tree("NSE", true)},
-     {"position 0", "left 1 0"}},
-    {"BseTreeCompletesAtExactlyTheCountWithoutLookup",
-     2,
-     {Tree("BSE"), Tree("BSE"), Tree("BSE", true)},
-     {"position 1", "position 1", "complete 1"}},
-    {"BseTreePastTheCountNeverCompletes",
-     1,
-     {Tree("BSE"), Tree("BSE"), Tree("BSE", true)},
-     {"position 1", "position 1", "left 0 2"}},
-    {"CountersAreSeparate",
-     1,
-     {Tree("BSE"), Tree("NSE"), Tree("NSE", true), Tree("BSE", true)},
-     {"position 1", "position 0", "nse lookup", "complete 0", "complete 1"}},
-    {"EndsWithNoRecordsCompleteWhenThereAreNoClients",
-     0,
-     {Tree("NSE", true), Tree("BSE", true)},
-     {"nse lookup", "complete 0", "complete 1"}},
-    {"TreeSubKindIsReadFirstAndOnlyNseOrBse",
-     0,
-     {Tree("CSE"), Tree("CSE", true), Tree("nse"),
-      Record("mrv_positions_scp_show_tree", {{kTagStatus, "0"}})},
-     {}},
-    {"PricesPerExchangeSubKindReadOnlyOnRecords",
-     0,
-     {Price("NSE_LTP"), Price("BSE_LTP"), Price("CSE_LTP"), Price("NSE"), Price("nse_ltp"),
-      End("mrv_master", {{kTagSubKind, "junk"}})},
-     {"price 0 1234 INFY-EQ 7 99", "price 1 1234 INFY-EQ 7 99", "price 2 1234 INFY-EQ 7 99",
-      "prices end"}},
-    {"PriceWithUnreadableValues",
-     0,
-     {Record("mrv_master", {{kTagSubKind, "BSE_LTP"}, {6, "x"}, {32, std::nullopt}})},
-     {"price 1 0  0 0"}},
-    {"PeerValueOnlyFromARecordThatHasIt",
-     0,
-     {Record("om_get_user_peer_data", {{kTagPeerValue, "P7"}}),
-      Record("om_get_user_peer_data", {{kTagPeerValue, ""}}), Record("om_get_user_peer_data"),
-      End("om_get_user_peer_data", {{kTagPeerValue, "P8"}})},
-     {"peer P7", "peer "}},
-};
+using Log = std::vector<std::string>;
 
-INSTANTIATE_TEST_SUITE_P(Table, Dispatch, testing::ValuesIn(kCases),
-                         [](const testing::TestParamInfo<Case>& info) { return info.param.name; });
+TEST(Dispatch, EveryNameReachesItsHandler) {
+  EXPECT_EQ(
+      Route(0,
+            {Record("display_holding_detail"), End("display_holding_detail"),
+             Record("mrv_positions_scp_show_tree_all"), End("mrv_positions_scp_show_tree_all"),
+             Record("om_get_prsnt_values"), End("om_get_prsnt_values"), Record("mrv_cj"),
+             End("mrv_cj"), Record("rs_display_topten_holdings"), End("rs_display_topten_holdings"),
+             Record("om_get_client_reports"), Record("om_get_client_reports"),
+             Record("om_get_client_reports", {{kTagStatus, std::nullopt}})}),
+      (Log{"holding", "all-positions", "all-positions end", "present-values", "present-values end",
+           "mrv_cj", "dialogs 1 2", "shown Lien Report Download Completed."}));
+  EXPECT_EQ(Route(0, {Record("display_holding_detail", {{kTagStatus, "0"}})}),
+            Log{"shown Fatal error.Please contact administrator."});
+  EXPECT_EQ(Route(0, {Record("Display_Holding_Detail"),
+                      Record("display_holding_details"),
+                      {{kTagStatus, "0"}},
+                      {{kTagAnsweredName, std::nullopt}}}),
+            Log{})
+      << "other names, and answers without one, are ignored";
+}
+
+// NSE completes at or past the client count, with a symbol lookup; BSE only
+// at exactly the count, without one.
+TEST(Dispatch, PositionTreesCountTowardsTheClientCount) {
+  const Log nseDone = {"position 0", "position 0", "nse lookup", "complete 0"};
+  EXPECT_EQ(Route(2, {Tree("NSE"), Tree("NSE"), Tree("NSE", true)}), nseDone);
+  EXPECT_EQ(Route(1, {Tree("NSE"), Tree("NSE"), Tree("NSE", true)}), nseDone);
+  EXPECT_EQ(Route(3, {Tree("NSE"), Tree("NSE", true)}), (Log{"position 0", "left 1 0"}));
+  EXPECT_EQ(Route(2, {Tree("BSE"), Tree("BSE"), Tree("BSE", true)}),
+            (Log{"position 1", "position 1", "complete 1"}));
+  EXPECT_EQ(Route(1, {Tree("BSE"), Tree("BSE"), Tree("BSE", true)}),
+            (Log{"position 1", "position 1", "left 0 2"}));
+  EXPECT_EQ(Route(1, {Tree("BSE"), Tree("NSE"), Tree("NSE", true), Tree("BSE", true)}),
+            (Log{"position 1", "position 0", "nse lookup", "complete 0", "complete 1"}))
+      << "separate counters";
+  EXPECT_EQ(Route(0, {Tree("NSE", true), Tree("BSE", true)}),
+            (Log{"nse lookup", "complete 0", "complete 1"}))
+      << "no clients: an end alone completes";
+  EXPECT_EQ(Route(0, {Tree("CSE"), Tree("CSE", true), Tree("nse"),
+                      Record("mrv_positions_scp_show_tree", {{kTagStatus, "0"}})}),
+            Log{})
+      << "the sub-kind is read first, and only NSE or BSE count";
+}
+
+TEST(Dispatch, PricesAndPeerValues) {
+  EXPECT_EQ(Route(0, {Price("NSE_LTP"), Price("BSE_LTP"), Price("CSE_LTP"), Price("NSE"),
+                      Price("nse_ltp"), End("mrv_master", {{kTagSubKind, "junk"}})}),
+            (Log{"price 0 1234 INFY-EQ 7 99", "price 1 1234 INFY-EQ 7 99",
+                 "price 2 1234 INFY-EQ 7 99", "prices end"}))
+      << "the sub-kind is read on records only";
+  EXPECT_EQ(
+      Route(0, {Record("mrv_master", {{kTagSubKind, "BSE_LTP"}, {6, "x"}, {32, std::nullopt}})}),
+      Log{"price 1 0  0 0"})
+      << "unreadable values";
+  EXPECT_EQ(Route(0, {Record("om_get_user_peer_data", {{kTagPeerValue, "P7"}}),
+                      Record("om_get_user_peer_data", {{kTagPeerValue, ""}}),
+                      Record("om_get_user_peer_data"),
+                      End("om_get_user_peer_data", {{kTagPeerValue, "P8"}})}),
+            (Log{"peer P7", "peer "}))
+      << "only a record that has the value";
+}
 
 TEST(DispatchWithoutOwners, ChecksStatusButRoutesNothing) {
   ScopedMessageRecorder recorder;

@@ -108,48 +108,28 @@ TEST(FieldReaders, TextIsExactlyTheValue) {
 }
 
 TEST(ResponseStatus, DataRecordsEndsAndFailures) {
-  const char* fatal = "Fatal error.Please contact administrator.";
-  const char* lien = "Lien Report Download Completed.";
-  const struct {
-    const char* name;
-    const char* request;
-    AnswerFields fields;
-    int status;
-    int32_t kind;
-    std::vector<std::string> shown;
-  } cases[] = {
-      {"no status field: a record", "display_holding_detail", {{kTagAnsweredName, "x"}}, 5, 0, {}},
-      {"status 12", "display_holding_detail", {{kTagStatus, "12"}}, 12, 0, {}},
-      {"status -3", "mrv_master", {{kTagStatus, "-3"}}, -3, 0, {}},
-      {"status 0", "display_holding_detail", {{kTagStatus, "0"}}, 1, 0, {fatal}},
-      {"non-numeric status counts as 0", "mrv_cj", {{kTagStatus, "end"}}, 1, 0, {fatal}},
-      {"status without value, lien reports",
-       "om_get_client_reports",
-       {{kTagStatus, std::nullopt}},
-       1,
-       kReaderMissing,
-       {lien}},
-      {"status without value, other request",
-       "display_holding_detail",
-       {{kTagStatus, std::nullopt}},
-       1,
-       kReaderMissing,
-       {}},
-      {"status 0 for lien reports is still fatal",
-       "om_get_client_reports",
-       {{kTagStatus, "0"}},
-       1,
-       0,
-       {fatal}},
-  };
-  for (const auto& c : cases) {
+  const std::string fatal = "Fatal error.Please contact administrator.";
+  const auto check = [](const char* request, AnswerFields fields, int status, int32_t kind,
+                        std::vector<std::string> shown, const char* name) {
     ScopedMessageRecorder recorder;
-    const kdl::Message m = Answer(c.fields);
-    int32_t kind = 0;
-    EXPECT_EQ(CheckResponseStatus(m.get(), c.request, &kind, 1), c.status) << c.name;
-    EXPECT_EQ(kind, c.kind) << c.name;
-    EXPECT_EQ(recorder.messages(), c.shown) << c.name;
-  }
+    const kdl::Message m = Answer(fields);
+    int32_t got = 0;
+    EXPECT_EQ(CheckResponseStatus(m.get(), request, &got, 1), status) << name;
+    EXPECT_EQ(got, kind) << name;
+    EXPECT_EQ(recorder.messages(), shown) << name;
+  };
+  const std::optional<std::string> none;
+  check("display_holding_detail", {{kTagAnsweredName, "x"}}, 5, 0, {}, "no status: a record");
+  check("display_holding_detail", {{kTagStatus, "12"}}, 12, 0, {}, "status 12");
+  check("mrv_master", {{kTagStatus, "-3"}}, -3, 0, {}, "status -3");
+  check("display_holding_detail", {{kTagStatus, "0"}}, 1, 0, {fatal}, "status 0");
+  check("mrv_cj", {{kTagStatus, "end"}}, 1, 0, {fatal}, "non-numeric status counts as 0");
+  check("om_get_client_reports", {{kTagStatus, none}}, 1, kReaderMissing,
+        {"Lien Report Download Completed."}, "status without value, lien reports");
+  check("display_holding_detail", {{kTagStatus, none}}, 1, kReaderMissing, {},
+        "status without value, other request");
+  check("om_get_client_reports", {{kTagStatus, "0"}}, 1, 0, {fatal},
+        "status 0 for lien reports is still fatal");
 }
 
 } // namespace
