@@ -110,14 +110,4 @@ TEST(KdlParse, ParsedMessageOwnsItsCopy) {
   EXPECT_EQ(m->Text(32767), "display_holding_detail");
 }
 
-TEST(KdlParse, BuiltAndParsedMessagesAgree) {
-  kdl::Message built;
-  ASSERT_TRUE(built.Add(32767, "display_holding_detail"));
-  ASSERT_TRUE(built.Add(10, "A"));
-  ASSERT_TRUE(built.AddEmpty(32766));
-  ASSERT_TRUE(built.Add(10, ""));
-  ASSERT_TRUE(built.Add(10, "CC"));
-  EXPECT_EQ(std::string(built.Serialise()), Sample());
-}
-
 } // namespace
