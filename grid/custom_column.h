@@ -8,8 +8,8 @@
 // EvaluateExpression and shown with two decimals.
 //
 // Two ways to compute the same thing:
-//  - CalculateCustomColumnValue works on the texts every time, exactly as
-//    the behaviour is written;
+//  - CalculateCustomColumnValue works on the texts every time, the plain
+//    way that everything else is measured against;
 //  - CompiledCustomColumn prepares the stored expression once and, for the
 //    cell texts that occur in practice, evaluates without re-reading any
 //    text. Its results (texts, return values, messages shown, cells fetched
