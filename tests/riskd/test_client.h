@@ -47,6 +47,7 @@ public:
 
 private:
   int fd_ = -1;
+  bool closed_ = false; // the server closed the connection
   kdl::FrameSplitter in_{64u << 20};
 };
 

@@ -1,15 +1,17 @@
 // Mark and unmark: limits enforced by the server, effects, and the ledger.
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "tests/riskd/riskd_fixture.h"
 
 namespace riskd_test {
 namespace {
 
-struct Quantities {
-  int64_t holdings, update, used, collateral, withheld, withheldColl, t1;
-  bool operator==(const Quantities&) const = default;
-};
+const char* const kQuantities[] = {
+    "holdings_qty",         "holdings_update_qty",     "used_qty", "collateral_qty",
+    "withheld_holding_qty", "withheld_collateral_qty", "t1_qty"};
+using Quantities = std::array<int64_t, std::size(kQuantities)>;
 
 class TransferTest : public RiskdTest {
 protected:
@@ -26,31 +28,23 @@ protected:
     client_ = key_.substr(0, a);
     scrip_ = key_.substr(a + 1, b - a - 1);
     product_ = key_.substr(b + 1);
-    Set(1000, 100, 300, 0, 40, 0, 50); // mark limit min(1000, 1000+50-300) = 750
+    Set({1000, 100, 300, 0, 40, 0, 50}); // mark limit min(1000, 1000+50-300) = 750
   }
   std::string Where() {
     return " WHERE client_id='" + client_ + "' AND scrip_id=" + scrip_ + " AND product='" +
            product_ + "'";
   }
-  void Set(int64_t holdings, int64_t update, int64_t used, int64_t coll, int64_t withheld,
-           int64_t withheldColl, int64_t t1) {
-    std::string error;
-    ASSERT_TRUE(db_.Exec("UPDATE holding SET holdings_qty=" + std::to_string(holdings) +
-                             ",holdings_update_qty=" + std::to_string(update) + ",used_qty=" +
-                             std::to_string(used) + ",collateral_qty=" + std::to_string(coll) +
-                             ",withheld_holding_qty=" + std::to_string(withheld) +
-                             ",withheld_collateral_qty=" + std::to_string(withheldColl) +
-                             ",t1_qty=" + std::to_string(t1) + Where(),
-                         &error))
-        << error;
+  void Set(const Quantities& q) {
+    std::string sql = "UPDATE holding SET ", error;
+    for (size_t i = 0; i < q.size(); ++i)
+      sql += std::string(i ? "," : "") + kQuantities[i] + "=" + std::to_string(q[i]);
+    ASSERT_TRUE(db_.Exec(sql + Where(), &error)) << error;
   }
   Quantities Get() {
-    auto q = [&](const char* column) {
-      return Count(std::string("SELECT ") + column + " FROM holding" + Where());
-    };
-    return {q("holdings_qty"),   q("holdings_update_qty"),  q("used_qty"),
-            q("collateral_qty"), q("withheld_holding_qty"), q("withheld_collateral_qty"),
-            q("t1_qty")};
+    Quantities q;
+    for (size_t i = 0; i < q.size(); ++i)
+      q[i] = Count(std::string("SELECT ") + kQuantities[i] + " FROM holding" + Where());
+    return q;
   }
   int64_t Lien(const char* segment) {
     return Count("SELECT ifnull((SELECT lien_paise FROM lien WHERE client_id='" + client_ +
@@ -102,8 +96,7 @@ TEST_F(TransferTest, LimitsAndEffects) {
       {"badAction", "XX", "1", "RMS1", start, "unknown action"},
   };
   for (const auto& c : cases) {
-    Set(start.holdings, start.update, start.used, start.collateral, start.withheld,
-        start.withheldColl, start.t1);
+    Set(start);
     const int64_t ledger = Count("SELECT count(*) FROM ledger");
     Transfer(c.action, c.qty, c.user);
     EXPECT_EQ(Get(), c.after) << c.name;
@@ -127,7 +120,7 @@ TEST_F(TransferTest, MarkRaisesTheSegmentLienAndUnmarkLowersIt) {
   EXPECT_EQ(Lien("CUR"), cur);
   Transfer("UF", "100", "RMS2", /*byIsinOnly=*/true);
   EXPECT_EQ(Lien("FO"), fo);
-  EXPECT_EQ(Get().update, 100);
+  EXPECT_EQ(Get()[1], 100);
 }
 
 TEST_F(TransferTest, TheNextHoldingsAnswerShowsTheChange) {
