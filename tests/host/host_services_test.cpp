@@ -18,19 +18,20 @@ protected:
   void SetUp() override {
     auto& h = host::TheHost();
     h.master.Clear();
-    const char* const legs[][7] = {{"NSE", "ACME", "EQ", "ACME-EQ", "11", "INE000A01011", "500001"},
-                                   {"NSE", "ACME", "BE", "ACME-BE", "12", "", ""},
-                                   {"NSE", "BOLT", "EQ", "BOLT-EQ", "21", "", ""},
-                                   {"BSE", "500001", "A", "ACME", "500001", "INE000A01011", ""},
-                                   {"BSE", "500009", "B", "ZED", "500009", "", ""}};
-    const ScripLeg::Field fields[] = {ScripLeg::Segment,       ScripLeg::Symbol, ScripLeg::Series,
-                                      ScripLeg::TradingSymbol, ScripLeg::Token,  ScripLeg::Isin,
-                                      ScripLeg::BseCode};
-    for (const auto& row : legs) {
+    // Segment, symbol, series, trading symbol, token, ISIN, BSE code.
+    const char* const legs[][7] = {
+        {"NSE", "ACME", "EQ", "ACME-EQ", "11", "INE000A01011", "500001"},
+        {"NSE", "ACME", "BE", "ACME-BE", "12", "", ""},
+        {"NSE", "BOLT", "EQ", "BOLT-EQ", "21", "", ""},
+        {"BSE", "500001", "A", "ACME", "500001", "INE000A01011", ""},
+        {"BSE", "500009", "B", "ZED", "500009", "", ""},
+    };
+    for (const auto& fields : legs) {
       ScripLeg leg;
-      for (size_t k = 0; k < std::size(fields); ++k)
-        if (*row[k])
-          leg.field[fields[k]] = row[k];
+      int i = 0;
+      for (auto f : {ScripLeg::Segment, ScripLeg::Symbol, ScripLeg::Series, ScripLeg::TradingSymbol,
+                     ScripLeg::Token, ScripLeg::Isin, ScripLeg::BseCode})
+        leg.field[f] = fields[i++];
       h.master.Add(leg);
     }
     h.master.Finish();
