@@ -9,6 +9,7 @@
 namespace {
 
 using vh::test::Get;
+using vh::test::Put;
 using vh::test::ReadFile;
 using vh::test::TempDir;
 using vh::test::WithBreaks;
@@ -21,13 +22,13 @@ TEST(ProfileWrite, EditsLandWhereExpectedAndTheRestStays) {
   const std::string file = dir.file("w.ini");
   WriteFile(file, WithBreaks(vh::test::Fixture("write_base.ini"), "\r\n"));
 
-  EXPECT_EQ(profile::WritePrivateProfileStringA("a", "ONE", "uno", file.c_str()), 1);
-  EXPECT_EQ(profile::WritePrivateProfileStringA("A", "two", "2", file.c_str()), 1);
-  EXPECT_EQ(profile::WritePrivateProfileStringA("B", "k", "v", file.c_str()), 1);
-  EXPECT_EQ(profile::WritePrivateProfileStringA("C", "x", " spaced ", file.c_str()), 1);
-  EXPECT_EQ(profile::WritePrivateProfileStringA("New", "k", "v", file.c_str()), 1);
-  EXPECT_EQ(profile::WritePrivateProfileStringA("A", "one", nullptr, file.c_str()), 1);
-  EXPECT_EQ(profile::WritePrivateProfileStringA("B", nullptr, nullptr, file.c_str()), 1);
+  EXPECT_EQ(Put("a", "ONE", "uno", file), 1);
+  EXPECT_EQ(Put("A", "two", "2", file), 1);
+  EXPECT_EQ(Put("B", "k", "v", file), 1);
+  EXPECT_EQ(Put("C", "x", " spaced ", file), 1);
+  EXPECT_EQ(Put("New", "k", "v", file), 1);
+  EXPECT_EQ(Put("A", "one", nullptr, file), 1);
+  EXPECT_EQ(Put("B", nullptr, nullptr, file), 1);
 
   EXPECT_EQ(ReadFile(file), WithBreaks(vh::test::Fixture("write_base.golden"), "\r\n"));
   // The key deleted from the first [A] is not found in the second one.
@@ -78,8 +79,7 @@ TEST(ProfileWrite, SmallEdits) {
     const std::string file = dir.file("s.ini");
     if (!c.before.empty())
       WriteFile(file, c.before);
-    EXPECT_EQ(profile::WritePrivateProfileStringA(c.section, c.key, c.value, file.c_str()), 1)
-        << c.name;
+    EXPECT_EQ(Put(c.section, c.key, c.value, file), 1) << c.name;
     EXPECT_EQ(ReadFile(file), c.after) << c.name;
     if (c.key && c.key[0] == ';') {
       EXPECT_EQ(Get(c.section, c.key, file), "<default>") << c.name << ": a comment was read";
@@ -91,12 +91,11 @@ TEST(ProfileWrite, DeletionsInAMissingFileLeaveAnEmptyOne) {
   TempDir dir;
   const std::string keyFile = dir.file("key.ini");
   const std::string sectionFile = dir.file("section.ini");
-  EXPECT_EQ(profile::WritePrivateProfileStringA("S", "k", nullptr, keyFile.c_str()), 1);
-  EXPECT_EQ(profile::WritePrivateProfileStringA("S", nullptr, nullptr, sectionFile.c_str()), 1);
+  EXPECT_EQ(Put("S", "k", nullptr, keyFile), 1);
+  EXPECT_EQ(Put("S", nullptr, nullptr, sectionFile), 1);
   EXPECT_TRUE(std::filesystem::exists(keyFile) && ReadFile(keyFile).empty());
   EXPECT_TRUE(std::filesystem::exists(sectionFile) && ReadFile(sectionFile).empty());
-  EXPECT_EQ(profile::WritePrivateProfileStringA("S", "k", "v", dir.file("no/such/dir.ini").c_str()),
-            0);
+  EXPECT_EQ(Put("S", "k", "v", dir.file("no/such/dir.ini")), 0);
 }
 
 TEST(ProfileWrite, RefusesWhatWouldSplitALineOrNeverBeFoundAgain) {
@@ -121,8 +120,7 @@ TEST(ProfileWrite, RefusesWhatWouldSplitALineOrNeverBeFoundAgain) {
       {"tab around key", "S", "\tk", "v"},
   };
   for (const auto& c : cases)
-    EXPECT_EQ(profile::WritePrivateProfileStringA(c.section, c.key, c.value, file.c_str()), 0)
-        << c.name;
+    EXPECT_EQ(Put(c.section, c.key, c.value, file), 0) << c.name;
   EXPECT_EQ(profile::WritePrivateProfileStringA("S", "k", "v", nullptr), 0);
   EXPECT_EQ(ReadFile(file), "[S]\nk=1\n");
 }

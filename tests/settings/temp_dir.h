@@ -69,6 +69,11 @@ inline std::string WithBreaks(const std::string& text, const std::string& lineBr
   return out;
 }
 
+// Writes `value` (null: deletes) under `key` (null: the whole section); 1 on success.
+inline int Put(const char* section, const char* key, const char* value, const std::string& file) {
+  return profile::WritePrivateProfileStringA(section, key, value, file.c_str());
+}
+
 // The value of `key` in `section` of `file`, "<default>" when absent, read
 // through a buffer of `size` bytes.
 inline std::string Get(const char* section, const char* key, const std::string& file,
