@@ -23,20 +23,6 @@ Outcome Evaluate(std::string_view text) {
   return {code, value, !(value == kUntouched)};
 }
 
-TEST(ExpressionTokens, FindOperatorTakesTheWholeRun) {
-  const struct {
-    std::string_view text;
-    int op;
-  } cases[] = {
-      {"*", 1},   {"^", 2},    {"/", 3},    {"\\", 4},  {"%", 5},   {"<<", 6},  {">>", 7},
-      {"-", 8},   {"+5", 9},   {"&", 11},   {"|", 12},  {"&&", 14}, {"||", 15}, {"==", 17},
-      {"<", 18},  {"> 1", 19}, {">=", 20},  {"<=", 22}, {"!=", -1}, {"!|", -1}, {"=", -1},
-      {"*-", -1}, {"--2", -1}, {"<<<", -1}, {"", -1},   {"5", -1},  {" +", -1}, {"=<", -1},
-  };
-  for (const auto& c : cases)
-    EXPECT_EQ(FindOperator(c.text), c.op) << '"' << c.text << '"';
-}
-
 TEST(ExpressionTokens, OperandLengthCountsWordCharactersAfterAnyFirst) {
   const struct {
     std::string_view text;
@@ -47,37 +33,6 @@ TEST(ExpressionTokens, OperandLengthCountsWordCharactersAfterAnyFirst) {
   };
   for (const auto& c : cases)
     EXPECT_EQ(OperandLength(c.text), c.length) << '"' << c.text << '"';
-}
-
-TEST(ExpressionConvert, SignsAndInsertedZero) {
-  const struct {
-    const char* name;
-    std::string_view infix;
-    int code;
-    std::string_view postfix;
-  } cases[] = {
-      {"sign after spaced operator", "3 * -5", 0, " 3 (-5) *"},
-      {"adjacent operators form no operator", "3*-5", 0, " 3 * 0 5 -"},
-      {"binary minus after paren gets zero", "3*(-5)", 0, " 3 0 5 - *"},
-      {"leading sign", "-5+3", 0, " (-5) 3 +"},
-      {"opening minus gets zero", "(-5)", 0, " 0 5 -"},
-      {"spaced double minus", "3 - -2", 0, " 3 (-2) -"},
-      {"unspaced double minus", "3--2", 0, " 3 - 0 2 -"},
-      {"lone sign", "10 - - 2", 0, " 10 (-) 2 -"},
-      {"no zero after two-character operator", "2<<(-5)", 0, " 2 5 - <<"},
-      {"sign before paren is alone", "-(3)", 0, " (-) 3"},
-      {"any operator can be a sign", "1 + *2", 0, " 1 (*2) +"},
-      {"sign after leading spaces", "  +5", 0, " (+5)"},
-      {"unknown characters are operands", "5 != 5", 0, " 5 ! = 5"},
-      {"close without open", "1+2)", 1, " 1 2 +"},
-      {"open left open", "(1+2", 1, " 1 2 +"},
-      {"only spaces and parens", " ( ) ", 0, ""},
-  };
-  for (const auto& c : cases) {
-    std::string postfix = "stale";
-    EXPECT_EQ(ConvertToPostfix(c.infix, postfix), c.code) << c.name;
-    EXPECT_EQ(postfix, c.postfix) << c.name;
-  }
 }
 
 TEST(ExpressionEvaluate, Values) {

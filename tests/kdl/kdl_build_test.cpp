@@ -161,39 +161,6 @@ TEST(KdlBuild, MisuseFailsWithItsCode) {
   EXPECT_FALSE(kdl_dtor_primecb(&msg, &err));
 }
 
-TEST(KdlBuild, RestartEmptiesTheMessage) {
-  kdl::Message m;
-  ASSERT_TRUE(m.Add(1, "a"));
-  ASSERT_TRUE(m.Restart());
-  EXPECT_EQ(m.Serialise(), U32(0));
-  EXPECT_FALSE(m.Count(1));
-  ASSERT_TRUE(m.Add(2, "b"));
-  EXPECT_EQ(m.Serialise(), U32(1) + FieldBytes(2, {"b"}));
-}
-
-TEST(KdlBuild, LookupFailuresReportNotFound) {
-  kdl::Message m;
-  ASSERT_TRUE(m.AddEmpty(1));
-  ASSERT_TRUE(m.Add(2, "v"));
-  KdlValue value{};
-  uint32_t count = 99;
-  KdlError err{};
-  const struct {
-    const char* name;
-    uint32_t tag, index;
-  } cases[] = {{"absent field", 3, 0}, {"zero-value field", 1, 0}, {"index past the end", 2, 1}};
-  for (const auto& c : cases) {
-    err = KdlError{};
-    EXPECT_FALSE(kdl_get_data(m.get(), c.tag, c.index, &value, &err)) << c.name;
-    EXPECT_EQ(err.code, KDL_E_NOTFOUND) << c.name;
-  }
-  EXPECT_FALSE(kdl_get_field(m.get(), 3, &count, &err));
-  EXPECT_EQ(err.code, KDL_E_NOTFOUND);
-  EXPECT_EQ(count, 99u) << "a failed lookup leaves the count alone";
-  EXPECT_TRUE(kdl_get_field(m.get(), 1, &count, &err));
-  EXPECT_EQ(count, 0u);
-}
-
 TEST(KdlBuild, ParsedMessageIsReadOnlyAndMovesKeepOwnership) {
   auto parsed = kdl::Message::Parse(U32(1) + FieldBytes(4, {"v"}));
   ASSERT_TRUE(parsed);
