@@ -7,19 +7,6 @@
 
 namespace riskd_test {
 
-TempDir::TempDir() {
-  static std::atomic<int> serial{0};
-  path_ = std::filesystem::temp_directory_path() /
-          ("riskd_test_" + std::to_string(getpid()) + "_" + std::to_string(serial++));
-  std::filesystem::remove_all(path_);
-  std::filesystem::create_directories(path_);
-}
-
-TempDir::~TempDir() {
-  std::error_code ec;
-  std::filesystem::remove_all(path_, ec);
-}
-
 void RiskdTest::SetUp() {
   options_.store.dbPath = (dir_.path() / "risk.db").string();
   options_.store.sample.holdings = 3000;

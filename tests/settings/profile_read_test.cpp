@@ -29,7 +29,7 @@ Read Get(const char* section, const char* key, const char* def, const std::strin
 class ProfileRead : public ::testing::TestWithParam<const char*> {
 protected:
   void SetUp() override {
-    const std::string text = vh::test::Fixture("read_rules.ini");
+    const std::string text = vh::test::ReadFile(VH_SETTINGS_FIXTURES "/read_rules.ini");
     ASSERT_FALSE(text.empty());
     vh::test::WriteFile(file_, vh::test::WithBreaks(text, GetParam()));
   }

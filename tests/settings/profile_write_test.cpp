@@ -20,7 +20,7 @@ using vh::test::WriteFile;
 TEST(ProfileWrite, EditsLandWhereExpectedAndTheRestStays) {
   TempDir dir;
   const std::string file = dir.file("w.ini");
-  WriteFile(file, WithBreaks(vh::test::Fixture("write_base.ini"), "\r\n"));
+  WriteFile(file, WithBreaks(vh::test::ReadFile(VH_SETTINGS_FIXTURES "/write_base.ini"), "\r\n"));
 
   EXPECT_EQ(Put("a", "ONE", "uno", file), 1);
   EXPECT_EQ(Put("A", "two", "2", file), 1);
@@ -30,7 +30,8 @@ TEST(ProfileWrite, EditsLandWhereExpectedAndTheRestStays) {
   EXPECT_EQ(Put("A", "one", nullptr, file), 1);
   EXPECT_EQ(Put("B", nullptr, nullptr, file), 1);
 
-  EXPECT_EQ(ReadFile(file), WithBreaks(vh::test::Fixture("write_base.golden"), "\r\n"));
+  EXPECT_EQ(ReadFile(file),
+            WithBreaks(vh::test::ReadFile(VH_SETTINGS_FIXTURES "/write_base.golden"), "\r\n"));
   // The key deleted from the first [A] is not found in the second one.
   EXPECT_EQ(Get("A", "one", file), "<default>");
   EXPECT_EQ(Get("C", "x", file), "spaced");

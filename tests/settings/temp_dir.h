@@ -1,5 +1,5 @@
-// A fresh directory per test, removed afterwards, and whole-file and
-// profile-reading helpers shared by the settings tests.
+// A fresh directory per test, removed afterwards (the back-end tests use it
+// too), and whole-file and profile helpers shared by the settings tests.
 #pragma once
 
 #include <filesystem>
@@ -45,12 +45,6 @@ inline void WriteFile(const std::string& path, const std::string& content) {
 inline std::string ReadFile(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-// The fixture folder's path is compiled in, so a test finds it from any
-// working directory.
-inline std::string Fixture(const std::string& name) {
-  return ReadFile(std::string(VH_SETTINGS_FIXTURES) + "/" + name);
 }
 
 // Files beside `dir` other than `keep`: temporaries a write left behind.
