@@ -111,32 +111,29 @@ TEST_F(TransferTest, LimitsAndEffects) {
   }
 }
 
-TEST_F(TransferTest, MarkRaisesTheSegmentLienAndUnmarkLowersIt) {
+// A mark raises the segment's lien and shows in the next holdings answer; an
+// unmark by ISIN alone takes both back.
+TEST_F(TransferTest, MarkAndUnmarkMoveTheLienAndTheNextAnswer) {
   const int64_t close = Count("SELECT close_paise FROM scrip WHERE id=" + scrip_);
   const int64_t haircut = Count("SELECT haircut_bp FROM holding" + Where());
   const int64_t fo = Lien("FO"), cur = Lien("CUR");
+  const std::string token = Str("SELECT nse_token FROM scrip WHERE id=" + scrip_);
+  const auto shown = [&] {
+    TestClient c(server_->port());
+    std::string texts;
+    for (const auto& r :
+         c.Ask(MakeRequest("display_holding_detail", {{54001, client_}, {31003, "RMS2"}})).records)
+      if (Text(r, 10100) == token && Text(r, 64030) == product_)
+        texts += Text(r, 64044) + "/" + Text(r, 64300) + " ";
+    return texts;
+  };
   Transfer("MF", "100", "RMS2");
   EXPECT_EQ(Lien("FO"), fo + 100 * close * (10000 - haircut) / 10000);
   EXPECT_EQ(Lien("CUR"), cur);
+  EXPECT_EQ(shown(), "900/200 ");
   Transfer("UF", "100", "RMS2", /*byIsinOnly=*/true);
   EXPECT_EQ(Lien("FO"), fo);
-  EXPECT_EQ(Get()[1], 100);
-}
-
-TEST_F(TransferTest, TheNextHoldingsAnswerShowsTheChange) {
-  Transfer("MF", "5", "RMS2");
-  TestClient c(server_->port());
-  const Stream s =
-      c.Ask(MakeRequest("display_holding_detail", {{54001, client_}, {31003, "RMS2"}}));
-  const std::string token = Str("SELECT nse_token FROM scrip WHERE id=" + scrip_);
-  int found = 0;
-  for (const auto& r : s.records)
-    if (Text(r, 10100) == token && Text(r, 64030) == product_) {
-      ++found;
-      EXPECT_EQ(Text(r, 64044), "995");
-      EXPECT_EQ(Text(r, 64300), "105");
-    }
-  EXPECT_EQ(found, 1);
+  EXPECT_EQ(shown(), "1000/100 ");
 }
 
 TEST_F(TransferTest, PresentValuesFollowATransfer) {
