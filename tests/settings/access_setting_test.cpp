@@ -23,19 +23,6 @@ protected:
   vh::ScopedMessageRecorder recorder_;
 };
 
-TEST_F(AccessSetting, SettingValuesLiveInTheCommandLineDirectory) {
-  std::string value = "v1";
-  ASSERT_EQ(vh::AccessSettingValue(vh::kSettingWrite, "SEC", "Key", value, "Other.ini"), 1);
-  EXPECT_EQ(ReadFile(cmd_.file("Other.ini")), "[SEC]\r\nKey=v1\r\n");
-  EXPECT_FALSE(std::filesystem::exists(grid_.file("Other.ini")));
-
-  std::string read = "stale";
-  EXPECT_EQ(vh::AccessSettingValue(vh::kSettingRead, "sec", "key", read, "Other.ini"), 1);
-  EXPECT_EQ(read, "v1");
-  EXPECT_TRUE(recorder_.statuses().empty());
-  EXPECT_TRUE(recorder_.messages().empty());
-}
-
 TEST_F(AccessSetting, SettingValueReadOutcomes) {
   WriteFile(cmd_.file("U.ini"),
             "[S]\nempty=\nblank= \nliteral=Key not found\nlong=" + std::string(5000, 'x') + "\n");
