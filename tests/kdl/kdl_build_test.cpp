@@ -36,30 +36,25 @@ TEST(KdlBuild, EncodesFieldsInFirstAddedOrderWithRepeatsMerged) {
     std::vector<Add> adds;
     std::string expected;
   } cases[] = {
+      // clang-format off
       {"empty", {}, U32(0)},
-      {"one field",
-       {{0, {"display_holding_detail"}}},
+      {"one field", {{0, {"display_holding_detail"}}},
        U32(1) + FieldBytes(0, {"display_holding_detail"})},
       {"zero-value field", {{7, {}}}, U32(1) + FieldBytes(7, {})},
       {"empty value", {{7, {""}}}, U32(1) + FieldBytes(7, {""})},
-      {"repeat of the first field moves the rest",
-       {{0, {"a"}}, {9, {"b"}}, {0, {"cc"}}},
+      {"repeat of the first field moves the rest", {{0, {"a"}}, {9, {"b"}}, {0, {"cc"}}},
        U32(2) + FieldBytes(0, {"a", "cc"}) + FieldBytes(9, {"b"})},
-      {"repeat into a zero-value field",
-       {{1, {}}, {2, {"x"}}, {1, {"y"}}},
+      {"repeat into a zero-value field", {{1, {}}, {2, {"x"}}, {1, {"y"}}},
        U32(2) + FieldBytes(1, {"y"}) + FieldBytes(2, {"x"})},
-      {"repeat after an empty last value",
-       {{1, {""}}, {2, {"x"}}, {1, {"z"}}},
+      {"repeat after an empty last value", {{1, {""}}, {2, {"x"}}, {1, {"z"}}},
        U32(2) + FieldBytes(1, {"", "z"}) + FieldBytes(2, {"x"})},
-      {"count 0 on an existing field changes nothing",
-       {{1, {"a"}}, {1, {}}},
+      {"count 0 on an existing field changes nothing", {{1, {"a"}}, {1, {}}},
        U32(1) + FieldBytes(1, {"a"})},
-      {"several values in one call",
-       {{5, {"1", "22", "333"}}, {5, {"4"}}},
+      {"several values in one call", {{5, {"1", "22", "333"}}, {5, {"4"}}},
        U32(1) + FieldBytes(5, {"1", "22", "333", "4"})},
-      {"tags at the limits",
-       {{0xFFFFFFFF, {"hi"}}, {0, {"lo"}}},
+      {"tags at the limits", {{0xFFFFFFFF, {"hi"}}, {0, {"lo"}}},
        U32(2) + FieldBytes(0xFFFFFFFF, {"hi"}) + FieldBytes(0, {"lo"})},
+      // clang-format on
   };
   for (const auto& c : cases)
     EXPECT_EQ(Build(c.adds), c.expected) << c.name;
