@@ -53,7 +53,6 @@ TEST(ProfileWrite, SmallEdits) {
       {"CR-only file: key found and replaced", "[S]\rk=1\rm=2\r", "S", "k", "9",
        "[S]\rk=9\r\nm=2\r"},
       {"replaced last line gets a break", "[S]\nk=1", "S", "k", "9", "[S]\nk=9\r\n"},
-      {"replaced line in an LF file", "[S]\nk=1\nm=2\n", "S", "k", "9", "[S]\nk=9\r\nm=2\n"},
       {"new section after a last line without break", "[S]\r\nk=1", "T", "n", "2",
        "[S]\r\nk=1\r\n[T]\r\nn=2\r\n"},
       {"value written as given", "[S]\nk=1\n", "S", "k", "  'q'  ", "[S]\nk=  'q'  \r\n"},
