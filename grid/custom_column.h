@@ -8,8 +8,8 @@
 // EvaluateExpression and shown with two decimals.
 //
 // Two ways to compute the same thing:
-//  - CalculateCustomColumnValue works on the texts every time, exactly as
-//    the behaviour is written;
+//  - CalculateCustomColumnValue works on the texts every time, the plain
+//    way that everything else is measured against;
 //  - CompiledCustomColumn prepares the stored expression once and, for the
 //    cell texts that occur in practice, evaluates without re-reading any
 //    text. Its results (texts, return values, messages shown, cells fetched
@@ -41,7 +41,7 @@ enum CustomCellResult : int {
   // being computed; the text is unchanged, and so is every cell on the
   // cycle up to the one first requested.
   kCustomCycle = -1,
-  // Unchanged, as the rules say: not a custom column, a referenced cell
+  // Unchanged on purpose: not a custom column, a referenced cell
   // could not be fetched, a divisor that is no number (code 3 or 4), or an
   // invalid expression (code 4, after the message box).
   kCustomUnchanged = 0,

@@ -153,7 +153,7 @@ std::string_view RowEngine::PassText(uint64_t itemData, int column, std::string&
 }
 
 bool RowEngine::GetCellText(uint64_t itemData, int column, std::string& text, CellStyle& style) {
-  if (!HasDataSource() || column < 0)
+  if (!HasDataSource())
     return false;
   return FetchCell(itemData, column, text, style);
 }

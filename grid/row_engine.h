@@ -152,10 +152,10 @@ public:
   // is shown there or the row has no item data; "no data descriptor
   // initialised" without a data source.
   std::string GetItemText(int position, int displayColumn);
-  // The text of `column` for `itemData`: false without a data source or for
-  // a negative column; true for a custom column (computed, never stored;
-  // `text` unchanged when it cannot be computed or refers to itself);
-  // otherwise the data source's result.
+  // The text of `column` for `itemData`: false without a data source; true
+  // for a custom column (computed, never stored; `text` unchanged when it
+  // cannot be computed or refers to itself); otherwise, a negative column
+  // included, the data source's result.
   bool GetCellText(uint64_t itemData, int column, std::string& text, CellStyle& style) override;
   using CellTextSource::GetCellText;
 

@@ -20,7 +20,7 @@ constexpr int64_t kMaxUserType = 255;
 // Binds one row's fields to `s`; returns an empty text, or why the row is bad.
 using Binder = std::function<std::string(const Fields&, Stmt& s)>;
 
-struct FileSpec {
+struct CsvTable {
   const char* name;
   const char* header;
   const char* sql; // one or more statements, all bound alike
@@ -148,7 +148,7 @@ std::string BindPair(const Fields& f, Stmt& s) {
   return {};
 }
 
-const FileSpec kFiles[] = {
+const CsvTable kFiles[] = {
     {"scrips.csv",
      "isin,name,close,lot_size,nse_symbol,nse_series,nse_token,bse_code,bse_symbol,"
      "bse_group",
@@ -205,9 +205,9 @@ std::vector<Stmt> PrepareAll(Db& db, const char* sql, std::string* error) {
 }
 
 // Empty when the row went in; otherwise why it is bad.
-std::string RunRow(Db& db, const FileSpec& spec, std::vector<Stmt>& stmts, const Fields& f) {
+std::string RunRow(Db& db, const CsvTable& table, std::vector<Stmt>& stmts, const Fields& f) {
   for (Stmt& s : stmts) {
-    if (std::string why = spec.bind(f, s); !why.empty()) {
+    if (std::string why = table.bind(f, s); !why.empty()) {
       s.Reset();
       return why;
     }
@@ -218,12 +218,12 @@ std::string RunRow(Db& db, const FileSpec& spec, std::vector<Stmt>& stmts, const
       return why.find("FOREIGN KEY") != std::string::npos ? "unknown client or user id" : why;
     }
   }
-  if (spec.noRow && db.Changes() == 0)
-    return std::string(spec.noRow) + " " + f[1];
+  if (table.noRow && db.Changes() == 0)
+    return std::string(table.noRow) + " " + f[1];
   return {};
 }
 
-bool ImportFile(Db& db, const FileSpec& spec, const std::filesystem::path& path,
+bool ImportFile(Db& db, const CsvTable& table, const std::filesystem::path& path,
                 ImportReport* report, std::string* error) {
   std::ifstream in(path, std::ios::binary);
   if (!in) {
@@ -234,18 +234,18 @@ bool ImportFile(Db& db, const FileSpec& spec, const std::filesystem::path& path,
   std::getline(in, line);
   if (!line.empty() && line.back() == '\r')
     line.pop_back();
-  if (line != spec.header) {
-    *error = std::string(spec.name) + ":1: header must be '" + spec.header + "'";
+  if (line != table.header) {
+    *error = std::string(table.name) + ":1: header must be '" + table.header + "'";
     return false;
   }
-  const size_t columns = CountColumns(spec.header);
-  std::vector<Stmt> stmts = PrepareAll(db, spec.sql, error);
+  const size_t columns = CountColumns(table.header);
+  std::vector<Stmt> stmts = PrepareAll(db, table.sql, error);
   if (stmts.empty())
     return false;
   for (int64_t number = 2; std::getline(in, line); ++number) {
     if (line.empty() || line == "\r")
       continue;
-    const auto where = std::string(spec.name) + ":" + std::to_string(number) + ": ";
+    const auto where = std::string(table.name) + ":" + std::to_string(number) + ": ";
     const auto fields = SplitCsvLine(line);
     std::string why;
     if (!fields)
@@ -253,7 +253,7 @@ bool ImportFile(Db& db, const FileSpec& spec, const std::filesystem::path& path,
     else if (fields->size() != columns)
       why = std::to_string(fields->size()) + " columns, expected " + std::to_string(columns);
     else
-      why = RunRow(db, spec, stmts, *fields);
+      why = RunRow(db, table, stmts, *fields);
     if (why.empty()) {
       ++report->rows;
     } else if (why.front() == '!') {
@@ -279,13 +279,13 @@ bool ImportCsvDir(Db& db, const std::string& dir, ImportReport* report, std::str
     *error = "cannot start a transaction: " + db.LastError();
     return false;
   }
-  for (const FileSpec& spec : kFiles) {
-    const std::filesystem::path path = std::filesystem::path(dir) / spec.name;
+  for (const CsvTable& table : kFiles) {
+    const std::filesystem::path path = std::filesystem::path(dir) / table.name;
     std::error_code ec;
     if (!std::filesystem::is_regular_file(path, ec))
       continue;
     ++report->files;
-    if (!ImportFile(db, spec, path, report, error))
+    if (!ImportFile(db, table, path, report, error))
       return false;
   }
   if (report->files == 0) {

@@ -49,6 +49,8 @@ void Classify(std::string_view content, Line& line) {
   }
 }
 
+// A line without "=" holds no value: it is never found nor listed, but it
+// still belongs to its section when keys are placed or a section deleted.
 bool IsKeyLine(const Line& line) {
   return line.kind == LineKind::Entry || line.kind == LineKind::Bare;
 }
@@ -74,18 +76,17 @@ std::optional<SectionSpan> FindSection(const std::vector<Line>& lines, std::stri
 std::optional<size_t> FindKey(const std::vector<Line>& lines, SectionSpan span,
                               std::string_view key) {
   for (size_t i = span.header + 1; i < span.end; ++i) {
-    if (IsKeyLine(lines[i]) && SameName(lines[i].name, key))
+    if (lines[i].kind == LineKind::Entry && SameName(lines[i].name, key))
       return i;
   }
   return std::nullopt;
 }
 
-// Gives a text whose last line lacks its break one: the rest of a cut "\r\n",
-// or the file's break.
-void CompleteLastLine(std::string& text, std::string_view br) {
-  if (text.empty() || text.back() == '\n')
-    return;
-  text.append(text.back() == '\r' ? "\n" : br);
+// Gives a text whose last line lacks its break one, so that what follows
+// starts a line of its own.
+void CompleteLastLine(std::string& text) {
+  if (!text.empty() && text.back() != '\n' && text.back() != '\r')
+    text.append(kLineBreak);
 }
 
 // Inserts `newLines` (each already carrying its break) after the line
@@ -95,7 +96,7 @@ std::string InsertAfter(std::string_view text, const Line& after, std::string_vi
   std::string out;
   out.reserve(text.size() + newLines.size() + 2);
   out.append(text.substr(0, after.next));
-  CompleteLastLine(out, LineBreakOf(text));
+  CompleteLastLine(out);
   out.append(newLines);
   out.append(text.substr(after.next));
   return out;
@@ -116,15 +117,15 @@ std::vector<Line> ParseLines(std::string_view text) {
   while (pos < text.size()) {
     Line line;
     line.begin = pos;
-    size_t nl = text.find('\n', pos);
-    if (nl == std::string_view::npos) {
-      // A final "\r" is a line break cut short, as in a CRLF file truncated
-      // between its two bytes.
-      line.end = text.back() == '\r' ? text.size() - 1 : text.size();
+    // A line ends at CR LF, LF or a CR alone, whichever comes first.
+    const size_t br = text.find_first_of("\r\n", pos);
+    if (br == std::string_view::npos) {
+      line.end = text.size();
       line.next = text.size();
     } else {
-      line.end = (nl > pos && text[nl - 1] == '\r') ? nl - 1 : nl;
-      line.next = nl + 1;
+      line.end = br;
+      const bool crlf = text[br] == '\r' && br + 1 < text.size() && text[br + 1] == '\n';
+      line.next = br + (crlf ? 2 : 1);
     }
     Classify(text.substr(line.begin, line.end - line.begin), line);
     lines.push_back(line);
@@ -153,6 +154,10 @@ bool IsFindableSection(std::string_view name) {
 bool IsFindableKey(std::string_view name) {
   return !HasOuterBlank(name) && name.find('=') == std::string_view::npos &&
          (name.empty() || (name.front() != ';' && name.front() != '['));
+}
+
+bool IsCommentKey(std::string_view name) {
+  return !name.empty() && name.front() == ';';
 }
 
 std::optional<std::string_view> FindValue(std::string_view text, std::string_view section,
@@ -185,7 +190,7 @@ std::vector<std::string_view> KeyNames(std::string_view text, std::string_view s
   const std::vector<Line> lines = ParseLines(text);
   if (const auto span = FindSection(lines, section)) {
     for (size_t i = span->header + 1; i < span->end; ++i) {
-      if (IsKeyLine(lines[i]))
+      if (lines[i].kind == LineKind::Entry)
         names.push_back(lines[i].name);
     }
   }
@@ -195,20 +200,20 @@ std::vector<std::string_view> KeyNames(std::string_view text, std::string_view s
 std::string SetValue(std::string_view text, std::string_view section, std::string_view key,
                      std::string_view value) {
   const std::vector<Line> lines = ParseLines(text);
-  const std::string_view br = LineBreakOf(text);
   const auto span = FindSection(lines, section);
   if (!span) {
     // A new section goes at the end of the file.
     std::string out(text);
-    CompleteLastLine(out, br);
-    out.append(Joined("[", section, "]", br)).append(Joined(key, "=", value, br));
+    CompleteLastLine(out);
+    out.append(Joined("[", section, "]", kLineBreak)).append(Joined(key, "=", value, kLineBreak));
     return out;
   }
   if (const auto at = FindKey(lines, *span, key)) {
-    // The key keeps the spelling it has in the file.
+    // The key keeps the spelling it has in the file; the line is written
+    // anew, break included.
     const Line& line = lines[*at];
-    return Joined(text.substr(0, line.begin), Joined(line.name, "=", value, ""),
-                  text.substr(line.end), "");
+    return Joined(text.substr(0, line.begin), Joined(line.name, "=", value, kLineBreak),
+                  text.substr(line.next), "");
   }
   // A new key follows the last key line of the section; in a section without
   // keys it follows the last non-blank line, so that the blank lines that
@@ -224,7 +229,7 @@ std::string SetValue(std::string_view text, std::string_view section, std::strin
         after = i;
     }
   }
-  return InsertAfter(text, lines[after], Joined(key, "=", value, br));
+  return InsertAfter(text, lines[after], Joined(key, "=", value, kLineBreak));
 }
 
 std::string DeleteKey(std::string_view text, std::string_view section, std::string_view key) {
@@ -250,19 +255,6 @@ std::string DeleteSection(std::string_view text, std::string_view section) {
   const size_t tail = span->end < lines.size() ? lines[span->end].begin : text.size();
   out.append(text.substr(tail));
   return out;
-}
-
-std::string_view LineBreakOf(std::string_view text) {
-  const size_t nl = text.find('\n');
-  if (nl != std::string_view::npos)
-    return (nl > 0 && text[nl - 1] == '\r') ? "\r\n" : "\n";
-  if (!text.empty() && text.back() == '\r')
-    return "\r\n";
-#ifdef _WIN32
-  return "\r\n";
-#else
-  return "\n";
-#endif
 }
 
 } // namespace profile::detail

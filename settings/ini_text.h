@@ -2,13 +2,12 @@
 // the reader and the writer of profile.h share, and the edits the writer
 // makes. Private to settings/: the public contract is profile.h.
 //
-// Line grammar (one line = bytes up to "\n"; a "\r" just before it belongs to
-// the break, and so does a "\r" that ends the file):
+// Line grammar (one line = bytes up to a break: "\r\n", "\n" or "\r" alone):
 //   blanks  = { ' ', '\t', '\v' }
 //   section = blanks* "[" name ( "]" anything | end of line )   name trimmed of blanks
 //   comment = blanks* ";" anything
 //   entry   = blanks* key "=" value     key trimmed right, value trimmed both sides
-//   bare    = blanks* text (no "=")     a key with an empty value
+//   bare    = blanks* text (no "=")     no key: never found nor listed
 //   blank   = blanks*
 // Lines before the first section belong to no section and are never found.
 #pragma once
@@ -45,6 +44,11 @@ bool SameName(std::string_view a, std::string_view b);
 // either end of either.
 bool IsFindableSection(std::string_view name);
 bool IsFindableKey(std::string_view name);
+// A key starting with ";": its line is a comment.
+bool IsCommentKey(std::string_view name);
+
+// Every line written ends with it, whatever the file's other lines use.
+inline constexpr std::string_view kLineBreak = "\r\n";
 
 // Value of `key` in the first section named `section`, with one pair of
 // matching outer quotes removed; nullopt when the section or key is missing.
@@ -65,9 +69,5 @@ std::string DeleteKey(std::string_view text, std::string_view section, std::stri
 // The file text without the first `section`'s header and key lines; its
 // comments and blank lines stay.
 std::string DeleteSection(std::string_view text, std::string_view section);
-
-// The line break a new line gets: the file's first break, or the host's
-// convention ("\n" here, "\r\n" on Windows) when the file has none.
-std::string_view LineBreakOf(std::string_view text);
 
 } // namespace profile::detail

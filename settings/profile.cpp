@@ -83,19 +83,19 @@ int WritePrivateProfileStringA(const char* section, const char* key, const char*
     return 0;
   const std::string_view sectionName = TrimCallerName(section);
   const std::string_view keyName = key ? TrimCallerName(key) : std::string_view();
-  if (!IsFindableSection(sectionName) || (key && !IsFindableKey(keyName)))
+  // A comment key writes a comment line, which no read ever finds again.
+  const bool commentKey = key && IsCommentKey(keyName);
+  if (!IsFindableSection(sectionName) || (key && !commentKey && !IsFindableKey(keyName)))
     return 0;
   std::string text;
   const ReadStatus status = ReadWholeFile(fileName, text);
   if (status != ReadStatus::Ok && status != ReadStatus::Missing)
     return 0;
-  if (status == ReadStatus::Missing && (!key || !value))
-    return 1; // nothing to delete, and no file to create for it
   std::string updated;
   if (!key)
     updated = DeleteSection(text, sectionName);
   else if (!value)
-    updated = DeleteKey(text, sectionName, keyName);
+    updated = commentKey ? text : DeleteKey(text, sectionName, keyName);
   else
     updated = SetValue(text, sectionName, keyName, value);
   if (status == ReadStatus::Ok && updated == text)

@@ -231,7 +231,7 @@ void Cache_all_columns(benchmark::State& state) {
       double(engine.ResidentBytes()) / double(engine.RowCount());
 }
 
-// What the rules literally do, for comparison: convert both texts inside
+// The naive way, for comparison: convert both texts inside
 // every comparison of a quick sort.
 void LiteralSort(benchmark::State& state, int column, bool numeric) {
   RowEngine& engine = Loaded();

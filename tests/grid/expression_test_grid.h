@@ -29,10 +29,10 @@ public:
 
   bool GetCellText(uint64_t itemData, int column, std::string& text, CellStyle&) override {
     fetched.push_back(column);
-    if (column < 0 || failing.count(column))
+    if (failing.count(column))
       return false;
-    if (column < DataColumnCount()) {
-      text = data[static_cast<size_t>(column)];
+    if (column < DataColumnCount()) { // below 0: a column the data lacks
+      text = column < 0 ? "" : data[static_cast<size_t>(column)];
       return true;
     }
     const size_t k = static_cast<size_t>(column - DataColumnCount());

@@ -12,29 +12,28 @@ namespace vh::test {
 
 struct TextTable {
   std::vector<std::vector<std::string>> rows;
-  int calls = 0;
 
-  static int Fetch(void* owner, uint64_t item, int column, std::string& text, CellStyle& style) {
-    auto* table = static_cast<TextTable*>(owner);
-    ++table->calls;
-    if (item == 0 || item > table->rows.size())
-      return 0;
-    const auto& row = table->rows[item - 1];
-    if (column < 0 || size_t(column) >= row.size())
-      return 0;
-    text = row[size_t(column)];
-    style.textColour = int32_t(item);
-    return 1;
+  // The text at (item, column), or null for an item or column it lacks.
+  static const std::string* Cell(void* owner, uint64_t item, int column) {
+    auto& rows = static_cast<TextTable*>(owner)->rows;
+    if (item == 0 || item > rows.size() || column < 0 || size_t(column) >= rows[item - 1].size())
+      return nullptr;
+    return &rows[item - 1][size_t(column)];
   }
-
+  static int Fetch(void* owner, uint64_t item, int column, std::string& text, CellStyle& style) {
+    const std::string* cell = Cell(owner, item, column);
+    if (cell) {
+      text = *cell;
+      style.textColour = int32_t(item);
+    }
+    return cell != nullptr;
+  }
   // The same texts without a copy, for whole-column passes.
   static int View(void* owner, uint64_t item, int column, std::string_view& text) {
-    auto* table = static_cast<TextTable*>(owner);
-    if (item == 0 || item > table->rows.size() || column < 0 ||
-        size_t(column) >= table->rows[item - 1].size())
-      return 0;
-    text = table->rows[item - 1][size_t(column)];
-    return 1;
+    const std::string* cell = Cell(owner, item, column);
+    if (cell)
+      text = *cell;
+    return cell != nullptr;
   }
 };
 

@@ -14,10 +14,6 @@ struct Case {
 TEST(HostOptions, AcceptsAndRejects) {
   const Case cases[] = {
       {"nothing", {}, true, ""},
-      {"fullLogin",
-       {"--user", "U7", "--user-type", "2", "--rights", "A,B", "--backend", "127.0.0.1:7000"},
-       true,
-       ""},
       {"headlessScrip",
        {"--scrip", "NSE:ACME-EQ", "--snapshot", "v.png", "--wait-ms", "500"},
        true,

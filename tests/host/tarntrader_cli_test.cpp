@@ -57,9 +57,8 @@ TEST(TarntraderCli, ExitCodesAndMessages) {
   } cases[] = {
       {"help", {"--help"}, 0, "--scrip"},
       {"unknownOption", {"--frobnicate"}, 1, "frobnicate"},
-      {"missingPlugin",
-       {"--plugin", "/nonexistent/libnothing.so", "--client", "C1"},
-       1,
+      // clang-format off
+      {"missingPlugin", {"--plugin", "/nonexistent/libnothing.so", "--client", "C1"}, 1,
        "cannot load the plug-in"},
       {"unknownScrip", embedded + QStringList{"--scrip", "NSE:NOPE-EQ", "--wait-ms", "20000"}, 2,
        "unknown scrip NSE:NOPE-EQ"},
@@ -69,8 +68,8 @@ TEST(TarntraderCli, ExitCodesAndMessages) {
        "does not know user \"NOBODY\""},
       {"backEndNotThere",
        {"--plugin", VIEWHOLDINGS_PATH, "--backend", closed, "--client", "C1", "--wait-ms", "1500"},
-       1,
-       "cannot reach the back-end at 127.0.0.1:"},
+       1, "cannot reach the back-end at 127.0.0.1:"},
+       // clang-format on
   };
   for (const auto& c : cases) {
     const ProcessRun r = RunTarntrader(c.args, home.path());

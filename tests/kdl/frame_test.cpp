@@ -41,19 +41,6 @@ TEST(Frame, SplitsAStreamHoweverItArrives) {
   }
 }
 
-TEST(Frame, KeepsAPartialFrameUntilTheRestArrives) {
-  kdl::FrameSplitter s(1024);
-  std::string stream;
-  kdl::AppendFrame(stream, "abcdef");
-  std::string_view payload;
-  ASSERT_TRUE(s.Feed(stream.data(), 7));
-  EXPECT_FALSE(s.Next(&payload));
-  EXPECT_EQ(s.pending(), 7u);
-  ASSERT_TRUE(s.Feed(stream.data() + 7, stream.size() - 7));
-  ASSERT_TRUE(s.Next(&payload));
-  EXPECT_EQ(payload, "abcdef");
-}
-
 TEST(Frame, OversizeLengthFailsTheStreamForGood) {
   const struct {
     const char* name;

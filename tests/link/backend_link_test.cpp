@@ -80,6 +80,7 @@ TEST_F(LinkTest, SendsNameThenFieldsInOrder) {
       {"empty text", CLinkRequest("x").Add(5, ""), {{0, {"x"}}, {5, {""}}}},
       {"user peer", UserPeerRequest("U9"), {{0, {"om_get_user_peer_data"}}, {31003, {"U9"}}}},
   };
+  // One link for all: a request that kept an earlier one's fields would show.
   for (const auto& c : cases) {
     recorder.clear();
     control.sent.clear();
@@ -94,76 +95,40 @@ TEST_F(LinkTest, SendsNameThenFieldsInOrder) {
   EXPECT_EQ(link.lastSlot(), 1u);
 }
 
-TEST_F(LinkTest, EveryRequestStartsFromAnEmptyMessage) {
-  CBackendLink link(&owner);
-  ASSERT_EQ(link.Send(CLinkRequest("a").Add(1, "x").Add(2, "y")), 1);
-  ASSERT_EQ(link.Send(CLinkRequest("b").Add(1, "z")), 1);
-  ASSERT_EQ(control.sent.size(), 2u);
-  EXPECT_EQ(control.sent[1], (Fields{{0, {"b"}}, {1, {"z"}}}));
-}
-
 TEST_F(LinkTest, FailuresReportTheirTextsAndSendNothing) {
   const std::string longText(200, 'x');
-  // 4 bytes of message plus 12 + length per single-value field.
-  const struct {
-    const char* name;
-    uint32_t scratch;
-    bool failSend;
-    CLinkRequest request;
-    Strings shown, statuses;
-  } cases[] = {
-      {"name does not fit",
-       20,
-       false,
-       CLinkRequest("display_holding_detail"),
-       {"display_holding_detail Request Failure"},
-       {}},
-      {"field does not fit",
-       40,
-       false,
-       CLinkRequest("mrv_cj").Add(63003, longText),
-       {"mrv_cj Request Failure"},
-       {}},
-      {"user id does not fit",
-       40,
-       false,
-       UserPeerRequest("U1"),
-       {"add source user id Request Failure"},
-       {}},
-      {"field failure composed, not shown",
-       40,
-       false,
-       CLinkRequest("mrv_cj")
-           .Add(63003, longText)
-           .OnFieldFailure(" Request Failure", Report::Status),
-       {},
-       {" Request Failure"}},
-      {"send refused",
-       4096,
-       true,
-       CLinkRequest("display_holding_detail").Add(54001, "C1"),
-       {"display_holding_detail Request Failure"},
-       {}},
-      {"send refused, status and box",
-       4096,
-       true,
-       CLinkRequest("om_stock_margin_transfer")
-           .OnSendFailure("om_stock_margin_transfer Request Failure", Report::ShowAndStatus),
-       {"om_stock_margin_transfer Request Failure"},
-       {"om_stock_margin_transfer Request Failure"}},
-  };
-  for (const auto& c : cases) {
-    CBackendLink link(&owner, c.scratch);
+  const auto fails = [&](uint32_t scratch, bool failSend, const CLinkRequest& request,
+                         const Strings& shown, const Strings& statuses, const char* name) {
+    CBackendLink link(&owner, scratch);
     recorder.clear();
     control.sent.clear();
     control.zeros.clear();
-    control.failSends = c.failSend;
-    EXPECT_EQ(link.Send(c.request), 0) << c.name;
-    EXPECT_TRUE(control.sent.empty()) << c.name;
-    EXPECT_EQ(control.zeros.size(), c.failSend ? 1u : 0u) << c.name << ": send attempted";
-    EXPECT_EQ(recorder.messages(), c.shown) << c.name;
-    EXPECT_EQ(recorder.statuses(), c.statuses) << c.name;
-  }
+    control.failSends = failSend;
+    EXPECT_EQ(link.Send(request), 0) << name;
+    EXPECT_TRUE(control.sent.empty()) << name;
+    EXPECT_EQ(control.zeros.size(), failSend ? 1u : 0u) << name << ": send attempted";
+    EXPECT_EQ(recorder.messages(), shown) << name;
+    EXPECT_EQ(recorder.statuses(), statuses) << name;
+  };
+  // 4 bytes of message plus 12 + length per single-value field.
+  fails(20, false, CLinkRequest("display_holding_detail"),
+        {"display_holding_detail Request Failure"}, {}, "name does not fit");
+  fails(40, false, CLinkRequest("mrv_cj").Add(63003, longText), {"mrv_cj Request Failure"}, {},
+        "field does not fit");
+  fails(40, false, UserPeerRequest("U1"), {"add source user id Request Failure"}, {},
+        "user id does not fit");
+  fails(40, false,
+        CLinkRequest("mrv_cj")
+            .Add(63003, longText)
+            .OnFieldFailure(" Request Failure", Report::Status),
+        {}, {" Request Failure"}, "field failure composed, not shown");
+  fails(4096, true, CLinkRequest("display_holding_detail").Add(54001, "C1"),
+        {"display_holding_detail Request Failure"}, {}, "send refused");
+  fails(4096, true,
+        CLinkRequest("om_stock_margin_transfer")
+            .OnSendFailure("om_stock_margin_transfer Request Failure", Report::ShowAndStatus),
+        {"om_stock_margin_transfer Request Failure"}, {"om_stock_margin_transfer Request Failure"},
+        "send refused, status and box");
 }
 
 TEST_F(LinkTest, HostWithoutAControlLeavesNothingToSendThrough) {

@@ -37,149 +37,95 @@ AnswerFields Price(const char* subKind) {
       {{kTagSubKind, subKind}, {6, "1234"}, {63100, "INFY-EQ"}, {32, "7"}, {63179, "99"}});
 }
 
-struct Case {
-  const char* name;
-  int clientIds;
-  std::vector<AnswerFields> answers;
-  std::vector<std::string> log;
-  std::vector<std::string> shown = {};
-  int nseLeft = 0, bseLeft = 0, topN = 0, lien = 0;
-};
-
-// Names the case in test listings instead of dumping its bytes.
-void PrintTo(const Case& c, std::ostream* os) {
-  *os << c.name;
-}
-
-class Dispatch : public testing::TestWithParam<Case> {};
-
-TEST_P(Dispatch, RoutesByNameStatusAndSubKind) {
-  const Case& c = GetParam();
+// Feeds `answers` to a receiver with an owner and both dialogs, and returns
+// the owner's calls in order, then what the dialogs received, the counters
+// left over and the messages shown.
+std::vector<std::string> Route(int clientIds, const std::vector<AnswerFields>& answers) {
   ScopedMessageRecorder recorder;
   RecordingOwner owner;
-  owner.clientIds = c.clientIds;
+  owner.clientIds = clientIds;
   RecordingHandler topN, lien;
   CAlwGrpReqRx rx(&owner);
   rx.SetTopNHandler(&topN);
   rx.SetLienHandler(&lien);
-  for (const AnswerFields& a : c.answers) {
+  for (const AnswerFields& a : answers) {
     kdl::Message m = Answer(a);
     rx.OnResponse(nullptr, m.get(), nullptr);
   }
-  EXPECT_EQ(owner.log, c.log);
-  EXPECT_EQ(recorder.messages(), c.shown);
-  EXPECT_EQ(rx.nsePositions(), c.nseLeft);
-  EXPECT_EQ(rx.bsePositions(), c.bseLeft);
-  EXPECT_EQ(topN.records, c.topN);
-  EXPECT_EQ(lien.records, c.lien);
+  std::vector<std::string> log = owner.log;
+  if (topN.records + lien.records > 0)
+    log.push_back("dialogs " + std::to_string(topN.records) + " " + std::to_string(lien.records));
+  if (rx.nsePositions() + rx.bsePositions() > 0)
+    log.push_back("left " + std::to_string(rx.nsePositions()) + " " +
+                  std::to_string(rx.bsePositions()));
+  for (const std::string& shown : recorder.messages())
+    log.push_back("shown " + shown);
+  return log;
 }
 
-const char* kFatal = "Fatal error.Please contact administrator.";
+using Log = std::vector<std::string>;
 
-const Case kCases[] = {
-    {"HoldingRecord", 0, {Record("display_holding_detail")}, {"holding"}},
-    {"HoldingEndReachesTheOwner", 0, {End("display_holding_detail")}, {"holding end 3"}},
-    {"HoldingStatusZeroIsFatal",
-     0,
-     {Record("display_holding_detail", {{kTagStatus, "0"}})},
-     {"holding end 1"},
-     {kFatal}},
-    {"OtherLetterCaseIsIgnored", 0, {Record("Display_Holding_Detail")}, {}},
-    {"UnknownNameIsIgnored", 0, {Record("display_holding_details")}, {}},
-    {"NoAnsweredNameIsIgnored", 0, {{{kTagStatus, "0"}}}, {}},
-    {"AnsweredNameWithoutValueIsIgnored", 0, {{{kTagAnsweredName, std::nullopt}}}, {}},
-    {"NseTreeCompletesAtTheClientCount",
-     2,
-     {Tree("NSE"), Tree("NSE"), Tree("NSE", true)},
-     {"position 0", "position 0", "nse lookup", "complete 0"}},
-    {"NseTreeCompletesPastTheClientCount",
-     1,
-     {Tree("NSE"), Tree("NSE"), Tree("NSE", true)},
-     {"position 0", "position 0", "nse lookup", "complete 0"}},
-    {"NseTreeShortOfTheCountKeepsCounting",
-     3,
-     {Tree("NSE"), Tree("NSE", true)},
-     {"position 0"},
-     {},
-     1},
-    {"BseTreeCompletesAtExactlyTheCountWithoutLookup",
-     2,
-     {Tree("BSE"), Tree("BSE"), Tree("BSE", true)},
-     {"position 1", "position 1", "complete 1"}},
-    {"BseTreePastTheCountNeverCompletes",
-     1,
-     {Tree("BSE"), Tree("BSE"), Tree("BSE", true)},
-     {"position 1", "position 1"},
-     {},
-     0,
-     2},
-    {"CountersAreSeparate",
-     1,
-     {Tree("BSE"), Tree("NSE"), Tree("NSE", true), Tree("BSE", true)},
-     {"position 1", "position 0", "nse lookup", "complete 0", "complete 1"}},
-    {"NseEndWithNoRecordsCompletesWhenThereAreNoClients",
-     0,
-     {Tree("NSE", true), Tree("BSE", true)},
-     {"nse lookup", "complete 0", "complete 1"}},
-    {"TreeOfAnotherSubKindIsIgnored", 0, {Tree("CSE"), Tree("CSE", true), Tree("nse")}, {}},
-    {"TreeSubKindIsReadBeforeTheStatus",
-     0,
-     {Record("mrv_positions_scp_show_tree", {{kTagStatus, "0"}})},
-     {}},
-    {"AllPositions",
-     0,
-     {Record("mrv_positions_scp_show_tree_all"), End("mrv_positions_scp_show_tree_all")},
-     {"all-positions", "all-positions end"}},
-    {"PricesPerExchange",
-     0,
-     {Price("NSE_LTP"), Price("BSE_LTP"), Price("CSE_LTP"), End("mrv_master")},
-     {"price 0 1234 INFY-EQ 7 99", "price 1 1234 INFY-EQ 7 99", "price 2 1234 INFY-EQ 7 99",
-      "prices end"}},
-    {"PriceOfAnotherSubKindIsIgnored", 0, {Price("NSE"), Price("nse_ltp")}, {}},
-    {"PriceSubKindIsNotReadOnAnEnd",
-     0,
-     {End("mrv_master", {{kTagSubKind, "junk"}})},
-     {"prices end"}},
-    {"PriceWithUnreadableValues",
-     0,
-     {Record("mrv_master", {{kTagSubKind, "BSE_LTP"}, {6, "x"}, {32, std::nullopt}})},
-     {"price 1 0  0 0"}},
-    {"PresentValues",
-     0,
-     {Record("om_get_prsnt_values"), Record("om_get_prsnt_values"), End("om_get_prsnt_values")},
-     {"present-values", "present-values", "present-values end"}},
-    {"MrvCj", 0, {Record("mrv_cj"), End("mrv_cj")}, {"mrv_cj"}},
-    {"TopTenGoesToItsDialog",
-     0,
-     {Record("rs_display_topten_holdings"), End("rs_display_topten_holdings")},
-     {},
-     {},
-     0,
-     0,
-     1},
-    {"LienReportsGoToTheirDialogAndEndWithAnEmptyStatus",
-     0,
-     {Record("om_get_client_reports"), Record("om_get_client_reports"),
-      Record("om_get_client_reports", {{kTagStatus, std::nullopt}})},
-     {},
-     {"Lien Report Download Completed."},
-     0,
-     0,
-     0,
-     2},
-    {"PeerValue",
-     0,
-     {Record("om_get_user_peer_data", {{kTagPeerValue, "P7"}}),
-      Record("om_get_user_peer_data", {{kTagPeerValue, ""}})},
-     {"peer P7", "peer "}},
-    {"PeerValueMissingOrEnded",
-     0,
-     {Record("om_get_user_peer_data"), End("om_get_user_peer_data", {{kTagPeerValue, "P7"}})},
-     {}},
-};
+TEST(Dispatch, EveryNameReachesItsHandler) {
+  EXPECT_EQ(Route(0, {Record("display_holding_detail"), End("display_holding_detail"),
+                      Record("mrv_positions_scp_show_tree_all"),
+                      End("mrv_positions_scp_show_tree_all"), Record("om_get_prsnt_values"),
+                      End("om_get_prsnt_values"), Record("mrv_cj"), End("mrv_cj"),
+                      Record("rs_display_topten_holdings"), End("rs_display_topten_holdings"),
+                      Record("om_get_client_reports"), Record("om_get_client_reports"),
+                      Record("om_get_client_reports", {{kTagStatus, std::nullopt}})}),
+            (Log{"holding", "holding end 3", "all-positions", "all-positions end", "present-values",
+                 "present-values end", "mrv_cj", "dialogs 1 2",
+                 "shown Lien Report Download Completed."}));
+  EXPECT_EQ(Route(0, {Record("display_holding_detail", {{kTagStatus, "0"}})}),
+            (Log{"holding end 1", "shown Fatal error.Please contact administrator."}));
+  EXPECT_EQ(Route(0, {Record("Display_Holding_Detail"),
+                      Record("display_holding_details"),
+                      {{kTagStatus, "0"}},
+                      {{kTagAnsweredName, std::nullopt}}}),
+            Log{})
+      << "other names, and answers without one, are ignored";
+}
 
-INSTANTIATE_TEST_SUITE_P(Table, Dispatch, testing::ValuesIn(kCases),
-                         [](const testing::TestParamInfo<Case>& info) { return info.param.name; });
+// NSE completes at or past the client count, with a symbol lookup; BSE only
+// at exactly the count, without one.
+TEST(Dispatch, PositionTreesCountTowardsTheClientCount) {
+  const Log nseDone = {"position 0", "position 0", "nse lookup", "complete 0"};
+  EXPECT_EQ(Route(2, {Tree("NSE"), Tree("NSE"), Tree("NSE", true)}), nseDone);
+  EXPECT_EQ(Route(1, {Tree("NSE"), Tree("NSE"), Tree("NSE", true)}), nseDone);
+  EXPECT_EQ(Route(3, {Tree("NSE"), Tree("NSE", true)}), (Log{"position 0", "left 1 0"}));
+  EXPECT_EQ(Route(2, {Tree("BSE"), Tree("BSE"), Tree("BSE", true)}),
+            (Log{"position 1", "position 1", "complete 1"}));
+  EXPECT_EQ(Route(1, {Tree("BSE"), Tree("BSE"), Tree("BSE", true)}),
+            (Log{"position 1", "position 1", "left 0 2"}));
+  EXPECT_EQ(Route(1, {Tree("BSE"), Tree("NSE"), Tree("NSE", true), Tree("BSE", true)}),
+            (Log{"position 1", "position 0", "nse lookup", "complete 0", "complete 1"}))
+      << "separate counters";
+  EXPECT_EQ(Route(0, {Tree("NSE", true), Tree("BSE", true)}),
+            (Log{"nse lookup", "complete 0", "complete 1"}))
+      << "no clients: an end alone completes";
+  EXPECT_EQ(Route(0, {Tree("CSE"), Tree("CSE", true), Tree("nse"),
+                      Record("mrv_positions_scp_show_tree", {{kTagStatus, "0"}})}),
+            Log{})
+      << "the sub-kind is read first, and only NSE or BSE count";
+}
+
+TEST(Dispatch, PricesAndPeerValues) {
+  EXPECT_EQ(Route(0, {Price("NSE_LTP"), Price("BSE_LTP"), Price("CSE_LTP"), Price("NSE"),
+                      Price("nse_ltp"), End("mrv_master", {{kTagSubKind, "junk"}})}),
+            (Log{"price 0 1234 INFY-EQ 7 99", "price 1 1234 INFY-EQ 7 99",
+                 "price 2 1234 INFY-EQ 7 99", "prices end"}))
+      << "the sub-kind is read on records only";
+  EXPECT_EQ(
+      Route(0, {Record("mrv_master", {{kTagSubKind, "BSE_LTP"}, {6, "x"}, {32, std::nullopt}})}),
+      Log{"price 1 0  0 0"})
+      << "unreadable values";
+  EXPECT_EQ(Route(0, {Record("om_get_user_peer_data", {{kTagPeerValue, "P7"}}),
+                      Record("om_get_user_peer_data", {{kTagPeerValue, ""}}),
+                      Record("om_get_user_peer_data"),
+                      End("om_get_user_peer_data", {{kTagPeerValue, "P8"}})}),
+            (Log{"peer P7", "peer "}))
+      << "only a record that has the value";
+}
 
 TEST(DispatchWithoutOwners, ChecksStatusButRoutesNothing) {
   ScopedMessageRecorder recorder;

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 
 #include "common/message.h"
@@ -13,22 +14,15 @@ using namespace vh;
 
 namespace {
 
+// Tag 7's digit lies past the long reader's 31 characters, tag 8's number
+// past the double reader's 63.
 kdl::Message Numbers() {
-  return Answer({
-      {1, "42"},
-      {2, "  -17xyz"},
-      {3, "abc"},
-      {4, ""},
-      {5, "99999999999"},
-      {6, "-99999999999"},
-      {7, std::string(31, ' ') + "7"}, // the digit is past the long reader's 31 characters
-      {8, std::string(63, ' ') + "2.5"},
-      {9, std::string(40, ' ') + "2.5"},
-      {10, "3.25e2"},
-      {11, std::nullopt},
-      {12, "1"},
-      {12, "2"},
-  });
+  // clang-format off
+  return Answer({{1, "42"}, {2, "  -17xyz"}, {3, "abc"}, {4, ""}, {5, "99999999999"},
+                 {6, "-99999999999"}, {7, std::string(31, ' ') + "7"},
+                 {8, std::string(63, ' ') + "2.5"}, {9, std::string(40, ' ') + "2.5"},
+                 {10, "3.25e2"}, {11, std::nullopt}, {12, "1"}, {12, "2"}});
+  // clang-format on
 }
 
 TEST(FieldReaders, ConvertLikeTheCLibraryWithinTheirBuffers) {
@@ -38,17 +32,12 @@ TEST(FieldReaders, ConvertLikeTheCLibraryWithinTheirBuffers) {
     int32_t asLong, asInt;
     double asDouble;
   } cases[] = {
-      {1, 0, 42, 42, 42.0},
-      {2, 0, -17, -17, -17.0},
-      {3, 0, 0, 0, 0.0},
-      {4, 0, 0, 0, 0.0},
-      {5, 0, INT32_MAX, INT32_MAX, 99999999999.0},
-      {6, 0, INT32_MIN, INT32_MIN, -99999999999.0},
-      {7, 0, 0, 7, 7.0},
-      {8, 0, 0, 2, 0.0},
-      {9, 0, 0, 2, 2.5},
-      {10, 0, 3, 3, 325.0},
+      // clang-format off
+      {1, 0, 42, 42, 42.0}, {2, 0, -17, -17, -17.0}, {3, 0, 0, 0, 0.0}, {4, 0, 0, 0, 0.0},
+      {5, 0, INT32_MAX, INT32_MAX, 99999999999.0}, {6, 0, INT32_MIN, INT32_MIN, -99999999999.0},
+      {7, 0, 0, 7, 7.0}, {8, 0, 0, 2, 0.0}, {9, 0, 0, 2, 2.5}, {10, 0, 3, 3, 325.0},
       {12, 1, 2, 2, 2.0},
+      // clang-format on
   };
   for (const auto& c : cases) {
     int32_t l = -1, i = -1, kind = 0;
@@ -79,20 +68,19 @@ TEST(FieldReaders, FailuresSetTheKindAndKeepNumbers) {
       {"library failure other than not-found", unstarted, 1, 0, kReaderFailed},
   };
   for (const auto& c : cases) {
-    int32_t l = 11, i = 12, kind = 0;
+    int32_t l = 11, i = 12;
     double d = 13.5;
     std::string text = "previous";
-    EXPECT_EQ(ReadLongField(c.msg, c.tag, c.index, &l, &kind), 0) << c.name;
-    EXPECT_EQ(kind, c.kind) << c.name;
-    kind = 0;
-    EXPECT_EQ(ReadIntField(c.msg, c.tag, c.index, &i, &kind), 0) << c.name;
-    EXPECT_EQ(kind, c.kind) << c.name;
-    kind = 0;
-    EXPECT_EQ(ReadDoubleField(c.msg, c.tag, c.index, &d, &kind), 0) << c.name;
-    EXPECT_EQ(kind, c.kind) << c.name;
-    kind = 0;
-    EXPECT_EQ(ReadTextField(c.msg, c.tag, c.index, &text, &kind), 0) << c.name;
-    EXPECT_EQ(kind, c.kind) << c.name;
+    const std::function<int(int32_t*)> readers[] = {
+        [&](int32_t* kind) { return ReadLongField(c.msg, c.tag, c.index, &l, kind); },
+        [&](int32_t* kind) { return ReadIntField(c.msg, c.tag, c.index, &i, kind); },
+        [&](int32_t* kind) { return ReadDoubleField(c.msg, c.tag, c.index, &d, kind); },
+        [&](int32_t* kind) { return ReadTextField(c.msg, c.tag, c.index, &text, kind); }};
+    for (const auto& read : readers) {
+      int32_t kind = 0;
+      EXPECT_EQ(read(&kind), 0) << c.name;
+      EXPECT_EQ(kind, c.kind) << c.name;
+    }
     EXPECT_EQ(l, 11) << c.name;
     EXPECT_EQ(i, 12) << c.name;
     EXPECT_EQ(d, 13.5) << c.name;
@@ -115,50 +103,28 @@ TEST(FieldReaders, TextIsExactlyTheValue) {
 }
 
 TEST(ResponseStatus, DataRecordsEndsAndFailures) {
-  const char* fatal = "Fatal error.Please contact administrator.";
-  const char* lien = "Lien Report Download Completed.";
-  const struct {
-    const char* name;
-    const char* request;
-    AnswerFields fields;
-    int status;
-    int32_t kind;
-    std::vector<std::string> shown;
-  } cases[] = {
-      {"no status field: a record", "display_holding_detail", {{kTagAnsweredName, "x"}}, 5, 0, {}},
-      {"status 12", "display_holding_detail", {{kTagStatus, "12"}}, 12, 0, {}},
-      {"status -3", "mrv_master", {{kTagStatus, "-3"}}, -3, 0, {}},
-      {"status 5 in the field", "mrv_master", {{kTagStatus, "5"}}, 5, 0, {}},
-      {"status 0", "display_holding_detail", {{kTagStatus, "0"}}, 1, 0, {fatal}},
-      {"non-numeric status counts as 0", "mrv_cj", {{kTagStatus, "end"}}, 1, 0, {fatal}},
-      {"empty status text counts as 0", "mrv_cj", {{kTagStatus, ""}}, 1, 0, {fatal}},
-      {"status without value, lien reports",
-       "om_get_client_reports",
-       {{kTagStatus, std::nullopt}},
-       1,
-       kReaderMissing,
-       {lien}},
-      {"status without value, other request",
-       "display_holding_detail",
-       {{kTagStatus, std::nullopt}},
-       1,
-       kReaderMissing,
-       {}},
-      {"status 0 for lien reports is still fatal",
-       "om_get_client_reports",
-       {{kTagStatus, "0"}},
-       1,
-       0,
-       {fatal}},
-  };
-  for (const auto& c : cases) {
+  const std::string fatal = "Fatal error.Please contact administrator.";
+  const auto check = [](const char* request, AnswerFields fields, int status, int32_t kind,
+                        std::vector<std::string> shown, const char* name) {
     ScopedMessageRecorder recorder;
-    const kdl::Message m = Answer(c.fields);
-    int32_t kind = 0;
-    EXPECT_EQ(CheckResponseStatus(m.get(), c.request, &kind, 1), c.status) << c.name;
-    EXPECT_EQ(kind, c.kind) << c.name;
-    EXPECT_EQ(recorder.messages(), c.shown) << c.name;
-  }
+    const kdl::Message m = Answer(fields);
+    int32_t got = 0;
+    EXPECT_EQ(CheckResponseStatus(m.get(), request, &got, 1), status) << name;
+    EXPECT_EQ(got, kind) << name;
+    EXPECT_EQ(recorder.messages(), shown) << name;
+  };
+  const std::optional<std::string> none;
+  check("display_holding_detail", {{kTagAnsweredName, "x"}}, 5, 0, {}, "no status: a record");
+  check("display_holding_detail", {{kTagStatus, "12"}}, 12, 0, {}, "status 12");
+  check("mrv_master", {{kTagStatus, "-3"}}, -3, 0, {}, "status -3");
+  check("display_holding_detail", {{kTagStatus, "0"}}, 1, 0, {fatal}, "status 0");
+  check("mrv_cj", {{kTagStatus, "end"}}, 1, 0, {fatal}, "non-numeric status counts as 0");
+  check("om_get_client_reports", {{kTagStatus, none}}, 1, kReaderMissing,
+        {"Lien Report Download Completed."}, "status without value, lien reports");
+  check("display_holding_detail", {{kTagStatus, none}}, 1, kReaderMissing, {},
+        "status without value, other request");
+  check("om_get_client_reports", {{kTagStatus, "0"}}, 1, 0, {fatal},
+        "status 0 for lien reports is still fatal");
 }
 
 } // namespace

@@ -16,21 +16,18 @@ HostCalls& Calls() {
   return calls;
 }
 
-extern "C" __attribute__((visibility("default"))) int pu_is_actionright_enabled(const char* name) {
-  Calls().actionRightQueries.append(QString::fromUtf8(name));
-  return Calls().grantMarkUnmark ? 1 : 0;
+extern "C" __attribute__((visibility("default"))) int pu_is_actionright_enabled(const char*) {
+  return 1;
 }
 
 extern "C" __attribute__((visibility("default"))) void pu_load_exchange_combo(QWidget* dialog,
                                                                               int id) {
-  ++Calls().exchangeComboLoads;
   if (auto* combo = qobject_cast<QComboBox*>(GetDlgItem(dialog, id)))
     combo->addItems({"NSE", "BSE"});
 }
 
 extern "C" __attribute__((visibility("default"))) void pu_load_client_id_combo(QWidget* dialog,
                                                                                int id) {
-  ++Calls().clientComboLoads;
   if (auto* combo = qobject_cast<QComboBox*>(GetDlgItem(dialog, id)))
     combo->addItems({"C000001", "C000002"});
 }

@@ -8,11 +8,6 @@
 
 namespace {
 
-LoadedPlugin& Plugin() {
-  static LoadedPlugin plugin;
-  return plugin;
-}
-
 TEST(IncompatibleHost, EveryInitShowsTheMessageAndNoWindowAppears) {
   QWidget frame;
   TarnHostContext ctx{};
@@ -30,10 +25,5 @@ TEST(IncompatibleHost, EveryInitShowsTheMessageAndNoWindowAppears) {
 } // namespace
 
 int main(int argc, char** argv) {
-  QApplication app(argc, argv);
-  InstallPluginMessageCapture();
-  ::testing::InitGoogleTest(&argc, argv);
-  if (!Plugin().load())
-    return 1;
-  return RUN_ALL_TESTS();
+  return RunPluginTests(argc, argv);
 }

@@ -32,7 +32,18 @@ struct LoadedPlugin {
   }
 };
 
+// The one loaded plug-in of the test program.
+inline LoadedPlugin& Plugin() {
+  static LoadedPlugin plugin;
+  return plugin;
+}
+
 // Messages the plug-in showed, in order (its sink logs them under
 // "viewholdings.message" when there is no screen to show a box on).
 QStringList& PluginMessages();
 void InstallPluginMessageCapture();
+
+// The main of a plug-in test: an application, the message capture, the
+// plug-in loaded, every test run, then the plug-in unloaded as a host must,
+// while the statics its objects are attached to still exist.
+int RunPluginTests(int argc, char** argv);

@@ -1,5 +1,6 @@
 #include "loaded_plugin.h"
 
+#include <QApplication>
 #include <QtGlobal>
 
 QStringList& PluginMessages() {
@@ -12,4 +13,17 @@ void InstallPluginMessageCapture() {
     if (context.category && QByteArray(context.category) == "viewholdings.message")
       PluginMessages().append(text);
   });
+}
+
+int RunPluginTests(int argc, char** argv) {
+  QApplication app(argc, argv);
+  InstallPluginMessageCapture();
+  ::testing::InitGoogleTest(&argc, argv);
+  if (!Plugin().load()) {
+    fprintf(stderr, "cannot load %s: %s\n", VIEWHOLDINGS_PATH, dlerror());
+    return 1;
+  }
+  const int result = RUN_ALL_TESTS();
+  dlclose(Plugin().handle);
+  return result;
 }

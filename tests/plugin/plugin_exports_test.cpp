@@ -17,11 +17,6 @@ namespace {
 static_assert(offsetof(TarnHostContext, parentWindow) == 8 * sizeof(void*),
               "the parent window is the ninth pointer of the host context");
 
-LoadedPlugin& Plugin() {
-  static LoadedPlugin plugin;
-  return plugin;
-}
-
 QWidget* OpenViewWindow(QWidget* frame) {
   for (QWidget* w : QApplication::topLevelWidgets())
     if (w != frame && w->parentWidget() == frame && qobject_cast<QDialog*>(w))
@@ -29,26 +24,17 @@ QWidget* OpenViewWindow(QWidget* frame) {
   return nullptr;
 }
 
-TEST(PluginInfo, FixedValuesAreFilledBeforeAnyInit) {
-  QString name, version;
+TEST(PluginInfo, FixedValuesTheOneActionRightAndAnIgnoredMessage) {
+  QString name, version, title;
   uint32_t stamp = 0, code = 0;
   int marker = 0;
   EXPECT_EQ(Plugin().getInfo(&name, &version, &marker, &stamp, &code), 1);
-  EXPECT_EQ(name, "View Holdings");
-  EXPECT_EQ(version, "5.3.1.0");
-  EXPECT_EQ(stamp, 29032010u);
-  EXPECT_EQ(code, 126u);
-}
-
-TEST(PluginInfo, OptionalInfoAppendsTheOneActionRight) {
-  QString title;
+  EXPECT_EQ(QStringList({name, version, QString::number(stamp), QString::number(code)}),
+            QStringList({"View Holdings", "5.3.1.0", "29032010", "126"}));
   QStringList actions{"Other Plugin: Trade"};
   Plugin().getOptionalInfo(&title, &actions, nullptr, nullptr);
   EXPECT_EQ(title, "RMS View Holdings");
   EXPECT_EQ(actions, (QStringList{"Other Plugin: Trade", "RMS View Holdings: Mark/UnMark"}));
-}
-
-TEST(PluginInfo, ProcessMessageIgnoresItsArgument) {
   EXPECT_EQ(Plugin().process(nullptr), 0);
   EXPECT_EQ(Plugin().process(reinterpret_cast<void*>(0x1)), 0); // never dereferenced
 }
@@ -101,16 +87,5 @@ TEST(PluginLifecycle, FirstInitCreatesTheViewUnderTheHostFrame) {
 } // namespace
 
 int main(int argc, char** argv) {
-  QApplication app(argc, argv);
-  InstallPluginMessageCapture();
-  ::testing::InitGoogleTest(&argc, argv);
-  if (!Plugin().load()) {
-    fprintf(stderr, "cannot load %s: %s\n", VIEWHOLDINGS_PATH, dlerror());
-    return 1;
-  }
-  const int result = RUN_ALL_TESTS();
-  // As a host must: the plug-in's objects go while the control they are
-  // attached to (a static of this program) still exists.
-  dlclose(Plugin().handle);
-  return result;
+  return RunPluginTests(argc, argv);
 }

@@ -24,44 +24,41 @@ kdl::Message WithEmpty(std::string_view name, uint32_t emptyTag, const Fields& f
 
 TEST_F(HostileTest, OddRequestsNeverBreakTheConnection) {
   const std::string longText(3000, 'Z');
+  const auto hold = [](Fields f) { return MakeRequest("display_holding_detail", f); };
+  const auto move = [](Fields f) { return MakeRequest("om_stock_margin_transfer", f); };
   const struct {
     const char* name;
     kdl::Message request;
     bool answered; // a status record comes back
   } cases[] = {
-      {"holdingsNoFields", MakeRequest("display_holding_detail"), true},
+      {"holdingsNoFields", hold({}), true},
       {"holdingsEmptyClient", WithEmpty("display_holding_detail", 54001, {{31003, "RMS1"}}), true},
-      {"holdingsLegWithoutSymbol",
-       MakeRequest("display_holding_detail", {{63001, "nse_cm"}, {31003, "RMS1"}}), true},
+      {"holdingsLegWithoutSymbol", hold({{63001, "nse_cm"}, {31003, "RMS1"}}), true},
       {"holdingsThreeLegs",
-       MakeRequest("display_holding_detail", {{63001, "nse_cm"},
-                                              {63001, "bse_cm"},
-                                              {63001, "cse_cm"},
-                                              {10100, longText},
-                                              {31003, "RMS1"}}),
+       hold({{63001, "nse_cm"},
+             {63001, "bse_cm"},
+             {63001, "cse_cm"},
+             {10100, longText},
+             {31003, "RMS1"}}),
        true},
-      {"holdingsQuoteInClient",
-       MakeRequest("display_holding_detail", {{54001, "C' OR '1'='1"}, {31003, "RMS1"}}), true},
+      {"holdingsQuoteInClient", hold({{54001, "C' OR '1'='1"}, {31003, "RMS1"}}), true},
       {"topTenNoFields", MakeRequest("rs_display_topten_holdings"), true},
       {"topTenEmptyMethod", WithEmpty("rs_display_topten_holdings", 41232, {{10101, "NSE"}}), true},
       {"reportsEmptySegment", WithEmpty("om_get_client_reports", 63002, {{54247, "RMS1"}}), true},
       {"cjEmpty", WithEmpty("mrv_cj", 63003), true},
       {"peerNoUser", MakeRequest("om_get_user_peer_data"), true},
       {"userInfoEmpty", WithEmpty("tarn_user_info", 31003), true},
-      {"transferNoFields", MakeRequest("om_stock_margin_transfer"), false},
+      {"transferNoFields", move({}), false},
       {"transferHugeQuantity",
-       MakeRequest("om_stock_margin_transfer", {{54001, "C000001"},
-                                                {64030, "CNC"},
-                                                {64044, "99999999999999999999999"},
-                                                {20008, "MF"},
-                                                {54247, "RMS1"}}),
+       move({{54001, "C000001"},
+             {64030, "CNC"},
+             {64044, std::string(23, '9')},
+             {20008, "MF"},
+             {54247, "RMS1"}}),
        false},
-      {"transferNegative",
-       MakeRequest("om_stock_margin_transfer",
-                   {{54001, "C000001"}, {64030, "CNC"}, {64044, "-5"}, {20008, "UF"}}),
+      {"transferNegative", move({{54001, "C000001"}, {64030, "CNC"}, {64044, "-5"}, {20008, "UF"}}),
        false},
-      {"transferShortAction",
-       MakeRequest("om_stock_margin_transfer", {{20008, "M"}, {54247, "RMS1"}}), false},
+      {"transferShortAction", move({{20008, "M"}, {54247, "RMS1"}}), false},
   };
   TestClient c(server_->port());
   const int64_t quantities = Count("SELECT total(holdings_qty)+total(holdings_update_qty)+"

@@ -40,9 +40,12 @@ TEST(RiskdMain, SummaryIsTheSameForTheSameSeed) {
   const ProcessResult second = RunRiskd("--db " + b + " --rows 2500 --seed 11 --summary");
   const ProcessResult again =
       RunRiskd("--db " + a + " --rows 99 --summary"); // existing store: no regeneration
+  const ProcessResult other =
+      RunRiskd("--db " + (dir.path() / "c.db").string() + " --rows 2500 --seed 12 --summary");
   ASSERT_EQ(first.status, 0);
   EXPECT_EQ(first.out, second.out);
   EXPECT_EQ(first.out, again.out);
+  EXPECT_NE(first.out, other.out);
   EXPECT_EQ(first.out.rfind("scrips 25\nclients 250\nusers 3\nholdings 2500\n", 0), 0u)
       << first.out;
   int scripLines = 0, clientLines = 0;

@@ -7,19 +7,6 @@
 
 namespace riskd_test {
 
-TempDir::TempDir() {
-  static std::atomic<int> serial{0};
-  path_ = std::filesystem::temp_directory_path() /
-          ("riskd_test_" + std::to_string(getpid()) + "_" + std::to_string(serial++));
-  std::filesystem::remove_all(path_);
-  std::filesystem::create_directories(path_);
-}
-
-TempDir::~TempDir() {
-  std::error_code ec;
-  std::filesystem::remove_all(path_, ec);
-}
-
 void RiskdTest::SetUp() {
   options_.store.dbPath = (dir_.path() / "risk.db").string();
   options_.store.sample.holdings = 3000;
@@ -45,9 +32,7 @@ void RiskdTest::TearDown() {
 }
 
 int64_t RiskdTest::Count(const std::string& sql) {
-  riskd::Stmt s = db_.Prepare(sql, nullptr);
-  EXPECT_TRUE(s.ok()) << sql << ": " << db_.LastError();
-  return s.ok() && s.Step() == SQLITE_ROW ? s.Int(0) : -1;
+  return std::atoll(Str(sql).c_str());
 }
 
 std::string RiskdTest::Str(const std::string& sql) {

@@ -13,19 +13,11 @@
 #include "riskd/server.h"
 #include "riskd/sqlite.h"
 #include "tests/riskd/test_client.h"
+#include "tests/settings/temp_dir.h"
 
 namespace riskd_test {
 
-// A fresh directory under the system temp dir, removed on destruction.
-class TempDir {
-public:
-  TempDir();
-  ~TempDir();
-  const std::filesystem::path& path() const { return path_; }
-
-private:
-  std::filesystem::path path_;
-};
+using vh::test::TempDir;
 
 class RiskdTest : public ::testing::Test {
 protected:
@@ -34,7 +26,7 @@ protected:
   void SetUp() override;
   void TearDown() override;
 
-  int64_t Count(const std::string& sql); // first column of the first row
+  int64_t Count(const std::string& sql); // first column of the first row, 0 if none
   std::string Str(const std::string& sql);
   bool LogHas(const std::string& text);
 

@@ -20,9 +20,9 @@ protected:
     return Str("SELECT nse_symbol||'-'||nse_series FROM scrip WHERE id=(SELECT scrip_id FROM "
                "holding GROUP BY 1 ORDER BY count(*) DESC LIMIT 1)");
   }
-  int64_t HotCount() {
-    return Count("SELECT count(*) FROM holding GROUP BY scrip_id ORDER BY 1 DESC LIMIT 1");
-  }
+  static constexpr const char* kHotCount =
+      "SELECT count(*) FROM holding GROUP BY scrip_id ORDER BY 1 DESC LIMIT 1";
+  int64_t HotCount() { return Count(kHotCount); }
   kdl::Message HotQuery() {
     return MakeRequest("display_holding_detail",
                        {{63001, "nse_cm"}, {10100, HotScrip()}, {31003, "RMS1"}});
@@ -58,14 +58,13 @@ TEST_F(StreamsTest, HoldingsQueryStartsPricesAndPresentValues) {
   ASSERT_TRUE(prices.ended);
   ASSERT_FALSE(prices.records.empty());
   for (const auto& r : prices.records) {
-    const std::string kind = Text(r, 32760);
+    const std::string kind = Text(r, 32760), symbol = Text(r, 63100);
     ASSERT_TRUE(kind == "NSE_LTP" || kind == "BSE_LTP") << kind;
-    const std::string symbol = Text(r, 63100);
     const std::string where = kind == "NSE_LTP" ? "nse_symbol||'-'||nse_series='" + symbol + "'"
                                                 : "bse_symbol='" + symbol + "'";
-    EXPECT_EQ(Count("SELECT count(*) FROM holding WHERE client_id='" + client +
-                    "' AND scrip_id IN (SELECT id FROM scrip WHERE " + where + ")") > 0,
-              true)
+    EXPECT_GT(Count("SELECT count(*) FROM holding WHERE client_id='" + client +
+                    "' AND scrip_id IN (SELECT id FROM scrip WHERE " + where + ")"),
+              0)
         << symbol;
     EXPECT_GT(std::stoll(Text(r, 6)), 0);
     EXPECT_EQ(Text(r, 32), Str("SELECT close_paise FROM scrip WHERE " + where));
@@ -75,32 +74,37 @@ TEST_F(StreamsTest, HoldingsQueryStartsPricesAndPresentValues) {
   EXPECT_TRUE(c.Collect("om_get_prsnt_values").ended);
 }
 
+// Each bad input costs only the request, or its own connection; connections
+// beyond the limit are closed, and a stop closes the rest.
 TEST_F(StreamsTest, BadInputCostsOnlyTheRequestOrItsConnection) {
+  options_.maxConnections = 2;
   StartServer();
   TestClient bystander(server_->port());
   TestClient c(server_->port());
-
+  ExpectAnswers(c, "the second connection");
+  TestClient refused(server_->port());
+  EXPECT_TRUE(refused.WaitClosed());
   std::string garbage;
   kdl::AppendFrame(garbage, "\xff\xfe not a message");
-  ASSERT_TRUE(c.SendRaw(garbage));
-  ExpectAnswers(c, "after a malformed message");
-
-  ASSERT_TRUE(c.Send(MakeRequest("Display_Holding_Detail", {{54001, "C000001"}})));
-  ASSERT_TRUE(c.Send(MakeRequest("no_such_request")));
-  ExpectAnswers(c, "after unknown names");
-
   kdl::Message noName(4096);
   noName.Add(54001, "C000001");
+  ASSERT_TRUE(c.SendRaw(garbage));
+  ASSERT_TRUE(c.Send(MakeRequest("Display_Holding_Detail", {{54001, "C000001"}})));
+  ASSERT_TRUE(c.Send(MakeRequest("no_such_request")));
   ASSERT_TRUE(c.Send(noName));
-  ExpectAnswers(c, "after a message without a name");
-
-  const std::string oversize = std::string("\x00\x00\x10\x00", 4) + std::string(64, 'x');
-  ASSERT_TRUE(c.SendRaw(oversize));
+  ExpectAnswers(c, "after a malformed message, unknown names and no name");
+  ASSERT_TRUE(c.SendRaw(std::string("\x00\x00\x10\x00", 4) + std::string(64, 'x')));
   EXPECT_TRUE(c.WaitClosed());
-  EXPECT_TRUE(LogHas("exceeds 4096"));
-  EXPECT_TRUE(LogHas("malformed"));
-  EXPECT_TRUE(LogHas("unknown request 'Display_Holding_Detail'"));
+  for (const char* logged : {"more than 2 connections", "exceeds 4096", "malformed",
+                             "unknown request 'Display_Holding_Detail'"})
+    EXPECT_TRUE(LogHas(logged)) << logged;
   ExpectAnswers(bystander, "the other connection");
+  ASSERT_TRUE(bystander.Send(HotQuery()));
+  const auto start = std::chrono::steady_clock::now();
+  server_->Stop();
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+  EXPECT_TRUE(bystander.WaitClosed(1000));
+  server_->Stop(); // again: nothing happens
 }
 
 TEST_F(StreamsTest, ConcurrentConnectionsEachGetTheirWholeAnswer) {
@@ -201,8 +205,7 @@ TEST_F(StreamsTest, AnswersArriveWholeThroughASmallQueue) {
   } cases[] = {
       {"scripMaster", MakeRequest("tarn_scrip_master"),
        "SELECT count(nse_token)+count(bse_code) FROM scrip"},
-      {"hotScrip", HotQuery(),
-       "SELECT count(*) FROM holding GROUP BY scrip_id ORDER BY 1 DESC LIMIT 1"},
+      {"hotScrip", HotQuery(), kHotCount},
       {"lienReport", MakeRequest("om_get_client_reports", {{54247, "RMS1"}}),
        "SELECT count(*) FROM lien"},
       {"topTen", MakeRequest("rs_display_topten_holdings", {{10101, "NSE"}, {41232, "1"}}),
@@ -214,30 +217,6 @@ TEST_F(StreamsTest, AnswersArriveWholeThroughASmallQueue) {
     EXPECT_EQ(int64_t(s.records.size()), Count(k.count)) << k.name;
   }
   EXPECT_FALSE(LogHas("closed"));
-}
-
-TEST_F(StreamsTest, ConnectionsBeyondTheLimitAreClosed) {
-  options_.maxConnections = 2;
-  StartServer();
-  TestClient a(server_->port()), b(server_->port());
-  ExpectAnswers(a, "first");
-  ExpectAnswers(b, "second");
-  TestClient c(server_->port());
-  EXPECT_TRUE(c.WaitClosed());
-  EXPECT_TRUE(LogHas("more than 2 connections"));
-  ExpectAnswers(a, "first, after the refusal");
-}
-
-TEST_F(StreamsTest, StopWithOpenConnections) {
-  StartServer();
-  TestClient a(server_->port());
-  TestClient b(server_->port());
-  ASSERT_TRUE(a.Send(HotQuery()));
-  const auto start = std::chrono::steady_clock::now();
-  server_->Stop();
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
-  EXPECT_TRUE(b.WaitClosed(1000));
-  server_->Stop(); // again: nothing happens
 }
 
 } // namespace

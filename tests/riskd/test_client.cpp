@@ -59,22 +59,20 @@ bool TestClient::Send(const kdl::Message& msg) {
 
 std::optional<kdl::Message> TestClient::Next(int timeoutMs) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
-  while (true) {
-    std::string_view payload;
-    if (in_.Next(&payload))
-      return kdl::Message::Parse(payload);
+  std::string_view payload;
+  while (!in_.Next(&payload)) {
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-                          deadline - std::chrono::steady_clock::now())
-                          .count();
+        deadline - std::chrono::steady_clock::now());
     pollfd p{fd_, POLLIN, 0};
-    if (left <= 0 || poll(&p, 1, static_cast<int>(left)) <= 0)
+    if (closed_ || left.count() <= 0 || poll(&p, 1, static_cast<int>(left.count())) <= 0)
       return std::nullopt;
     char buf[65536];
     const ssize_t n = recv(fd_, buf, sizeof buf, 0);
-    if (n <= 0)
+    if ((closed_ = n <= 0))
       return std::nullopt;
     in_.Feed(buf, static_cast<size_t>(n));
   }
+  return kdl::Message::Parse(payload);
 }
 
 Stream TestClient::Collect(std::string_view name, int timeoutMs) {
@@ -101,16 +99,9 @@ Stream TestClient::Ask(const kdl::Message& request, int timeoutMs) {
 
 bool TestClient::WaitClosed(int timeoutMs) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
-  char buf[65536];
-  while (std::chrono::steady_clock::now() < deadline) {
-    pollfd p{fd_, POLLIN, 0};
-    if (poll(&p, 1, 100) <= 0)
-      continue;
-    const ssize_t n = recv(fd_, buf, sizeof buf, 0);
-    if (n <= 0)
-      return true;
-  }
-  return false;
+  while (!closed_ && std::chrono::steady_clock::now() < deadline)
+    Next(100);
+  return closed_;
 }
 
 } // namespace riskd_test

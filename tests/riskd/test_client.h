@@ -53,6 +53,7 @@ public:
 private:
   int fd_ = -1;
   std::optional<std::string> loginStatus_;
+  bool closed_ = false; // the server closed the connection
   kdl::FrameSplitter in_{64u << 20};
 };
 

@@ -23,19 +23,6 @@ protected:
   vh::ScopedMessageRecorder recorder_;
 };
 
-TEST_F(AccessSetting, SettingValuesLiveInTheCommandLineDirectory) {
-  std::string value = "v1";
-  ASSERT_EQ(vh::AccessSettingValue(vh::kSettingWrite, "SEC", "Key", value, "Other.ini"), 1);
-  EXPECT_EQ(ReadFile(cmd_.file("Other.ini")), "[SEC]\nKey=v1\n");
-  EXPECT_FALSE(std::filesystem::exists(grid_.file("Other.ini")));
-
-  std::string read = "stale";
-  EXPECT_EQ(vh::AccessSettingValue(vh::kSettingRead, "sec", "key", read, "Other.ini"), 1);
-  EXPECT_EQ(read, "v1");
-  EXPECT_TRUE(recorder_.statuses().empty());
-  EXPECT_TRUE(recorder_.messages().empty());
-}
-
 TEST_F(AccessSetting, SettingValueReadOutcomes) {
   WriteFile(cmd_.file("U.ini"),
             "[S]\nempty=\nblank= \nliteral=Key not found\nlong=" + std::string(5000, 'x') + "\n");
@@ -88,7 +75,7 @@ TEST_F(AccessSetting, UndetectedFilesComposeAStatusTextAndShowNothing) {
 TEST_F(AccessSetting, ColumnProfilesLiveInTheSettingsDirectory) {
   std::string value = "0,0,80";
   ASSERT_EQ(vh::AccessColumnProfile(vh::kSettingWrite, "rmsholdview", value), 1);
-  EXPECT_EQ(ReadFile(grid_.file("UserSetting.ini")), "[rmsholdview]\nCOLUMNPROFILE=0,0,80\n");
+  EXPECT_EQ(ReadFile(grid_.file("UserSetting.ini")), "[rmsholdview]\r\nCOLUMNPROFILE=0,0,80\r\n");
 
   std::string read;
   EXPECT_EQ(vh::AccessColumnProfile(vh::kSettingLoad, "RMSHOLDVIEW", read), 1);

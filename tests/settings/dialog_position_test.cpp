@@ -11,32 +11,31 @@
 namespace {
 
 TEST(WindowPlacement, ParsesValues) {
+  using enum vh::PlacementParse;
   const struct {
     const char* name;
     const char* value;
     vh::PlacementParse result;
     const char* formatted; // the placement as written back, when Ok
   } cases[] = {
-      {"nine fields", "10,20,300,400,-1,-1,-32000,-32000,3", vh::PlacementParse::Ok,
+      {"nine fields", "10,20,300,400,-1,-1,-32000,-32000,3", Ok,
        "10,20,300,400,-1,-1,-32000,-32000,3"},
-      {"eight fields restore", "10,20,300,400,1,2,3,4", vh::PlacementParse::Ok,
-       "10,20,300,400,1,2,3,4,1"},
-      {"seven do not", "10,20,300,400,1,2,3", vh::PlacementParse::TooFew, ""},
-      {"extra fields ignored", "1,2,3,4,5,6,7,8,9,10,11", vh::PlacementParse::Ok,
-       "1,2,3,4,5,6,7,8,9"},
-      {"empty pieces skipped", "1,,2,3,4,5,6,7,8,", vh::PlacementParse::Ok, "1,2,3,4,5,6,7,8,1"},
-      {"blank after a comma", "10, 20,300,400,-1,-1,-1,-1,1", vh::PlacementParse::Malformed, ""},
-      {"minus inside a field", "10,2-0,300,400,-1,-1,-1,-1,1", vh::PlacementParse::Malformed, ""},
-      {"plus sign", "+10,20,300,400,-1,-1,-1,-1,1", vh::PlacementParse::Malformed, ""},
-      {"bad field before too few", "x", vh::PlacementParse::Malformed, ""},
-      {"lone minus reads as 0", "-,0,0,0,0,0,0,0,0", vh::PlacementParse::Ok, "0,0,0,0,0,0,0,0,0"},
-      {"numbers clamped to int", "99999999999,-99999999999,0,0,0,0,0,0,0", vh::PlacementParse::Ok,
+      {"eight fields restore", "10,20,300,400,1,2,3,4", Ok, "10,20,300,400,1,2,3,4,1"},
+      {"seven do not", "10,20,300,400,1,2,3", TooFew, ""},
+      {"extra fields ignored", "1,2,3,4,5,6,7,8,9,10,11", Ok, "1,2,3,4,5,6,7,8,9"},
+      {"empty pieces skipped", "1,,2,3,4,5,6,7,8,", Ok, "1,2,3,4,5,6,7,8,1"},
+      {"blank after a comma", "10, 20,300,400,-1,-1,-1,-1,1", Malformed, ""},
+      {"minus inside a field", "10,2-0,300,400,-1,-1,-1,-1,1", Malformed, ""},
+      {"plus sign", "+10,20,300,400,-1,-1,-1,-1,1", Malformed, ""},
+      {"bad field before too few", "x", Malformed, ""},
+      {"lone minus reads as 0", "-,0,0,0,0,0,0,0,0", Ok, "0,0,0,0,0,0,0,0,0"},
+      {"numbers clamped to int", "99999999999,-99999999999,0,0,0,0,0,0,0", Ok,
        "2147483647,-2147483648,0,0,0,0,0,0,0"},
   };
   for (const auto& c : cases) {
     vh::sWindowPlacement p;
     EXPECT_EQ(vh::ParseWindowPlacement(c.value, p), c.result) << c.name;
-    if (c.result == vh::PlacementParse::Ok) {
+    if (c.result == Ok) {
       EXPECT_EQ(vh::FormatWindowPlacement(p), c.formatted) << c.name;
     }
   }

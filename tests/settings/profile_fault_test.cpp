@@ -13,12 +13,17 @@
 namespace {
 
 using vh::test::Get;
+using vh::test::Put;
 using vh::test::ReadFile;
 using vh::test::TempDir;
 using vh::test::WriteFile;
 
-TEST(ProfileFault, UnopenableFilesReadAsMissingAndRefuseWrites) {
+struct ProfileFault : ::testing::Test {
   TempDir dir;
+  const std::string file = dir.file("s.ini");
+};
+
+TEST_F(ProfileFault, UnopenableFilesReadAsMissingAndRefuseWrites) {
   if (::geteuid() != 0) { // root opens any file, so only others can test this way
     const std::string locked = dir.file("locked.ini");
     WriteFile(locked, "[S]\nk=1\n");
@@ -26,30 +31,27 @@ TEST(ProfileFault, UnopenableFilesReadAsMissingAndRefuseWrites) {
     EXPECT_EQ(Get("S", "k", locked), "<default>");
     ::unlink(locked.c_str());
   }
-  const std::string file = dir.file("s.ini");
   ASSERT_TRUE(std::filesystem::create_directory(file));
   EXPECT_EQ(Get("S", "k", file), "<default>");
-  EXPECT_EQ(profile::WritePrivateProfileStringA("S", "k", "v", file.c_str()), 0);
+  EXPECT_EQ(Put("S", "k", "v", file), 0);
   EXPECT_TRUE(std::filesystem::is_directory(file));
   std::filesystem::remove(file);
   ASSERT_EQ(::mkfifo(file.c_str(), 0644), 0); // would block a plain open
   EXPECT_EQ(Get("S", "k", file), "<default>");
-  EXPECT_EQ(profile::WritePrivateProfileStringA("S", "k", "v", file.c_str()), 0);
+  EXPECT_EQ(Put("S", "k", "v", file), 0);
   EXPECT_TRUE(std::filesystem::is_fifo(file));
   EXPECT_EQ(vh::test::CountOtherFiles(dir.path(), "s.ini"), 0);
 }
 
-TEST(ProfileFault, AReadOnlyFileIsReadButNeverReplaced) {
-  TempDir dir;
-  const std::string file = dir.file("s.ini");
+TEST_F(ProfileFault, AReadOnlyFileIsReadButNeverReplaced) {
   WriteFile(file, "[S]\nk=1\n");
   ASSERT_EQ(::chmod(file.c_str(), 0444), 0);
   EXPECT_EQ(Get("S", "k", file), "1");
-  EXPECT_EQ(profile::WritePrivateProfileStringA("S", "k", "2", file.c_str()), 0);
+  EXPECT_EQ(Put("S", "k", "2", file), 0);
   EXPECT_EQ(ReadFile(file), "[S]\nk=1\n");
 }
 
-TEST(ProfileFault, TruncatedFilesGiveWhatIsThere) {
+TEST_F(ProfileFault, TruncatedFilesGiveWhatIsThere) {
   const struct {
     const char* name;
     std::string text;
@@ -58,34 +60,27 @@ TEST(ProfileFault, TruncatedFilesGiveWhatIsThere) {
     const char* expected;
   } cases[] = {
       {"cut inside a value", "[S]\nk=val", "S", "k", "val"},
-      {"cut after the equals sign", "[S]\nk=", "S", "k", ""},
-      {"cut inside a key", "[S]\nk", "S", "k", ""},
+      {"cut inside a key", "[S]\nk", "S", "k", "<default>"},
       {"cut inside a header", "[S]\nk=1\n[T", "T", "k", "<default>"},
       {"cut between CR and LF", "[S]\r\nk=1\r", "S", "k", "1"},
       {"empty file", "", "S", "k", "<default>"},
   };
   for (const auto& c : cases) {
-    TempDir dir;
-    const std::string file = dir.file("t.ini");
     WriteFile(file, c.text);
     EXPECT_EQ(Get(c.section, c.key, file), c.expected) << c.name;
   }
 }
 
-TEST(ProfileFault, NulBytesAreOrdinaryBytes) {
-  TempDir dir;
-  const std::string file = dir.file("n.ini");
+TEST_F(ProfileFault, NulBytesAreOrdinaryBytes) {
   const std::string text("[S]\na=x\0y\nb=2\n", 14);
   WriteFile(file, text);
   EXPECT_EQ(Get("S", "a", file), std::string("x\0y", 3));
   EXPECT_EQ(Get("S", "b", file), "2");
-  ASSERT_EQ(profile::WritePrivateProfileStringA("S", "c", "3", file.c_str()), 1);
-  EXPECT_EQ(ReadFile(file), text + "c=3\n");
+  ASSERT_EQ(Put("S", "c", "3", file), 1);
+  EXPECT_EQ(ReadFile(file), text + "c=3\r\n");
 }
 
-TEST(ProfileFault, LongLinesAreCutOnlyByTheBuffer) {
-  TempDir dir;
-  const std::string file = dir.file("l.ini");
+TEST_F(ProfileFault, LongLinesAreCutOnlyByTheBuffer) {
   const std::string longValue(10000, 'v');
   WriteFile(file, "[S]\nlong=" + longValue + "\nafter=1\n");
   EXPECT_EQ(Get("S", "long", file, 4096), longValue.substr(0, 4095));
@@ -93,9 +88,7 @@ TEST(ProfileFault, LongLinesAreCutOnlyByTheBuffer) {
   EXPECT_EQ(Get("S", "after", file), "1");
 }
 
-TEST(ProfileFault, AFourMegabyteFileIsReadAndEditedInPlace) {
-  TempDir dir;
-  const std::string file = dir.file("big.ini");
+TEST_F(ProfileFault, AFourMegabyteFileIsReadAndEditedInPlace) {
   std::string text;
   for (int s = 0; text.size() < 4u << 20; ++s) {
     text += "[Section" + std::to_string(s) + "]\n";
@@ -104,13 +97,13 @@ TEST(ProfileFault, AFourMegabyteFileIsReadAndEditedInPlace) {
   }
   WriteFile(file, text);
   EXPECT_EQ(Get("Section0", "key1", file), std::string(180, 'b'));
-  ASSERT_EQ(profile::WritePrivateProfileStringA("Section0", "added", "1", file.c_str()), 1);
+  ASSERT_EQ(Put("Section0", "added", "1", file), 1);
   const std::string after = ReadFile(file);
   const size_t insertAt = text.find("[Section1]");
-  EXPECT_EQ(after.size(), text.size() + 8);
+  EXPECT_EQ(after.size(), text.size() + 9);
   EXPECT_EQ(after.compare(0, insertAt, text, 0, insertAt), 0);
-  EXPECT_EQ(after.substr(insertAt, 8), "added=1\n");
-  EXPECT_EQ(after.compare(insertAt + 8, std::string::npos, text, insertAt), 0);
+  EXPECT_EQ(after.substr(insertAt, 9), "added=1\r\n");
+  EXPECT_EQ(after.compare(insertAt + 9, std::string::npos, text, insertAt), 0);
 }
 
 // Writes half of what it is given once, then reports a full disk.
@@ -139,36 +132,29 @@ private:
   profile::detail::WriteFunction old_;
 };
 
-TEST(ProfileFault, AWriterThatFailsHalfWayLeavesTheOldFileWhole) {
-  TempDir dir;
-  const std::string file = dir.file("s.ini");
+TEST_F(ProfileFault, AWriterThatFailsHalfWayLeavesTheOldFileWhole) {
   const std::string old = "[S]\nk=" + std::string(5000, 'o') + "\n";
   WriteFile(file, old);
   {
     WriterHook hook(HalfThenFull);
-    EXPECT_EQ(profile::WritePrivateProfileStringA("S", "k", "new", file.c_str()), 0);
-    EXPECT_EQ(profile::WritePrivateProfileStringA("T", "k", "new", dir.file("fresh.ini").c_str()),
-              0);
+    EXPECT_EQ(Put("S", "k", "new", file), 0);
+    EXPECT_EQ(Put("T", "k", "new", dir.file("fresh.ini")), 0);
   }
   EXPECT_EQ(ReadFile(file), old);
   EXPECT_FALSE(std::filesystem::exists(dir.file("fresh.ini")));
   EXPECT_EQ(vh::test::CountOtherFiles(dir.path(), "s.ini"), 0) << "temporary file left behind";
 }
 
-TEST(ProfileFault, ShortWritesAreContinued) {
-  TempDir dir;
-  const std::string file = dir.file("s.ini");
+TEST_F(ProfileFault, ShortWritesAreContinued) {
   WriterHook hook(OneByteAtATime);
-  ASSERT_EQ(profile::WritePrivateProfileStringA("S", "k", "value", file.c_str()), 1);
-  EXPECT_EQ(ReadFile(file), "[S]\nk=value\n");
+  ASSERT_EQ(Put("S", "k", "value", file), 1);
+  EXPECT_EQ(ReadFile(file), "[S]\r\nk=value\r\n");
 }
 
-TEST(ProfileFault, ReplacementKeepsTheFilePermissions) {
-  TempDir dir;
-  const std::string file = dir.file("s.ini");
+TEST_F(ProfileFault, ReplacementKeepsTheFilePermissions) {
   WriteFile(file, "[S]\nk=1\n");
   ASSERT_EQ(::chmod(file.c_str(), 0640), 0);
-  ASSERT_EQ(profile::WritePrivateProfileStringA("S", "k", "2", file.c_str()), 1);
+  ASSERT_EQ(Put("S", "k", "2", file), 1);
   struct stat st {};
   ASSERT_EQ(::stat(file.c_str(), &st), 0);
   EXPECT_EQ(st.st_mode & 0777, 0640u);

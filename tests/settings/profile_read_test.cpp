@@ -1,5 +1,5 @@
-// Reading values from a fixture that holds one line per reading rule, once
-// with the fixture's "\n" breaks and once with "\r\n".
+// Reading values from a fixture that holds one line per reading rule, with
+// each of the three line breaks a file may use.
 #include <cstring>
 #include <string>
 #include <vector>
@@ -12,7 +12,6 @@
 namespace {
 
 using vh::test::TempDir;
-using vh::test::WithCrlf;
 
 struct Read {
   uint32_t count;
@@ -27,12 +26,12 @@ Read Get(const char* section, const char* key, const char* def, const std::strin
   return {n, std::string(buf.data(), std::strlen(buf.data()))};
 }
 
-class ProfileRead : public ::testing::TestWithParam<bool> {
+class ProfileRead : public ::testing::TestWithParam<const char*> {
 protected:
   void SetUp() override {
-    const std::string text = vh::test::Fixture("read_rules.ini");
+    const std::string text = vh::test::ReadFile(VH_SETTINGS_FIXTURES "/read_rules.ini");
     ASSERT_FALSE(text.empty());
-    vh::test::WriteFile(file_, GetParam() ? WithCrlf(text) : text);
+    vh::test::WriteFile(file_, vh::test::WithBreaks(text, GetParam()));
   }
   TempDir dir_;
   std::string file_ = dir_.file("read_rules.ini");
@@ -58,7 +57,7 @@ TEST_P(ProfileRead, ValuesFollowTheLineRules) {
       {"doubled quotes leave one pair", "General", "Twice", "\"double\""},
       {"a lone quote stays", "General", "Lone", "\""},
       {"empty value is found, not defaulted", "General", "Empty", ""},
-      {"line without = is a key with no value", "General", "Bare line", ""},
+      {"line without = is no key", "General", "Bare line", "<default>"},
       {"comment line is no key", "General", "Hidden", "<default>"},
       {"indented comment is no key", "General", "Indented", "<default>"},
       {"semicolon later in a value is kept", "General", "Semi", "value ;not a comment"},
@@ -90,15 +89,17 @@ TEST_P(ProfileRead, EnumeratesSectionsAndKeysAsNulSeparatedLists) {
   EXPECT_EQ(std::string(buf.data(), sections.size()), sections);
 
   const char kKeys[] = "Plain\0Spaced\0Tabbed\0DQuoted\0SQuoted\0Mixed\0Inner\0Twice\0Lone\0"
-                       "Empty\0Bare line\0Semi\0Hash#\0Dup\0Dup\0";
+                       "Empty\0Semi\0Hash#\0Dup\0Dup\0";
   const std::string keys(kKeys, sizeof kKeys);
   n = profile::GetPrivateProfileStringA("general", nullptr, "dflt", buf.data(), 512, file_.c_str());
   EXPECT_EQ(n, keys.size() - 1);
   EXPECT_EQ(std::string(buf.data(), keys.size()), keys);
 }
 
-INSTANTIATE_TEST_SUITE_P(LineBreaks, ProfileRead, ::testing::Bool(),
-                         [](const auto& info) { return info.param ? "Crlf" : "Lf"; });
+INSTANTIATE_TEST_SUITE_P(
+    LineBreaks, ProfileRead, ::testing::Values("\n", "\r\n", "\r"), [](const auto& info) {
+      return std::string(info.index == 0 ? "Lf" : info.index == 1 ? "Crlf" : "Cr");
+    });
 
 TEST(ProfileReadBuffer, CutsToTheBufferAndCountsWhatWasCopied) {
   TempDir dir;

@@ -1,5 +1,5 @@
-// A fresh directory per test, removed afterwards, and whole-file and
-// profile-reading helpers shared by the settings tests.
+// A fresh directory per test, removed afterwards (the back-end tests use it
+// too), and whole-file and profile helpers shared by the settings tests.
 #pragma once
 
 #include <filesystem>
@@ -47,12 +47,6 @@ inline std::string ReadFile(const std::string& path) {
   return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-// The fixture folder's path is compiled in, so a test finds it from any
-// working directory.
-inline std::string Fixture(const std::string& name) {
-  return ReadFile(std::string(VH_SETTINGS_FIXTURES) + "/" + name);
-}
-
 // Files beside `dir` other than `keep`: temporaries a write left behind.
 inline int CountOtherFiles(const std::filesystem::path& dir, const std::string& keep) {
   int n = 0;
@@ -61,15 +55,17 @@ inline int CountOtherFiles(const std::filesystem::path& dir, const std::string& 
   return n;
 }
 
-// `text` with every "\n" turned into "\r\n".
-inline std::string WithCrlf(const std::string& text) {
+// `text` with every "\n" turned into `lineBreak`.
+inline std::string WithBreaks(const std::string& text, const std::string& lineBreak) {
   std::string out;
-  for (char c : text) {
-    if (c == '\n')
-      out += '\r';
-    out += c;
-  }
+  for (char c : text)
+    c == '\n' ? out.append(lineBreak) : out.append(1, c);
   return out;
+}
+
+// Writes `value` (null: deletes) under `key` (null: the whole section); 1 on success.
+inline int Put(const char* section, const char* key, const char* value, const std::string& file) {
+  return profile::WritePrivateProfileStringA(section, key, value, file.c_str());
 }
 
 // The value of `key` in `section` of `file`, "<default>" when absent, read

@@ -45,6 +45,13 @@ std::string Summary(const std::vector<vh::sColumnProfileEntry>& entries) {
   return s.str();
 }
 
+// Both settings directories, empty, and the messages shown.
+struct SettingsFiles : ::testing::Test {
+  TempDir grid, cmd;
+  vh::ScopedSettingsPaths paths{{grid.path().string(), cmd.path().string()}};
+  vh::ScopedMessageRecorder recorder;
+};
+
 TEST(ListAppearance, ParsesValues) {
   const struct {
     const char* name;
@@ -78,39 +85,30 @@ TEST(ListAppearance, FormatsAndRoundTrips) {
   EXPECT_EQ(Summary(vh::ParseListAppearance(value)), Summary(a));
 }
 
-TEST(ListAppearance, LoadsPerGridWithDefaultsForTheRest) {
-  TempDir dir;
-  vh::ScopedSettingsPaths paths({dir.path().string(), ""});
+TEST_F(SettingsFiles, ListAppearanceLoadsPerGridWithDefaultsForTheRest) {
   const std::string defaults = Summary(vh::DefaultListAppearance());
   vh::sListAppearance a = vh::ParseListAppearance("1,2,X,3");
   EXPECT_FALSE(vh::LoadListAppearance("rmsholdview", 9001, a));
   EXPECT_EQ(Summary(a), defaults);
-  EXPECT_FALSE(std::filesystem::exists(dir.file("UserSetting.ini")));
-
+  EXPECT_FALSE(std::filesystem::exists(grid.file("UserSetting.ini")));
   ASSERT_TRUE(vh::SaveListAppearance("rmsholdview", 9001,
                                      vh::ParseListAppearance("FF,0,Arial,10,2,Sell,FF,")));
-  EXPECT_EQ(ReadFile(dir.file("UserSetting.ini")),
-            "[CUSTOMIZE_LISTS]\nrmsholdview-9001=FF,0,Arial,10,2,sell,FF,\n");
+  EXPECT_EQ(ReadFile(grid.file("UserSetting.ini")),
+            "[CUSTOMIZE_LISTS]\r\nrmsholdview-9001=FF,0,Arial,10,2,sell,FF,\r\n");
   ASSERT_TRUE(vh::LoadListAppearance("rmsholdview", 9001, a));
   EXPECT_EQ(Summary(a), "FF 0 [Arial] 10 col 2 on sell=FF");
   EXPECT_FALSE(vh::LoadListAppearance("rmsholdview", 9002, a));
-
-  WriteFile(dir.file("UserSetting.ini"), "[CUSTOMIZE_LISTS]\ng-1=String not found\ng-2=\n");
+  // A value cut by the read buffer loses the keyword whose colour lies past
+  // the 999th character, and with it every keyword.
+  std::string cut = "0,0,F,8,1,";
+  while (cut.size() < 990)
+    cut += "kw,FF,";
+  WriteFile(grid.file("UserSetting.ini"),
+            "[CUSTOMIZE_LISTS]\ng-1=String not found\ng-2=\ng-3=" + cut + "last,FF00FF,\n");
   EXPECT_FALSE(vh::LoadListAppearance("g", 1, a));
   EXPECT_FALSE(vh::LoadListAppearance("g", 2, a));
   EXPECT_EQ(Summary(a), defaults);
-}
-
-TEST(ListAppearance, AValueCutByTheReadBufferLosesItsKeywords) {
-  TempDir dir;
-  vh::ScopedSettingsPaths paths({dir.path().string(), ""});
-  std::string value = "0,0,F,8,1,";
-  while (value.size() < 990)
-    value += "kw,FF,";
-  value += "last,FF00FF,"; // its colour lies past the 999th character
-  WriteFile(dir.file("UserSetting.ini"), "[CUSTOMIZE_LISTS]\ng-1=" + value + "\n");
-  vh::sListAppearance a;
-  ASSERT_TRUE(vh::LoadListAppearance("g", 1, a));
+  ASSERT_TRUE(vh::LoadListAppearance("g", 3, a));
   EXPECT_EQ(Summary(a), "0 0 [F] 8 col 1");
 }
 
@@ -119,13 +117,12 @@ TEST(ListAppearance, FontHeightIsMinusPointsAtTheScreenResolution) {
     const char* size;
     int dpi;
     int height;
-  } cases[] = {{"8", 96, -11},
-               {"10", 96, -13},
-               {"9", 120, -15},
-               {"8", 72, -8},
-               {"-8", 96, 11},
-               {"x", 96, 0},
-               {"2147483647", 96, INT_MIN}};
+  } cases[] = {
+      // clang-format off
+      {"8", 96, -11}, {"10", 96, -13}, {"9", 120, -15}, {"8", 72, -8},
+      {"-8", 96, 11}, {"x", 96, 0}, {"2147483647", 96, INT_MIN},
+      // clang-format on
+  };
   for (const auto& c : cases)
     EXPECT_EQ(vh::MakeListFont("Arial", c.size, c.dpi).height, c.height) << c.size << "@" << c.dpi;
 }
@@ -151,42 +148,26 @@ TEST(ColumnProfile, ParsesValues) {
     EXPECT_EQ(Summary(vh::ParseColumnProfile(c.value, 3)), c.summary) << c.name;
 }
 
-TEST(ColumnProfile, RoundTripsThroughTheSettingsFile) {
-  TempDir dir;
-  vh::ScopedSettingsPaths paths({dir.path().string(), ""});
-  vh::ScopedMessageRecorder recorder;
+TEST_F(SettingsFiles, ColumnProfileRoundTripsAndACutReadLosesTheDefinitionItCut) {
   const std::string value = "0,0,80,1,-1,0,2,2,95,3,1,110,Value# \"4\"*\"5\"#Qty*Price";
   const auto entries = vh::ParseColumnProfile(value, 3);
   ASSERT_TRUE(vh::SaveColumnProfileEntries("rmsholdview", entries, 3));
-  EXPECT_EQ(ReadFile(dir.file("UserSetting.ini")), "[rmsholdview]\nCOLUMNPROFILE=" + value + "\n");
   std::vector<vh::sColumnProfileEntry> back;
   ASSERT_TRUE(vh::LoadColumnProfileEntries("rmsholdview", 3, back));
   EXPECT_EQ(Summary(back), Summary(entries));
   EXPECT_TRUE(recorder.messages().empty());
-}
-
-TEST(ColumnProfile, ACutReadLosesTheDefinitionItCut) {
-  TempDir dir;
-  vh::ScopedSettingsPaths paths({dir.path().string(), ""});
-  std::string value = "0,0,80";
-  while (value.size() < 4080)
-    value += ",0,0,80";
-  value += ",1,1,90,Custom#\"0\"+\"0\"#A+A"; // crosses the 4,095th character
-  WriteFile(dir.file("UserSetting.ini"), "[g]\nCOLUMNPROFILE=" + value + "\n");
-  std::vector<vh::sColumnProfileEntry> back;
+  std::string cut = "0,0,80";
+  while (cut.size() < 4080)
+    cut += ",0,0,80";
+  cut += ",1,1,90,Custom#\"0\"+\"0\"#A+A"; // crosses the 4,095th character
+  WriteFile(grid.file("UserSetting.ini"), "[g]\nCOLUMNPROFILE=" + cut + "\n");
   ASSERT_TRUE(vh::LoadColumnProfileEntries("g", 1, back));
   EXPECT_EQ(back.size(), 4080u / 7 + 1);
   EXPECT_EQ(Summary({back.back()}), "(0 0 80)");
-}
-
-TEST(ColumnProfile, FailedSavesAreReported) {
-  TempDir dir;
-  vh::ScopedSettingsPaths paths({dir.file("missing-dir"), ""});
-  vh::ScopedMessageRecorder recorder;
-  EXPECT_FALSE(vh::SaveColumnProfileEntries("g", vh::ParseColumnProfile("0,0,80", 1), 1));
-  const std::vector<std::string> expected = {"File Open Failed",
-                                             "Error while saving column profile"};
-  EXPECT_EQ(recorder.messages(), expected);
+  vh::ScopedSettingsPaths missing({grid.file("missing-dir"), ""});
+  EXPECT_FALSE(vh::SaveColumnProfileEntries("g", entries, 1));
+  EXPECT_EQ(recorder.messages(),
+            (std::vector<std::string>{"File Open Failed", "Error while saving column profile"}));
 }
 
 TEST(AlertRule, ParsesValues) {
@@ -209,28 +190,23 @@ TEST(AlertRule, ParsesValues) {
   }
 }
 
-TEST(AlertRule, WrittenDeletedAndReadBack) {
-  TempDir grid, cmd;
-  vh::ScopedSettingsPaths paths({grid.path().string(), cmd.path().string()});
-  vh::ScopedMessageRecorder recorder;
+TEST_F(SettingsFiles, AlertRuleWrittenDeletedAndReadBack) {
   const vh::CustomAlert rule{"greater than or equal to", "Net Value", "2.5", "Net Value", "7"};
   ASSERT_TRUE(vh::WriteAlertRule("Net Value", rule));
-  EXPECT_EQ(ReadFile(cmd.file("UserSetting.ini")),
-            "[CUSTOMIZE_WINDOW]\nNet Value=Net Value|greater than or equal to|2.5|7|Net Value\n");
+  EXPECT_EQ(
+      ReadFile(cmd.file("UserSetting.ini")),
+      "[CUSTOMIZE_WINDOW]\r\nNet Value=Net Value|greater than or equal to|2.5|7|Net Value\r\n");
   const auto back = vh::ReadAlertRule("net value");
   ASSERT_TRUE(back);
   EXPECT_EQ(vh::FormatAlertRule(*back), "Net Value|greater than or equal to|2.5|7|net value");
 
   ASSERT_TRUE(vh::DeleteAlertRule("Net Value"));
-  EXPECT_EQ(ReadFile(cmd.file("UserSetting.ini")), "[CUSTOMIZE_WINDOW]\nNet Value= \n");
+  EXPECT_EQ(ReadFile(cmd.file("UserSetting.ini")), "[CUSTOMIZE_WINDOW]\r\nNet Value= \r\n");
   EXPECT_FALSE(vh::ReadAlertRule("Net Value"));
   EXPECT_FALSE(std::filesystem::exists(grid.file("UserSetting.ini")));
 }
 
-TEST(ViewTitle, WrittenAndReadFromDifferentSections) {
-  TempDir cmd;
-  vh::ScopedSettingsPaths paths({"", cmd.path().string()});
-  vh::ScopedMessageRecorder recorder;
+TEST_F(SettingsFiles, ViewTitleWrittenAndReadFromDifferentSections) {
   EXPECT_FALSE(vh::ReadViewTitle());
   EXPECT_TRUE(recorder.statuses().empty()) << "a missing file is not probed further";
   ASSERT_TRUE(vh::WriteViewTitle("My Holdings"));
