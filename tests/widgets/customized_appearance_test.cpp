@@ -100,8 +100,8 @@ TEST_F(AppearanceDialog, ApplyWritesTheSettingAndAppliesAtOnce) {
   QTest::mouseClick(ok, Qt::LeftButton);
 
   Click("apply");
-  EXPECT_EQ(SettingsFile(), "[CUSTOMIZE_LISTS]\n"
-                            "rmsholdview-1001=563412,FF00,DejaVu Sans,10,1,buy,FF,sold,FF00,\n");
+  EXPECT_EQ(SettingsFile(), "[CUSTOMIZE_LISTS]\r\n"
+                            "rmsholdview-1001=563412,FF00,DejaVu Sans,10,1,buy,FF,sold,FF00,\r\n");
   ASSERT_EQ(applied_.size(), 1);
   sListAppearance loaded;
   ASSERT_TRUE(LoadListAppearance("rmsholdview", 1001, loaded));

@@ -77,7 +77,7 @@ TEST_F(RepositionColumnsTest, SortModeKeepsTheDefaultSortInTheProfile) {
   }
   EXPECT_EQ(grid.sort, std::make_pair(2, true));
   EXPECT_EQ(vh::test::ReadFile(dir.file("UserSetting.ini")),
-            "[rmsholdview]\nDEFAULTSORT=Price,D\n");
+            "[rmsholdview]\r\nDEFAULTSORT=Price,D\r\n");
   EXPECT_TRUE(dlg.grab().save(VH_SCREENSHOT_DIR "/reposition_sort.png"));
   dlg.Open(grid, false);
   Click(C::kDefaultId);
