@@ -89,5 +89,4 @@ std::optional<std::string> DecodeMrvCj(const KdlMsg* msg) {
   return std::string(v.data, v.length);
 }
 
-
 } // namespace vh

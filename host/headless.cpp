@@ -266,16 +266,15 @@ void HeadlessRun::answerEnded() {
   }
   if (!options_.exportPath.isEmpty()) {
     int written = 0;
-    QMetaObject::invokeMethod(view_, "ExportGrid", Qt::DirectConnection,
-                              Q_RETURN_ARG(int, written), Q_ARG(QString, options_.exportPath));
+    QMetaObject::invokeMethod(view_, "ExportGrid", Qt::DirectConnection, Q_RETURN_ARG(int, written),
+                              Q_ARG(QString, options_.exportPath));
     if (!written) {
       finish(4, "cannot write " + options_.exportPath);
       return;
     }
   }
   int rows = 0;
-  QMetaObject::invokeMethod(view_, "DisplayedRows", Qt::DirectConnection,
-                            Q_RETURN_ARG(int, rows));
+  QMetaObject::invokeMethod(view_, "DisplayedRows", Qt::DirectConnection, Q_RETURN_ARG(int, rows));
   std::fprintf(stdout, "%d rows\n", rows);
   finish(0, QString());
 }

@@ -69,7 +69,7 @@ TEST(TarntraderCli, ExitCodesAndMessages) {
       {"backEndNotThere",
        {"--plugin", VIEWHOLDINGS_PATH, "--backend", closed, "--client", "C1", "--wait-ms", "1500"},
        1, "cannot reach the back-end at 127.0.0.1:"},
-       // clang-format on
+      // clang-format on
   };
   for (const auto& c : cases) {
     const ProcessRun r = RunTarntrader(c.args, home.path());
