@@ -1,0 +1,375 @@
+// UserSetting.ini and DialogPos.ini on a disk that refuses writes, and with
+// contents no writer of ours produced: every failed save leaves the previous
+// file whole, and the next save after the fault is gone works.
+//
+// The read-only and full disks are real: a small tmpfs mounted in a private
+// mount namespace of the test process. Where the kernel refuses such a
+// namespace those cases are skipped; the injected writer runs everywhere.
+#include <cerrno>
+#include <fcntl.h>
+#include <functional>
+#include <iostream>
+#include <optional>
+#include <sched.h>
+#include <string>
+#include <sys/mount.h>
+#include <unistd.h>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "common/message.h"
+#include "settings/access_setting.h"
+#include "settings/dialog_position.h"
+#include "settings/profile_io.h"
+#include "settings/settings_paths.h"
+#include "tests/settings/temp_dir.h"
+
+namespace {
+
+using vh::test::ReadFile;
+using vh::test::TempDir;
+using vh::test::WriteFile;
+
+constexpr const char* kUserSettings = "UserSetting.ini";
+constexpr const char* kDialogPositions = "DialogPos.ini";
+
+bool WriteAll(const std::string& path, const std::string& text) {
+  const int fd = ::open(path.c_str(), O_WRONLY);
+  if (fd < 0)
+    return false;
+  const bool ok = ::write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
+  ::close(fd);
+  return ok;
+}
+
+// Root keeps root; anyone else maps themselves to root of a new user
+// namespace, which may then mount. False when the kernel forbids either.
+bool EnterPrivateMountNamespace() {
+  static const bool entered = [] {
+    const uid_t uid = ::geteuid();
+    const gid_t gid = ::getegid();
+    if (uid == 0) {
+      if (::unshare(CLONE_NEWNS) != 0)
+        return false;
+    } else {
+      if (::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0)
+        return false;
+      if (!WriteAll("/proc/self/setgroups", "deny") ||
+          !WriteAll("/proc/self/uid_map", "0 " + std::to_string(uid) + " 1") ||
+          !WriteAll("/proc/self/gid_map", "0 " + std::to_string(gid) + " 1"))
+        return false;
+    }
+    // Mounts made here must not reach the rest of the machine.
+    return ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+  }();
+  return entered;
+}
+
+// A tmpfs of `bytes` over `dir` for the lifetime of the object.
+class SmallDisk {
+public:
+  SmallDisk(const std::string& dir, size_t bytes) : dir_(dir) {
+    const std::string options = "size=" + std::to_string(bytes) + ",mode=0755";
+    mounted_ = EnterPrivateMountNamespace() &&
+               ::mount("tmpfs", dir.c_str(), "tmpfs", 0, options.c_str()) == 0;
+  }
+  ~SmallDisk() {
+    if (mounted_)
+      ::umount2(dir_.c_str(), MNT_DETACH);
+  }
+  SmallDisk(const SmallDisk&) = delete;
+  SmallDisk& operator=(const SmallDisk&) = delete;
+
+  bool mounted() const { return mounted_; }
+  bool SetReadOnly(bool readOnly) {
+    const unsigned long flags = MS_REMOUNT | (readOnly ? MS_RDONLY : 0);
+    return ::mount("tmpfs", dir_.c_str(), "tmpfs", flags, nullptr) == 0;
+  }
+
+private:
+  std::string dir_;
+  bool mounted_ = false;
+};
+
+// Fills what is left of the disk with `filler`; removing it frees the disk.
+bool FillDisk(const std::string& filler) {
+  const int fd = ::open(filler.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+  if (fd < 0)
+    return false;
+  const std::string block(4096, 'f');
+  size_t pieceSize = block.size();
+  while (pieceSize > 0) {
+    if (::write(fd, block.data(), pieceSize) < 0) {
+      if (errno != ENOSPC)
+        break;
+      pieceSize /= 2; // the last page may take less than a block
+    }
+  }
+  ::close(fd);
+  return pieceSize == 0;
+}
+
+ssize_t DiskFull(int, const void*, size_t) {
+  errno = ENOSPC;
+  return -1;
+}
+
+// What the two settings files look like to their users.
+struct SettingsFile {
+  const char* name;
+  std::string before;                   // the file on disk before the save
+  std::function<int()> save;            // 1 when the save reports success
+  std::function<std::string()> current; // the saved value as read back now
+  std::string oldValue;
+  std::string newValue;
+};
+
+SettingsFile UserSettings() {
+  return {kUserSettings,
+          "[grid]\nCOLUMNPROFILE=0,0,80,1,-1,0\n",
+          [] {
+            std::string value = "2,0,95";
+            return vh::AccessColumnProfile(vh::kSettingWrite, "grid", value);
+          },
+          [] {
+            std::string value;
+            return vh::AccessColumnProfile(vh::kSettingLoad, "grid", value) ? value : "<none>";
+          },
+          "0,0,80,1,-1,0",
+          "2,0,95"};
+}
+
+SettingsFile DialogPositions() {
+  vh::sWindowPlacement placement;
+  placement.normalTop = 5;
+  placement.normalRight = 700;
+  return {kDialogPositions,
+          "[DIALOG_POSITION]\nView-Holding=10,20,300,400,-1,-1,-1,-1,1\n",
+          [placement] { return vh::WriteWindowPlacement("View-Holding", placement) ? 1 : 0; },
+          [] {
+            const auto p = vh::ReadWindowPlacement("View-Holding");
+            return p ? vh::FormatWindowPlacement(*p) : "<none>";
+          },
+          "10,20,300,400,-1,-1,-1,-1,1",
+          vh::FormatWindowPlacement(placement)};
+}
+
+class SettingsDisk : public ::testing::Test {
+protected:
+  TempDir top_;
+  std::string dir_ = top_.file("settings");
+  void SetUp() override { ASSERT_TRUE(std::filesystem::create_directory(dir_)); }
+};
+
+TEST_F(SettingsDisk, FailedSavesLeaveThePreviousFileAndTheNextSaveWorks) {
+  enum class Fault { ReadOnly, Full, FailingWriter };
+  const struct {
+    const char* name;
+    Fault fault;
+    SettingsFile file;
+    std::vector<std::string> messages; // shown by the failed save
+  } cases[] = {
+      {"read-only directory, UserSetting.ini",
+       Fault::ReadOnly,
+       UserSettings(),
+       {"File Open Failed"}},
+      {"read-only directory, DialogPos.ini", Fault::ReadOnly, DialogPositions(), {}},
+      {"full disk, UserSetting.ini", Fault::Full, UserSettings(), {}},
+      {"full disk, DialogPos.ini", Fault::Full, DialogPositions(), {}},
+      {"failing writer, UserSetting.ini", Fault::FailingWriter, UserSettings(), {}},
+      {"failing writer, DialogPos.ini", Fault::FailingWriter, DialogPositions(), {}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    std::optional<SmallDisk> disk;
+    if (c.fault != Fault::FailingWriter) {
+      disk.emplace(dir_, 64 * 1024);
+      if (!disk->mounted()) {
+        std::cout << "skipped (no private tmpfs here): " << c.name << "\n";
+        continue;
+      }
+    }
+    vh::ScopedSettingsPaths paths({dir_, dir_});
+    const std::string path = dir_ + "/" + c.file.name;
+    const std::string filler = dir_ + "/filler";
+    WriteFile(path, c.file.before);
+    ASSERT_EQ(c.file.current(), c.file.oldValue);
+
+    profile::detail::WriteFunction oldWriter = nullptr;
+    switch (c.fault) {
+    case Fault::ReadOnly:
+      ASSERT_TRUE(disk->SetReadOnly(true));
+      break;
+    case Fault::Full:
+      ASSERT_TRUE(FillDisk(filler));
+      break;
+    case Fault::FailingWriter:
+      oldWriter = profile::detail::SetWriteFunctionForTesting(DiskFull);
+      break;
+    }
+    {
+      vh::ScopedMessageRecorder recorder;
+      EXPECT_EQ(c.file.save(), 0);
+      EXPECT_EQ(recorder.messages(), c.messages);
+      EXPECT_EQ(ReadFile(path), c.file.before) << "the previous file was touched";
+      EXPECT_EQ(c.file.current(), c.file.oldValue);
+      const int others = vh::test::CountOtherFiles(dir_, c.file.name);
+      EXPECT_EQ(others, c.fault == Fault::Full ? 1 : 0) << "temporary file left behind";
+    }
+    switch (c.fault) {
+    case Fault::ReadOnly:
+      ASSERT_TRUE(disk->SetReadOnly(false));
+      break;
+    case Fault::Full:
+      ASSERT_EQ(::unlink(filler.c_str()), 0);
+      break;
+    case Fault::FailingWriter:
+      profile::detail::SetWriteFunctionForTesting(oldWriter);
+      break;
+    }
+    EXPECT_EQ(c.file.save(), 1) << "no save once the fault is gone";
+    EXPECT_EQ(c.file.current(), c.file.newValue);
+    disk.reset();
+    std::filesystem::remove(path);
+  }
+}
+
+TEST_F(SettingsDisk, AMissingFileInAReadOnlyDirectoryIsNotCreated) {
+  SmallDisk disk(dir_, 64 * 1024);
+  if (!disk.mounted())
+    GTEST_SKIP() << "no private tmpfs here";
+  ASSERT_TRUE(disk.SetReadOnly(true));
+  vh::ScopedSettingsPaths paths({dir_, dir_});
+  vh::ScopedMessageRecorder recorder;
+  for (const SettingsFile& file : {UserSettings(), DialogPositions()}) {
+    EXPECT_EQ(file.save(), 0) << file.name;
+    EXPECT_EQ(file.current(), "<none>") << file.name;
+  }
+  // The load of the missing UserSetting.ini says so as well.
+  EXPECT_EQ(recorder.messages(), std::vector<std::string>(2, "File Open Failed"));
+  EXPECT_TRUE(std::filesystem::is_empty(dir_));
+}
+
+// Files cut short, overwritten with noise, grown huge, or with lines longer
+// than any read buffer: reading gives what the code promises, and a save
+// afterwards adds its line without tearing anything else.
+TEST_F(SettingsDisk, DamagedFilesReadSafelyAndSurviveTheNextSave) {
+  std::string noise;
+  uint32_t state = 12345;
+  for (int i = 0; i < 3000; ++i) {
+    state = state * 1103515245u + 12345u;
+    noise += static_cast<char>(state >> 24); // NULs, CRs, '[' and '=' included
+  }
+  std::string huge;
+  while (huge.size() < 4u << 20)
+    huge += "[S" + std::to_string(huge.size()) + "]\nk=" + std::string(200, 'h') + "\n";
+  const std::string longLine(5000, '7');
+
+  const struct {
+    const char* name;
+    const char* file;
+    std::string text;
+    std::string read; // the value read back, "<none>" when none
+    std::vector<std::string> messages;
+    std::vector<std::string> statuses;
+  } cases[] = {
+      {"UserSetting.ini cut inside the value",
+       kUserSettings,
+       "[grid]\nCOLUMNPROFILE=0,0,8",
+       "0,0,8",
+       {},
+       {}},
+      {"UserSetting.ini cut inside the header",
+       kUserSettings,
+       "[grid]\nx=1\n[gr",
+       "<none>",
+       {},
+       {}},
+      {"UserSetting.ini empty", kUserSettings, "", "<none>", {}, {}},
+      {"UserSetting.ini noise", kUserSettings, noise, "<none>", {}, {}},
+      {"UserSetting.ini noise then the value",
+       kUserSettings,
+       noise + "\n[grid]\nCOLUMNPROFILE=1,1,1\n",
+       "1,1,1",
+       {},
+       {}},
+      {"UserSetting.ini 4 MB with the value last",
+       kUserSettings,
+       huge + "[grid]\nCOLUMNPROFILE=0,0,80\n",
+       "0,0,80",
+       {},
+       {}},
+      {"UserSetting.ini value over 4 KB is cut",
+       kUserSettings,
+       "[grid]\nCOLUMNPROFILE=" + longLine + "\n",
+       longLine.substr(0, 4095),
+       {},
+       {}},
+      {"DialogPos.ini cut inside the value",
+       kDialogPositions,
+       "[DIALOG_POSITION]\nView-Holding=10,20,300,4",
+       "<none>",
+       {},
+       {}},
+      {"DialogPos.ini cut after the equals sign",
+       kDialogPositions,
+       "[DIALOG_POSITION]\nView-Holding=",
+       "<none>",
+       {},
+       {"Could Not Find Saved Positions for View-HoldingDialog; Loading Defualt"}},
+      {"DialogPos.ini noise", kDialogPositions, noise, "<none>", {}, {}},
+      {"DialogPos.ini 4 MB with the value last",
+       kDialogPositions,
+       huge + "[DIALOG_POSITION]\nView-Holding=1,2,3,4,5,6,7,8,1\n",
+       "1,2,3,4,5,6,7,8,1",
+       {},
+       {}},
+      {"DialogPos.ini value over 4 KB",
+       kDialogPositions,
+       "[DIALOG_POSITION]\nView-Holding=" + longLine + "\n",
+       "<none>",
+       {},
+       {}},
+      {"DialogPos.ini padded value over 4 KB",
+       kDialogPositions,
+       "[DIALOG_POSITION]\nView-Holding=1,2,3,4,5,6,7,8,1" + std::string(5000, ' ') + "\n",
+       "1,2,3,4,5,6,7,8,1",
+       {},
+       {}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    vh::ScopedSettingsPaths paths({dir_, dir_});
+    const bool user = std::string(c.file) == kUserSettings;
+    const SettingsFile file = user ? UserSettings() : DialogPositions();
+    const std::string path = dir_ + "/" + c.file;
+    WriteFile(path, c.text);
+    {
+      vh::ScopedMessageRecorder recorder;
+      EXPECT_EQ(file.current(), c.read);
+      EXPECT_EQ(recorder.messages(), c.messages);
+      EXPECT_EQ(recorder.statuses(), c.statuses);
+    }
+    ASSERT_EQ(file.save(), 1);
+    EXPECT_EQ(file.current(), file.newValue);
+    // Whatever the save changed, it changed in one place: the old text is
+    // a prefix and a suffix of the new one, with only the edit between.
+    const std::string after = ReadFile(path);
+    size_t prefix = 0;
+    while (prefix < c.text.size() && prefix < after.size() && c.text[prefix] == after[prefix])
+      ++prefix;
+    size_t suffix = 0;
+    while (suffix < c.text.size() - prefix && suffix < after.size() - prefix &&
+           c.text[c.text.size() - 1 - suffix] == after[after.size() - 1 - suffix])
+      ++suffix;
+    const std::string removed = c.text.substr(prefix, c.text.size() - prefix - suffix);
+    const std::string added = after.substr(prefix, after.size() - prefix - suffix);
+    EXPECT_EQ(removed.find('\n'), std::string::npos) << "a line beside the edited one was lost";
+    EXPECT_LE(added.size(), removed.size() + file.newValue.size() + 64);
+    EXPECT_EQ(vh::test::CountOtherFiles(dir_, c.file), 0);
+    std::filesystem::remove(path);
+  }
+}
+
+} // namespace
