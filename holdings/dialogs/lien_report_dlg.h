@@ -27,6 +27,9 @@ class CControlPos;
 }
 
 class CLienReport final : public QDialog, public CLinkRecordHandler {
+  // Needed for qobject_cast and findChild to tell the two report dialogs apart.
+  Q_OBJECT
+
 public:
   enum : int {
     kIdCancel = 2,

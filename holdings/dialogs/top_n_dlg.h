@@ -22,6 +22,9 @@ class QPushButton;
 class QRadioButton;
 
 class CTopNDlg final : public QDialog, public CLinkRecordHandler {
+  // Needed for qobject_cast and findChild to tell the two report dialogs apart.
+  Q_OBJECT
+
 public:
   // Control ids.
   enum : int {
