@@ -1,5 +1,7 @@
 #include "holdings/mark_unmark.h"
 
+#include "common/whole_number.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
@@ -39,17 +41,7 @@ std::optional<MarkOperationInfo> MarkOperationForCommand(int command) {
 }
 
 int32_t WholeNumber(const std::string& text) {
-  size_t i = 0;
-  while (i < text.size() && std::isspace(static_cast<unsigned char>(text[i])))
-    ++i;
-  bool negative = false;
-  if (i < text.size() && (text[i] == '+' || text[i] == '-'))
-    negative = text[i++] == '-';
-  int64_t v = 0;
-  for (; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i)
-    v = std::min<int64_t>(v * 10 + (text[i] - '0'), int64_t{INT32_MAX} + 1);
-  v = negative ? -v : v;
-  return int32_t(std::clamp<int64_t>(v, INT32_MIN, INT32_MAX));
+  return LeadingWhole32(text);
 }
 
 int32_t MarkLimit(MarkOperation operation, const MarkHolding& h) {

@@ -32,6 +32,16 @@ inline constexpr uint32_t kTagWithheldHoldingQty = 64461;
 inline constexpr uint32_t kTagWithheldCollateralQty = 64462;
 inline constexpr uint32_t kTagT1Qty = 64204;
 inline constexpr uint32_t kTagT1CollateralQty = 64435;
+// The nine quantities of a holding, in the order of its columns.
+inline constexpr uint32_t kHoldingQuantityTags[] = {kTagHoldingsQty,
+                                                    kTagHoldingsUpdateQty,
+                                                    kTagUsedQty,
+                                                    kTagCollateralQty,
+                                                    kTagCollateralUpdateQty,
+                                                    kTagWithheldHoldingQty,
+                                                    kTagWithheldCollateralQty,
+                                                    kTagT1Qty,
+                                                    kTagT1CollateralQty};
 inline constexpr uint32_t kTagHaircut = 64172;
 inline constexpr uint32_t kTagCollateralType = 64171;
 inline constexpr uint32_t kTagClosePrice = 59351;

@@ -13,17 +13,6 @@
 namespace riskd {
 namespace {
 
-// Quantity columns 3..11 of kHoldingColumns, in this order of tags.
-constexpr uint32_t kQuantityTags[] = {vh::kTagHoldingsQty,
-                                      vh::kTagHoldingsUpdateQty,
-                                      vh::kTagUsedQty,
-                                      vh::kTagCollateralQty,
-                                      vh::kTagCollateralUpdateQty,
-                                      vh::kTagWithheldHoldingQty,
-                                      vh::kTagWithheldCollateralQty,
-                                      vh::kTagT1Qty,
-                                      vh::kTagT1CollateralQty};
-
 #define HOLDING_COLUMNS                                                                            \
   "client_id,scrip_id,product,holdings_qty,holdings_update_qty,used_qty,collateral_qty,"           \
   "collateral_update_qty,withheld_holding_qty,withheld_collateral_qty,t1_qty,"                     \
@@ -116,8 +105,9 @@ private:
     if (const kdl::FieldBytes* scrip = Scrip(rows_.Int(1)))
       w.Raw(scrip->bytes(), scrip->count());
     w.Field(vh::kTagProduct, rows_.Text(2));
+    // Columns 3..11 of HOLDING_COLUMNS hold the quantities in tag order.
     for (int i = 0; i < 9; ++i)
-      w.Number(kQuantityTags[i], rows_.Int(3 + i));
+      w.Number(vh::kHoldingQuantityTags[i], rows_.Int(3 + i));
     w.Hundredths(vh::kTagHaircut, rows_.Int(12));
     if (!rows_.IsNull(13))
       w.Number(vh::kTagCollateralType, rows_.Int(13));

@@ -1,5 +1,7 @@
 #include "riskd/margin_transfer.h"
 
+#include "common/whole_number.h"
+
 #include <sqlite3.h>
 
 #include <algorithm>
@@ -16,24 +18,6 @@ namespace {
 struct Holding {
   int64_t holdings = 0, update = 0, used = 0, withheld = 0, t1 = 0, haircutBp = 0, close = 0;
 };
-
-// The quantity as the dialog reads it before sending: blanks, an optional
-// sign, then leading decimal digits, clamped to 32 bits as the dialog's
-// whole number is; 0 when there are no digits. So every text the dialog
-// accepted reaches the checks below with the value the dialog checked.
-int64_t LeadingWhole(const std::string& text) {
-  size_t i = 0;
-  while (i < text.size() && std::isspace(static_cast<unsigned char>(text[i])))
-    ++i;
-  bool negative = false;
-  if (i < text.size() && (text[i] == '+' || text[i] == '-'))
-    negative = text[i++] == '-';
-  int64_t v = 0;
-  for (; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i)
-    v = std::min<int64_t>(v * 10 + (text[i] - '0'), int64_t{INT32_MAX} + 1);
-  v = negative ? -v : v;
-  return std::clamp<int64_t>(v, INT32_MIN, INT32_MAX);
-}
 
 std::optional<Holding> LoadHolding(const Db& db, const TransferRequest& r) {
   Stmt s = db.Prepare("SELECT holdings_qty,holdings_update_qty,used_qty,withheld_holding_qty,"
@@ -133,7 +117,7 @@ std::string ApplyTransfer(Db& db, const TransferRequest& request) {
   Transaction tx(db);
   if (!tx.ok())
     return "database busy: " + db.LastError();
-  const int64_t qty = LeadingWhole(request.quantity);
+  const int64_t qty = vh::LeadingWhole32(request.quantity);
   Holding h;
   std::string why = Check(db, request, qty, &h);
   if (why.empty()) {

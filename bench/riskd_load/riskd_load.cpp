@@ -47,15 +47,6 @@ struct Options {
   std::string riskd = VH_RISKD_BINARY;
 };
 
-constexpr uint32_t kQuantityTags[] = {vh::kTagHoldingsQty,
-                                      vh::kTagHoldingsUpdateQty,
-                                      vh::kTagUsedQty,
-                                      vh::kTagCollateralQty,
-                                      vh::kTagCollateralUpdateQty,
-                                      vh::kTagWithheldHoldingQty,
-                                      vh::kTagWithheldCollateralQty,
-                                      vh::kTagT1Qty,
-                                      vh::kTagT1CollateralQty};
 constexpr std::string_view kHoldings = "display_holding_detail";
 
 uint64_t Fnv(std::string_view s) {
@@ -248,7 +239,7 @@ public:
         if (m->Count(vh::kTagStatus))
           return m->Text(vh::kTagStatus) == "1" ? std::optional<Digest>(d) : std::nullopt;
         std::vector<std::string> q;
-        for (uint32_t tag : kQuantityTags)
+        for (uint32_t tag : vh::kHoldingQuantityTags)
           q.emplace_back(m->Text(tag).value_or("?"));
         d.Add(Canonical(
             m->Text(vh::kTagClientId).value_or("?"), m->Text(vh::kTagScripCode).value_or(""),
