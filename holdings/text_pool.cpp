@@ -1,48 +1,10 @@
 #include "holdings/text_pool.h"
 
+#include "grid/text_hash.h"
+
 #include <cstring>
 
 namespace vh {
-namespace {
-
-uint64_t Load8(const char* p) {
-  uint64_t v;
-  std::memcpy(&v, p, 8);
-  return v;
-}
-
-uint32_t Load4(const char* p) {
-  uint32_t v;
-  std::memcpy(&v, p, 4);
-  return v;
-}
-
-// Eight bytes per multiply; the last bytes are read as overlapping
-// fixed-size words, since a variable-length copy into a stack word stalls
-// on store forwarding. Symbols and client ids are 5 to 15 bytes.
-uint32_t Hash(std::string_view text) {
-  const char* p = text.data();
-  const size_t n = text.size();
-  uint64_t h = 0x9E3779B97F4A7C15ull ^ n;
-  uint64_t tail = 0;
-  if (n >= 8) {
-    for (size_t i = 0; i + 8 < n; i += 8) {
-      h = (h ^ Load8(p + i)) * 0xFF51AFD7ED558CCDull;
-      h ^= h >> 32;
-    }
-    tail = Load8(p + n - 8);
-  } else if (n >= 4) {
-    tail = (uint64_t(Load4(p)) << 32) | Load4(p + n - 4);
-  } else if (n > 0) {
-    tail = (uint64_t(uint8_t(p[0])) << 16) | (uint64_t(uint8_t(p[n / 2])) << 8) | uint8_t(p[n - 1]);
-  }
-  h = (h ^ tail) * 0xC4CEB9FE1A85EC53ull;
-  h ^= h >> 29;
-  h *= 0xFF51AFD7ED558CCDull;
-  return uint32_t(h >> 32);
-}
-
-} // namespace
 
 TextPool::TextPool() {
   Clear();
@@ -70,12 +32,12 @@ size_t TextPool::SlotOf(std::string_view text, uint32_t hash) const {
 }
 
 TextId TextPool::Find(std::string_view text) const {
-  const size_t slot = SlotOf(text, Hash(text));
+  const size_t slot = SlotOf(text, HashText(text));
   return table_[slot].id1 ? table_[slot].id1 - 1 : kNotFound;
 }
 
 TextId TextPool::Intern(std::string_view text) {
-  const uint32_t hash = Hash(text);
+  const uint32_t hash = HashText(text);
   size_t slot = SlotOf(text, hash);
   if (table_[slot].id1)
     return table_[slot].id1 - 1;
