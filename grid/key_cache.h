@@ -33,6 +33,8 @@ namespace vh {
 inline constexpr uint64_t kCustomLeftEmpty = 0x7FF0000000000001ull;
 inline constexpr uint64_t kCustomDividedByZero = 0x7FF0000000000002ull;
 
+struct FreshKey;
+
 struct ColumnKeys {
   enum class Kind : uint8_t { kNumber, kShortText, kText, kCustom };
   Kind kind = Kind::kText;
@@ -50,6 +52,8 @@ struct ColumnKeys {
 
   size_t Slots() const { return kind == Kind::kText ? ids.size() : keys.size(); }
   size_t Bytes() const;
+  // Keeps `fresh` as slot `slot`'s key.
+  void Store(uint32_t slot, const FreshKey& fresh);
   // Ranks of every text interned so far (refreshed after new texts).
   const std::vector<uint32_t>& Ranks();
 };
@@ -60,6 +64,15 @@ struct FreshKey {
   std::string_view text; // kText: valid until the next read
   bool scanAgrees = true;
 };
+
+inline void ColumnKeys::Store(uint32_t slot, const FreshKey& fresh) {
+  if (kind == Kind::kText) {
+    ids[slot] = texts.Intern(fresh.text);
+  } else {
+    keys[slot] = fresh.key;
+    scanAgrees = scanAgrees && fresh.scanAgrees;
+  }
+}
 
 // One optional ColumnKeys per column, plus the bookkeeping that keeps them
 // in step with the row store. Knows nothing of cell texts.

@@ -237,12 +237,7 @@ std::unique_ptr<ColumnKeys> RowEngine::ReadColumnKeys(int column) {
       uncacheable_[size_t(column)] = 1;
       return nullptr;
     }
-    if (keys->kind == ColumnKeys::Kind::kText) {
-      keys->ids[d] = keys->texts.Intern(fresh.text);
-    } else {
-      keys->keys[d] = fresh.key;
-      keys->scanAgrees = keys->scanAgrees && fresh.scanAgrees;
-    }
+    keys->Store(d, fresh);
   }
   return keys;
 }
@@ -304,12 +299,7 @@ ColumnKeys* RowEngine::PassKeys(int column) {
         uncacheable_[size_t(column)] = 1;
         return nullptr;
       }
-      if (keys->kind == ColumnKeys::Kind::kText) {
-        keys->ids[d] = keys->texts.Intern(fresh.text);
-      } else {
-        keys->keys[d] = fresh.key;
-        keys->scanAgrees = keys->scanAgrees && fresh.scanAgrees;
-      }
+      keys->Store(d, fresh);
     }
     if (keys)
       keys->dirty.clear();
