@@ -9,7 +9,7 @@
 #include "host/backend_control.h"
 #include "kdl/message.h"
 #include "kdl/tags.h"
-#include "riskd/server.h"
+#include "tests/host/riskd_start.h"
 
 namespace {
 
@@ -31,14 +31,7 @@ struct Receiver : CBrioRxNotifierBase {
 class ControlTest : public ::testing::Test {
 protected:
   void Start(size_t maxPending = host::BackendControl::kMaxPending) {
-    ASSERT_TRUE(dir_.isValid());
-    riskd::RiskServerOptions o;
-    o.store.dbPath = (dir_.path() + "/risk.db").toStdString();
-    o.store.sample.holdings = 3000;
-    o.log = [](const std::string&) {};
-    std::string error;
-    server_ = riskd::RiskServer::Start(o, &error);
-    ASSERT_TRUE(server_) << error;
+    ASSERT_TRUE(server_ = host_test::StartRiskd(dir_.path(), 3000));
     control_ = std::make_unique<host::BackendControl>(nullptr, maxPending);
     control_->Start("127.0.0.1", server_->port());
     ASSERT_TRUE(QTest::qWaitFor([&] { return control_->IsConnected() != 0; }, 10000));

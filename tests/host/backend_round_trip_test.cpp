@@ -13,7 +13,7 @@
 #include "host/startup_loader.h"
 #include "kdl/message.h"
 #include "plugin/tarn_host_api.h"
-#include "riskd/server.h"
+#include "tests/host/riskd_start.h"
 
 namespace {
 
@@ -33,18 +33,6 @@ struct Recorder : CBrioRxNotifierBase {
   bool ended = false;
 };
 
-std::unique_ptr<riskd::RiskServer> StartServer(const QString& dir, uint16_t port = 0) {
-  riskd::RiskServerOptions o;
-  o.store.dbPath = (dir + "/risk.db").toStdString();
-  o.store.sample.holdings = 3000;
-  o.port = port;
-  o.log = [](const std::string&) {};
-  std::string error;
-  auto server = riskd::RiskServer::Start(o, &error);
-  EXPECT_TRUE(server) << error;
-  return server;
-}
-
 bool WaitConnected(host::BackendControl& c, bool up, int ms = 10000) {
   return QTest::qWaitFor([&] { return (c.IsConnected() != 0) == up; }, ms);
 }
@@ -55,8 +43,7 @@ protected:
     ASSERT_TRUE(dir.isValid());
     // A plug-in loaded here keeps its settings in the test's folder.
     host::TheHost().settingsDirectory = dir.path().toStdString();
-    server = StartServer(dir.path());
-    ASSERT_TRUE(server);
+    ASSERT_TRUE(server = host_test::StartRiskd(dir.path(), 3000));
     control.Start("127.0.0.1", server->port());
     ASSERT_TRUE(WaitConnected(control, true));
   }
@@ -106,8 +93,8 @@ TEST_F(BackendRoundTrip, VanishedBackEndFailsSendsThenReconnects) {
   EXPECT_EQ(control.Send(nullptr, req.get(), 0, &err), 0);
   EXPECT_NE(err.code, 0);
 
-  server = StartServer(dir.path(), port); // same port: the control comes back by itself
-  ASSERT_TRUE(server);
+  // The same port: the control comes back by itself.
+  ASSERT_TRUE(server = host_test::StartRiskd(dir.path(), 3000, false, port));
   ASSERT_TRUE(WaitConnected(control, true, 15000));
   ASSERT_GE(changes.size(), 2);
   EXPECT_FALSE(changes.first().at(0).toBool());
