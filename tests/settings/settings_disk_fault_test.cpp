@@ -110,7 +110,14 @@ bool FillDisk(const std::string& filler) {
   return pieceSize == 0;
 }
 
-ssize_t DiskFull(int, const void*, size_t) {
+// Writes half of what it is given once, then reports a full disk.
+ssize_t HalfThenFull(int fd, const void* data, size_t size) {
+  static bool wrote = false;
+  if (!wrote && size > 1) {
+    wrote = true;
+    return ::write(fd, data, size / 2);
+  }
+  wrote = false;
   errno = ENOSPC;
   return -1;
 }
@@ -174,8 +181,8 @@ TEST_F(SettingsDisk, FailedSavesLeaveThePreviousFileAndTheNextSaveWorks) {
       {"read-only, DialogPos.ini", Fault::ReadOnly, DialogPositions()},
       {"full disk, UserSetting.ini", Fault::Full, UserSettings()},
       {"full disk, DialogPos.ini", Fault::Full, DialogPositions()},
-      {"failing writer, UserSetting.ini", Fault::FailingWriter, UserSettings()},
-      {"failing writer, DialogPos.ini", Fault::FailingWriter, DialogPositions()},
+      {"writer failing half-way, UserSetting.ini", Fault::FailingWriter, UserSettings()},
+      {"writer failing half-way, DialogPos.ini", Fault::FailingWriter, DialogPositions()},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -201,7 +208,7 @@ TEST_F(SettingsDisk, FailedSavesLeaveThePreviousFileAndTheNextSaveWorks) {
       case Fault::Full:
         return on ? FillDisk(filler) : ::unlink(filler.c_str()) == 0;
       case Fault::FailingWriter:
-        profile::detail::SetWriteFunctionForTesting(on ? DiskFull : nullptr);
+        profile::detail::SetWriteFunctionForTesting(on ? HalfThenFull : nullptr);
       }
       return true;
     };
