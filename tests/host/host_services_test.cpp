@@ -37,11 +37,8 @@ protected:
     h.master.Finish();
     h.user = {};
     h.user.id = "U1";
-    h.user.exchanges = {"NSE", "BSE"};
-    h.user.clientIds = {"C000001", "C000002"};
     h.user.rights = {"RMS View Holdings: Mark/UnMark"};
-    for (int id :
-         {21000, 9013, 25001, 21002, 21003, 21004, 21005, 21006, 21008, 21009, 21010, 21011}) {
+    for (int id : {25001, 21002, 21003, 21008, 21010, 21011}) {
       auto* c = new QComboBox(&dialog);
       SetControlId(c, id);
     }
