@@ -84,18 +84,6 @@ TEST_F(AccessSetting, ColumnProfilesLiveInTheSettingsDirectory) {
   EXPECT_TRUE(recorder_.messages().empty());
 }
 
-TEST_F(AccessSetting, AMissingSettingsFileIsReportedOncePerLoad) {
-  std::string read;
-  EXPECT_EQ(vh::AccessColumnProfile(vh::kSettingLoad, "g", read), 0);
-  EXPECT_EQ(vh::AccessColumnProfile(vh::kSettingLoad, "g", read), 0);
-  EXPECT_FALSE(std::filesystem::exists(grid_.file("UserSetting.ini")));
-  ASSERT_TRUE(std::filesystem::create_directory(grid_.file("UserSetting.ini")));
-  std::string value = "1,1,1";
-  EXPECT_EQ(vh::AccessColumnProfile(vh::kSettingWrite, "g", value), 0);
-  const std::vector<std::string> expected(3, "File Open Failed");
-  EXPECT_EQ(recorder_.messages(), expected);
-}
-
 TEST(SettingsPaths, DirectoriesAreCutBeforeTheLastSeparator) {
   const struct {
     const char* path;
