@@ -150,27 +150,4 @@ TEST(HoldingCells, ClosePriceInSinglePrecisionAndColumnsOutOfRange) {
   }
 }
 
-TEST(HoldingColumns, TablesOfBothGrids) {
-  const auto holdings = HoldingsColumns();
-  const auto alerts = AlertColumns();
-  ASSERT_EQ(holdings.size(), 18u);
-  ASSERT_EQ(alerts.size(), 5u);
-  std::string types, names;
-  for (const sTarnColInfo& c : holdings) {
-    EXPECT_EQ(c.nWidth, 80);
-    EXPECT_EQ(c.nFormat, 0);
-    types += std::to_string(c.nType);
-    names += std::string(c.Name()) + "|";
-  }
-  EXPECT_EQ(types, "333333444444444234");
-  EXPECT_EQ(names, "Client id|Product|Series|NSE Symbol|BSE Scrip code|BSE Symbol|Holdings "
-                   "Qty|Holdings Update Qty|Used Qty|Collateral Qty|Collateral Update Qty|Withheld "
-                   "Holding Qty|Withheld Collateral Qty|T1 Qty|T1 Collateral Qty|Hair Cut(%)|"
-                   "Collateral Type|Close Price|");
-  for (const sTarnColInfo& c : alerts)
-    EXPECT_TRUE(c.nWidth == 80 && c.nFormat == 1 && c.nType == 3) << c.Name();
-  EXPECT_EQ(alerts[1].Name(), "Client ID");
-  EXPECT_EQ(alerts[2].Name(), "ISIN");
-}
-
 } // namespace

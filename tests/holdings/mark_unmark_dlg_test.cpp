@@ -72,75 +72,48 @@ TEST_F(MarkDialogTest, RefusalsAndWhatAnAcceptedQuantitySends) {
     f.insert(f.end(), {{64044, {qty}}, {20008, {action}}, {54247, {"RMS1"}}});
     return f;
   };
+  // The caption and the quantity offered: the limit of each operation.
+  const struct {
+    int command;
+    const char *caption, *prefill;
+  } opened[] = {{kCmdMarkFo, "FO Marking", "750"},
+                {kCmdMarkCur, "Currency Marking", "750"},
+                {kCmdUnmarkFo, "FO UnMarking", "100"},
+                {kCmdUnmarkCur, "Currency UnMarking", "40"}};
+  for (const auto& o : opened) {
+    ASSERT_TRUE(dialog.Open(o.command));
+    EXPECT_EQ(dialog.windowTitle() + " " + Edit(kEditMarkQuantity)->text(),
+              QString(o.caption) + " " + o.prefill);
+  }
   const struct {
     const char* name;
     int command;
-    const char* collateralType;
-    const char *prefill, *caption, *quantity, *message; // message "" when sent
+    const char *quantity, *message; // message "" when sent
     Fields expected;
+    bool collateral = true;
   } cases[] = {
-      {"zero", kCmdMarkFo, "CL", "750", "FO Marking", "0", "Entered Qty cannot be 0", {}},
-      {"letters",
-       kCmdMarkCur,
-       "CL",
-       "750",
-       "Currency Marking",
-       "abc",
-       "Entered Qty cannot be 0",
-       {}},
-      {"one past the mark limit",
-       kCmdMarkFo,
-       "CL",
-       "750",
-       "FO Marking",
-       "751",
-       "Entered Quantity 751 cannot exceed 750",
-       {}},
-      {"past 32 bits",
-       kCmdMarkFo,
-       "CL",
-       "750",
-       "FO Marking",
-       "99999999999",
-       "Entered Quantity 2147483647 cannot exceed 750",
-       {}},
-      {"over the FO unmark limit",
-       kCmdUnmarkFo,
-       "CL",
-       "100",
-       "FO UnMarking",
-       "+101",
-       "Entered Quantity 101 cannot exceed 100",
-       {}},
-      {"over the CUR unmark limit",
-       kCmdUnmarkCur,
-       "CL",
-       "40",
-       "Currency UnMarking",
-       "41x",
-       "Entered Quantity 41 cannot exceed 40",
-       {}},
-      {"mark at the limit with a sign", kCmdMarkFo, "CL", "750", "FO Marking", "+750", "",
-       sent("+750", "MF", true)},
-      {"unmark without collateral fields", kCmdUnmarkCur, "---", "40", "Currency UnMarking",
-       "40 shares", "", sent("40 shares", "UC", false)},
+      {"letters", kCmdMarkCur, "abc", "Entered Qty cannot be 0"},
+      {"one past the mark limit", kCmdMarkFo, "751", "Entered Quantity 751 cannot exceed 750"},
+      {"past 32 bits", kCmdMarkFo, "99999999999", "Entered Quantity 2147483647 cannot exceed 750"},
+      {"over the FO unmark limit", kCmdUnmarkFo, "+101", "Entered Quantity 101 cannot exceed 100"},
+      {"over the CUR unmark limit", kCmdUnmarkCur, "41x", "Entered Quantity 41 cannot exceed 40"},
+      {"mark at the limit with a sign", kCmdMarkFo, "+750", "", sent("+750", "MF", true)},
+      {"no collateral type", kCmdUnmarkCur, "40 shares", "", sent("40 shares", "UC", false), false},
   };
   for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
     recorder.clear();
     control.sent.clear();
-    h.collateralType = c.collateralType;
-    ASSERT_TRUE(dialog.Open(c.command)) << c.name;
-    EXPECT_EQ(dialog.windowTitle(), c.caption) << c.name;
-    EXPECT_EQ(Edit(kEditMarkQuantity)->text(), c.prefill) << c.name;
+    h.collateralType = c.collateral ? "CL" : "---";
+    ASSERT_TRUE(dialog.Open(c.command));
     QApplication::setActiveWindow(&dialog);
     Submit(c.quantity);
     const bool refused = *c.message != 0;
-    EXPECT_EQ(recorder.messages(), refused ? Strings{c.message} : Strings{}) << c.name;
-    EXPECT_EQ(dialog.isVisible(), refused) << c.name;
+    EXPECT_EQ(recorder.messages(), refused ? Strings{c.message} : Strings{});
+    EXPECT_EQ(dialog.isVisible(), refused);
     if (refused)
-      EXPECT_EQ(QApplication::focusWidget(), Edit(kEditMarkQuantity)) << c.name;
-    EXPECT_EQ(control.sent, refused ? std::vector<Fields>{} : std::vector<Fields>{c.expected})
-        << c.name;
+      EXPECT_EQ(QApplication::focusWidget(), Edit(kEditMarkQuantity));
+    EXPECT_EQ(control.sent, refused ? std::vector<Fields>{} : std::vector<Fields>{c.expected});
   }
   ASSERT_TRUE(dialog.Open(kCmdMarkFo));
   const QString shown =

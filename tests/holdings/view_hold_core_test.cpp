@@ -23,11 +23,8 @@ struct FakeHost : ViewHoldHost {
     return true;
   }
   void LookupNseTradingSymbol() override { ++nseLookups; }
-  void OnBseCounterpart(const std::optional<std::string>& symbol) override {
-    counterparts.push_back(symbol.value_or("(none)"));
-  }
+  void OnBseCounterpart(const std::optional<std::string>&) override {}
   int nseLookups = 0;
-  std::vector<std::string> counterparts;
 };
 
 // The grid: client ids of its rows, newest first, as the reverse-display
@@ -170,17 +167,9 @@ TEST_F(ViewHoldCoreTest, PresentValuesReplacedByKeyAndStaleKeysDropped) {
   EXPECT_EQ(core.presentValues().Find("C1", "XYZ", ""), nullptr);
 }
 
-TEST_F(ViewHoldCoreTest, MrvCjPeerValueAndPositions) {
-  EXPECT_EQ(core.LoadBse(std::nullopt), 0);
-  EXPECT_EQ(core.LoadBse("ABCD-EQ"), 1);
-  Deliver("mrv_cj", {{63001, "bse_cm"}, {10100, "ABCD"}});
-  Deliver("mrv_cj", {{63001, "bse_cm"}});
-  EXPECT_EQ(host.counterparts, (std::vector<std::string>{"ABCD", "(none)"}));
-
-  EXPECT_EQ(core.RequestPeerValue("U1"), 1);
-  Deliver("om_get_user_peer_data", {{64056, "P5"}});
-  EXPECT_EQ(core.peerValue(), "P5");
-
+// The view's end-to-end tests cover Load BSE and the peer value; no
+// back-end sends position trees, so they are delivered here.
+TEST_F(ViewHoldCoreTest, PositionTreesCompletePerExchange) {
   EXPECT_EQ(core.ClientIdCount(), 4);
   for (int i = 0; i < 4; ++i)
     Deliver("mrv_positions_scp_show_tree", {{kTagSubKind, "NSE"}});

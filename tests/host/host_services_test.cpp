@@ -37,11 +37,8 @@ protected:
     h.master.Finish();
     h.user = {};
     h.user.id = "U1";
-    h.user.exchanges = {"NSE", "BSE"};
-    h.user.clientIds = {"C000001", "C000002"};
     h.user.rights = {"RMS View Holdings: Mark/UnMark"};
-    for (int id :
-         {21000, 9013, 25001, 21002, 21003, 21004, 21005, 21006, 21008, 21009, 21010, 21011}) {
+    for (int id : {25001, 21002, 21003, 21008, 21010, 21011}) {
       auto* c = new QComboBox(&dialog);
       SetControlId(c, id);
     }
@@ -57,10 +54,6 @@ protected:
     vh::HostProcAs<pu_fill_scrip_combos_with_bse_grp_fn>("pu_fill_scrip_combos_with_bse_grp")(
         &dialog, 25001, 21002, 21003, 21010, 21011, 21008, mode);
   }
-  void FillBse(int mode) {
-    vh::HostProcAs<pu_fill_scrip_combos_with_bse_grp_fn>("pu_fill_scrip_combos_with_bse_grp")(
-        &dialog, 21004, 21005, 21006, 21010, 21009, 21008, mode);
-  }
   QDialog dialog;
 };
 
@@ -73,48 +66,20 @@ TEST_F(HostServices, ActionRightsFollowTheUser) {
   EXPECT_EQ(enabled("RMS View Holdings: Other"), 1);
 }
 
-TEST_F(HostServices, ExchangeAndClientCombosAreFilledWithoutSelection) {
-  vh::HostProcAs<pu_load_exchange_combo_fn>("pu_load_exchange_combo")(&dialog, 21000);
-  vh::HostProcAs<pu_load_client_id_combo_fn>("pu_load_client_id_combo")(&dialog, 9013);
-  EXPECT_EQ(Items(Combo(21000)), (QStringList{"NSE", "BSE"}));
-  EXPECT_EQ(Items(Combo(9013)), (QStringList{"C000001", "C000002"}));
-  EXPECT_EQ(Combo(9013)->currentIndex(), -1);
-}
-
-TEST_F(HostServices, NseRowCascadesFromExchangeToTradingSymbols) {
+// The view's own end-to-end tests walk both rows forward; here a row goes
+// back to "--" and empties.
+TEST_F(HostServices, NseRowCascadesAndEmptiesAgain) {
   Combo(25001)->addItems({"--", "NSE"});
   Combo(25001)->setCurrentIndex(1);
   FillNse(0);
-  EXPECT_EQ(Items(Combo(21002)), (QStringList{"ACME", "BOLT"}));
   EXPECT_EQ(Combo(21002)->currentIndex(), -1);
   Combo(21002)->setCurrentIndex(0);
   FillNse(1);
   EXPECT_EQ(Items(Combo(21003)), (QStringList{"ACME-BE", "ACME-EQ"}));
-  Combo(21003)->setCurrentIndex(1);
-  QString ts, token;
-  vh::HostProcAs<pu_get_trading_symbol_n_token_fn>("pu_get_trading_symbol_n_token")(
-      &dialog, 25001, 21002, 21003, 21010, 21009, 21008, &ts, &token);
-  EXPECT_EQ(ts, "ACME-EQ");
-  EXPECT_EQ(token, "11");
-  // Back to "--": the row empties.
   Combo(25001)->setCurrentIndex(0);
   FillNse(0);
   EXPECT_EQ(Combo(21002)->count(), 0);
   EXPECT_EQ(Combo(21003)->count(), 0);
-}
-
-TEST_F(HostServices, BseRowOffersGroupsAndTheSymbolsOfEach) {
-  Combo(21004)->addItems({"--", "BSE"});
-  Combo(21004)->setCurrentIndex(1);
-  FillBse(0);
-  EXPECT_EQ(Items(Combo(21009)), (QStringList{"A", "B"}));
-  EXPECT_EQ(Items(Combo(21005)), (QStringList{"ACME"}));
-  Combo(21009)->setCurrentIndex(1);
-  FillBse(3);
-  EXPECT_EQ(Items(Combo(21005)), (QStringList{"ZED"}));
-  Combo(21005)->setCurrentIndex(0);
-  FillBse(1);
-  EXPECT_EQ(Items(Combo(21006)), (QStringList{"B"}));
 }
 
 TEST_F(HostServices, ScripDetailsByEveryKindOfName) {

@@ -7,28 +7,15 @@
 
 #include <fstream>
 
-#include "riskd/passwords.h"
-#include "riskd/server.h"
+#include "tests/host/riskd_start.h"
 
 namespace {
 
 TEST(TarntraderAuth, HeadlessRunsReadThePasswordFromAPrivateFile) {
   QTemporaryDir dir;
   ASSERT_TRUE(dir.isValid());
-  riskd::RiskServerOptions o;
-  o.store.dbPath = (dir.path() + "/risk.db").toStdString();
-  o.store.sample.holdings = 1000;
-  o.auth = true;
-  o.refusedLoginDelay = std::chrono::milliseconds(50);
-  o.log = [](const std::string&) {};
-  std::string error;
-  auto server = riskd::RiskServer::Start(o, &error);
-  ASSERT_TRUE(server) << error;
-  {
-    riskd::Db db;
-    ASSERT_TRUE(db.Open(o.store.dbPath, &error));
-    ASSERT_TRUE(riskd::SetPassword(db, "RMS2", "pa55word", &error)) << error;
-  }
+  auto server = host_test::StartRiskd(dir.path(), 1000, true);
+  ASSERT_TRUE(server);
   const struct {
     const char* name;
     const char* fileText; // nullptr: no --password-file

@@ -25,7 +25,7 @@ protected:
 
 TEST_F(AccessSetting, SettingValueReadOutcomes) {
   WriteFile(cmd_.file("U.ini"),
-            "[S]\nempty=\nblank= \nliteral=Key not found\nlong=" + std::string(5000, 'x') + "\n");
+            "[S]\nempty=\nliteral=Key not found\nlong=" + std::string(5000, 'x') + "\n");
   const struct {
     const char* name;
     int mode;
@@ -36,9 +36,7 @@ TEST_F(AccessSetting, SettingValueReadOutcomes) {
       {"missing key empties the value", vh::kSettingRead, "none", 0, ""},
       {"stored default text counts as missing", vh::kSettingRead, "literal", 0, ""},
       {"empty value leaves it untouched", vh::kSettingRead, "empty", 0, "before"},
-      {"blank value reads as empty", vh::kSettingRead, "blank", 0, "before"},
       {"long value cut to 4,094 characters", vh::kSettingRead, "long", 1, std::string(4094, 'x')},
-      {"unknown mode", 3, "long", 0, "before"},
       {"load mode is not for setting values", vh::kSettingLoad, "long", 0, "before"},
   };
   for (const auto& c : cases) {
@@ -84,18 +82,6 @@ TEST_F(AccessSetting, ColumnProfilesLiveInTheSettingsDirectory) {
   EXPECT_EQ(read, "Settings not found");
   EXPECT_EQ(vh::AccessColumnProfile(vh::kSettingRead, "rmsholdview", read), 0);
   EXPECT_TRUE(recorder_.messages().empty());
-}
-
-TEST_F(AccessSetting, AMissingSettingsFileIsReportedOncePerLoad) {
-  std::string read;
-  EXPECT_EQ(vh::AccessColumnProfile(vh::kSettingLoad, "g", read), 0);
-  EXPECT_EQ(vh::AccessColumnProfile(vh::kSettingLoad, "g", read), 0);
-  EXPECT_FALSE(std::filesystem::exists(grid_.file("UserSetting.ini")));
-  ASSERT_TRUE(std::filesystem::create_directory(grid_.file("UserSetting.ini")));
-  std::string value = "1,1,1";
-  EXPECT_EQ(vh::AccessColumnProfile(vh::kSettingWrite, "g", value), 0);
-  const std::vector<std::string> expected(3, "File Open Failed");
-  EXPECT_EQ(recorder_.messages(), expected);
 }
 
 TEST(SettingsPaths, DirectoriesAreCutBeforeTheLastSeparator) {

@@ -110,7 +110,14 @@ bool FillDisk(const std::string& filler) {
   return pieceSize == 0;
 }
 
-ssize_t DiskFull(int, const void*, size_t) {
+// Writes half of what it is given once, then reports a full disk.
+ssize_t HalfThenFull(int fd, const void* data, size_t size) {
+  static bool wrote = false;
+  if (!wrote && size > 1) {
+    wrote = true;
+    return ::write(fd, data, size / 2);
+  }
+  wrote = false;
   errno = ENOSPC;
   return -1;
 }
@@ -168,17 +175,14 @@ TEST_F(SettingsDisk, FailedSavesLeaveThePreviousFileAndTheNextSaveWorks) {
     const char* name;
     Fault fault;
     SettingsFile file;
-    std::vector<std::string> messages; // shown by the failed save
+    std::vector<std::string> messages = {}; // shown by the failed save
   } cases[] = {
-      {"read-only directory, UserSetting.ini",
-       Fault::ReadOnly,
-       UserSettings(),
-       {"File Open Failed"}},
-      {"read-only directory, DialogPos.ini", Fault::ReadOnly, DialogPositions(), {}},
-      {"full disk, UserSetting.ini", Fault::Full, UserSettings(), {}},
-      {"full disk, DialogPos.ini", Fault::Full, DialogPositions(), {}},
-      {"failing writer, UserSetting.ini", Fault::FailingWriter, UserSettings(), {}},
-      {"failing writer, DialogPos.ini", Fault::FailingWriter, DialogPositions(), {}},
+      {"read-only, UserSetting.ini", Fault::ReadOnly, UserSettings(), {"File Open Failed"}},
+      {"read-only, DialogPos.ini", Fault::ReadOnly, DialogPositions()},
+      {"full disk, UserSetting.ini", Fault::Full, UserSettings()},
+      {"full disk, DialogPos.ini", Fault::Full, DialogPositions()},
+      {"writer failing half-way, UserSetting.ini", Fault::FailingWriter, UserSettings()},
+      {"writer failing half-way, DialogPos.ini", Fault::FailingWriter, DialogPositions()},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -196,18 +200,19 @@ TEST_F(SettingsDisk, FailedSavesLeaveThePreviousFileAndTheNextSaveWorks) {
     WriteFile(path, c.file.before);
     ASSERT_EQ(c.file.current(), c.file.oldValue);
 
-    profile::detail::WriteFunction oldWriter = nullptr;
-    switch (c.fault) {
-    case Fault::ReadOnly:
-      ASSERT_TRUE(disk->SetReadOnly(true));
-      break;
-    case Fault::Full:
-      ASSERT_TRUE(FillDisk(filler));
-      break;
-    case Fault::FailingWriter:
-      oldWriter = profile::detail::SetWriteFunctionForTesting(DiskFull);
-      break;
-    }
+    // Turns the fault on or off; false when that did not work.
+    auto fault = [&](bool on) {
+      switch (c.fault) {
+      case Fault::ReadOnly:
+        return disk->SetReadOnly(on);
+      case Fault::Full:
+        return on ? FillDisk(filler) : ::unlink(filler.c_str()) == 0;
+      case Fault::FailingWriter:
+        profile::detail::SetWriteFunctionForTesting(on ? HalfThenFull : nullptr);
+      }
+      return true;
+    };
+    ASSERT_TRUE(fault(true));
     {
       vh::ScopedMessageRecorder recorder;
       EXPECT_EQ(c.file.save(), 0);
@@ -217,17 +222,7 @@ TEST_F(SettingsDisk, FailedSavesLeaveThePreviousFileAndTheNextSaveWorks) {
       const int others = vh::test::CountOtherFiles(dir_, c.file.name);
       EXPECT_EQ(others, c.fault == Fault::Full ? 1 : 0) << "temporary file left behind";
     }
-    switch (c.fault) {
-    case Fault::ReadOnly:
-      ASSERT_TRUE(disk->SetReadOnly(false));
-      break;
-    case Fault::Full:
-      ASSERT_EQ(::unlink(filler.c_str()), 0);
-      break;
-    case Fault::FailingWriter:
-      profile::detail::SetWriteFunctionForTesting(oldWriter);
-      break;
-    }
+    ASSERT_TRUE(fault(false));
     EXPECT_EQ(c.file.save(), 1) << "no save once the fault is gone";
     EXPECT_EQ(c.file.current(), c.file.newValue);
     disk.reset();
@@ -266,90 +261,38 @@ TEST_F(SettingsDisk, DamagedFilesReadSafelyAndSurviveTheNextSave) {
     huge += "[S" + std::to_string(huge.size()) + "]\nk=" + std::string(200, 'h') + "\n";
   const std::string longLine(5000, '7');
 
+  const std::string position = "[DIALOG_POSITION]\nView-Holding=";
   const struct {
     const char* name;
-    const char* file;
+    bool user; // UserSetting.ini, else DialogPos.ini
     std::string text;
     std::string read; // the value read back, "<none>" when none
-    std::vector<std::string> messages;
-    std::vector<std::string> statuses;
+    const char* status = "";
   } cases[] = {
-      {"UserSetting.ini cut inside the value",
-       kUserSettings,
-       "[grid]\nCOLUMNPROFILE=0,0,8",
-       "0,0,8",
-       {},
-       {}},
-      {"UserSetting.ini cut inside the header",
-       kUserSettings,
-       "[grid]\nx=1\n[gr",
-       "<none>",
-       {},
-       {}},
-      {"UserSetting.ini empty", kUserSettings, "", "<none>", {}, {}},
-      {"UserSetting.ini noise", kUserSettings, noise, "<none>", {}, {}},
-      {"UserSetting.ini noise then the value",
-       kUserSettings,
-       noise + "\n[grid]\nCOLUMNPROFILE=1,1,1\n",
-       "1,1,1",
-       {},
-       {}},
-      {"UserSetting.ini 4 MB with the value last",
-       kUserSettings,
-       huge + "[grid]\nCOLUMNPROFILE=0,0,80\n",
-       "0,0,80",
-       {},
-       {}},
-      {"UserSetting.ini value over 4 KB is cut",
-       kUserSettings,
-       "[grid]\nCOLUMNPROFILE=" + longLine + "\n",
-       longLine.substr(0, 4095),
-       {},
-       {}},
-      {"DialogPos.ini cut inside the value",
-       kDialogPositions,
-       "[DIALOG_POSITION]\nView-Holding=10,20,300,4",
-       "<none>",
-       {},
-       {}},
-      {"DialogPos.ini cut after the equals sign",
-       kDialogPositions,
-       "[DIALOG_POSITION]\nView-Holding=",
-       "<none>",
-       {},
-       {"Could Not Find Saved Positions for View-HoldingDialog; Loading Defualt"}},
-      {"DialogPos.ini noise", kDialogPositions, noise, "<none>", {}, {}},
-      {"DialogPos.ini 4 MB with the value last",
-       kDialogPositions,
-       huge + "[DIALOG_POSITION]\nView-Holding=1,2,3,4,5,6,7,8,1\n",
-       "1,2,3,4,5,6,7,8,1",
-       {},
-       {}},
-      {"DialogPos.ini value over 4 KB",
-       kDialogPositions,
-       "[DIALOG_POSITION]\nView-Holding=" + longLine + "\n",
-       "<none>",
-       {},
-       {}},
-      {"DialogPos.ini padded value over 4 KB",
-       kDialogPositions,
-       "[DIALOG_POSITION]\nView-Holding=1,2,3,4,5,6,7,8,1" + std::string(5000, ' ') + "\n",
-       "1,2,3,4,5,6,7,8,1",
-       {},
-       {}},
+      {"cut inside the value", true, "[grid]\nCOLUMNPROFILE=0,0,8", "0,0,8"},
+      {"noise", true, noise, "<none>"},
+      {"noise then the value", true, noise + "\n[grid]\nCOLUMNPROFILE=1,1,1\n", "1,1,1"},
+      {"4 MB with the value last", true, huge + "[grid]\nCOLUMNPROFILE=0,0,80\n", "0,0,80"},
+      {"value over 4 KB is cut", true, "[grid]\nCOLUMNPROFILE=" + longLine + "\n",
+       longLine.substr(0, 4095)},
+      {"placement cut inside the value", false, position + "10,20,300,4", "<none>"},
+      {"placement cut after the equals sign", false, position, "<none>",
+       "Could Not Find Saved Positions for View-HoldingDialog; Loading Defualt"},
+      {"placement padded past 4 KB", false, position + "1,2,3,4,5,6,7,8,1" + std::string(5000, ' '),
+       "1,2,3,4,5,6,7,8,1"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     vh::ScopedSettingsPaths paths({dir_, dir_});
-    const bool user = std::string(c.file) == kUserSettings;
-    const SettingsFile file = user ? UserSettings() : DialogPositions();
-    const std::string path = dir_ + "/" + c.file;
+    const SettingsFile file = c.user ? UserSettings() : DialogPositions();
+    const std::string path = dir_ + "/" + file.name;
     WriteFile(path, c.text);
     {
       vh::ScopedMessageRecorder recorder;
       EXPECT_EQ(file.current(), c.read);
-      EXPECT_EQ(recorder.messages(), c.messages);
-      EXPECT_EQ(recorder.statuses(), c.statuses);
+      EXPECT_TRUE(recorder.messages().empty());
+      EXPECT_EQ(recorder.statuses(),
+                *c.status ? std::vector<std::string>{c.status} : std::vector<std::string>{});
     }
     ASSERT_EQ(file.save(), 1);
     EXPECT_EQ(file.current(), file.newValue);
@@ -367,7 +310,7 @@ TEST_F(SettingsDisk, DamagedFilesReadSafelyAndSurviveTheNextSave) {
     const std::string added = after.substr(prefix, after.size() - prefix - suffix);
     EXPECT_EQ(removed.find('\n'), std::string::npos) << "a line beside the edited one was lost";
     EXPECT_LE(added.size(), removed.size() + file.newValue.size() + 64);
-    EXPECT_EQ(vh::test::CountOtherFiles(dir_, c.file), 0);
+    EXPECT_EQ(vh::test::CountOtherFiles(dir_, file.name), 0);
     std::filesystem::remove(path);
   }
 }

@@ -60,7 +60,6 @@ TEST(ListAppearance, ParsesValues) {
   } cases[] = {
       {"no keywords", "0,FF00,Arial,10,-1", "0 FF00 [Arial] 10 col -1 null"},
       {"keyword without colour drops all", "0,FF00,Arial,10,2,buy", "0 FF00 [Arial] 10 col 2"},
-      {"later keyword without colour drops earlier", "0,0,A,8,1,buy,FF,sell,", "0 0 [A] 8 col 1"},
       {"full value", "0,FF00,MS Shell Dlg 2,8,3,buy,FF,sell,FF0000,",
        "0 FF00 [MS Shell Dlg 2] 8 col 3 on buy=FF sell=FF0000"},
       {"keywords lower-cased", "1,2,F,9,0,BUY,ab,", "1 2 [F] 9 col 0 on buy=AB"},

@@ -27,11 +27,6 @@ namespace {
 
 class FeaturesE2E : public BackendFixture {
 protected:
-  void ShowClient(CViewHold& view, const std::string& client) {
-    ASSERT_TRUE(Click(&view, kRadioClient) && Pick(&view, kComboClient, client) &&
-                Click(&view, kButtonViewHoldPos));
-    ASSERT_TRUE(WaitForAnswers(view));
-  }
   // The alert list's ISINs, sorted and joined by blanks; every row is of "Held".
   std::string AlertIsins(CViewHold& view) {
     std::set<std::string> isins;
@@ -52,7 +47,7 @@ TEST_F(FeaturesE2E, ARuleSelectsTheDatabasesRowsAndComesBackAfterARestart) {
   auto view = MakeView();
   EXPECT_FALSE(GetDlgItem(view.get(), kButtonAlertSetting)->isHidden());
   EXPECT_TRUE(view->Tabs()->isHidden());
-  ShowClient(*view, client);
+  ASSERT_TRUE(AskForClient(view.get(), client) && WaitForAnswers(*view));
   ASSERT_EQ(view->AddCustomColumn("Held", "\"Holdings Qty\""), "");
   // The median quantity, so that the rule selects some rows and not others.
   std::vector<int> quantities;
@@ -67,15 +62,7 @@ TEST_F(FeaturesE2E, ARuleSelectsTheDatabasesRowsAndComesBackAfterARestart) {
   ASSERT_TRUE(dialog && dialog->isVisible());
   auto combo = [&](int id) { return qobject_cast<QComboBox*>(GetDlgItem(dialog, id)); };
   auto* value = qobject_cast<QLineEdit*>(GetDlgItem(dialog, kEditAlertValue));
-  EXPECT_EQ(combo(kComboAlertExpression)->itemText(0) + "|" +
-                combo(kComboAlertExpression)->itemText(1),
-            "less than or equal to|greater than or equal to");
   EXPECT_TRUE(combo(kComboAlertColumnNumber)->isHidden());
-  QStringList headings;
-  for (int c = 0; c < dialog->RuleGrid()->HeaderItemCount(); ++c)
-    headings << dialog->RuleGrid()->HeaderItemText(c);
-  EXPECT_EQ(headings,
-            (QStringList{"Custom Column Name", "Expression", "Value", "Custom Column Number"}));
   const std::string t = std::to_string(threshold);
   const struct {
     const char* name;
@@ -139,7 +126,7 @@ TEST_F(FeaturesE2E, ARuleSelectsTheDatabasesRowsAndComesBackAfterARestart) {
   auto again = MakeView();
   EXPECT_FALSE(again->Tabs()->isHidden());
   EXPECT_EQ(again->Features()->AlertDialog(), nullptr);
-  ShowClient(*again, client);
+  ASSERT_TRUE(AskForClient(again.get(), client) && WaitForAnswers(*again));
   again->Core().OnPresentValuesEnd();
   EXPECT_EQ(AlertIsins(*again), expected);
 
@@ -166,7 +153,7 @@ TEST_F(FeaturesE2E, ARuleSelectsTheDatabasesRowsAndComesBackAfterARestart) {
 TEST_F(FeaturesE2E, AMarkFromTheRowMenuShowsInTheNextAnswer) {
   const std::string client = BusiestClient();
   auto view = MakeView();
-  ShowClient(*view, client);
+  ASSERT_TRUE(AskForClient(view.get(), client) && WaitForAnswers(*view));
   CFilterListCtrl* grid = view->HoldingsGrid();
   // The first row with a quantity to mark.
   int row = -1;

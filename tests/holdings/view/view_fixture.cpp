@@ -13,6 +13,7 @@
 #include "grid/widgets/filter_list_ctrl.h"
 #include "holdings/holdings_columns.h"
 #include "holdings/view/view_hold.h"
+#include "holdings/view/view_hold_ids.h"
 #include "host/backend_control.h"
 #include "host/host_context.h"
 #include "host/startup_loader.h"
@@ -103,6 +104,21 @@ bool Click(QWidget* view, int id) {
   if (button)
     button->click();
   return button != nullptr;
+}
+
+bool SelectNse(QWidget* view, const Scrip& s) {
+  return Pick(view, kComboNseExchange, "NSE") && Pick(view, kComboNseSymbol, s.nseSymbol) &&
+         Pick(view, kComboNseSeries, s.nseSymbol + "-" + s.nseSeries);
+}
+
+bool SelectBse(QWidget* view, const Scrip& s) {
+  return Pick(view, kComboBseExchange, "BSE") && Pick(view, kComboBseGroup, s.bseGroup) &&
+         Pick(view, kComboBseSymbol, s.bseSymbol);
+}
+
+bool AskForClient(QWidget* view, const std::string& client) {
+  return Click(view, kRadioClient) && Pick(view, kComboClient, client) &&
+         Click(view, kButtonViewHoldPos);
 }
 
 bool WaitForAnswers(CViewHold& view) {

@@ -1,6 +1,7 @@
 // One real tarn-riskd on a loopback port with a small sample database, the
 // host services loaded from it, and helpers that drive a CViewHold through
-// its controls and read the database the answers come from.
+// its controls and read the database the answers come from. Every holdings
+// view test over real sockets shares it.
 #pragma once
 
 #include <QTemporaryDir>
@@ -40,6 +41,12 @@ std::vector<Row> GridRows(CViewHold& view);
 // A user's pick in combo `id`; false when the text is not offered.
 bool Pick(QWidget* view, int id, const std::string& text);
 bool Click(QWidget* view, int id);
+// The scrip picked in the NSE (exchange, symbol, series) or BSE (exchange,
+// group, symbol) row; false when a pick is not offered.
+bool SelectNse(QWidget* view, const Scrip& s);
+bool SelectBse(QWidget* view, const Scrip& s);
+// Client mode, `client` picked and "View Holdings" pressed; false as Pick.
+bool AskForClient(QWidget* view, const std::string& client);
 // Waits until every answer the view asked for has ended.
 bool WaitForAnswers(CViewHold& view);
 
