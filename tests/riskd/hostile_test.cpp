@@ -33,7 +33,6 @@ TEST_F(RiskdTest, OddRequestsNeverBreakTheConnection) {
              {10100, std::string(3000, 'Z')}}),
        true},
       {"holdingsQuoteInClient", hold({{54001, "C' OR '1'='1"}}), true},
-      {"topTenNoFields", MakeRequest("rs_display_topten_holdings"), true},
       {"topTenEmptyMethod", WithEmpty("rs_display_topten_holdings", 41232, {{10101, "NSE"}}), true},
       {"reportsEmptySegment", WithEmpty("om_get_client_reports", 63002), true},
       {"cjEmpty", WithEmpty("mrv_cj", 63003), true},

@@ -23,13 +23,6 @@ protected:
   }
 };
 
-std::string Join(const kdl::Message& r, std::initializer_list<uint32_t> tags) {
-  std::string out;
-  for (uint32_t tag : tags)
-    out += Text(r, tag) + ",";
-  return out;
-}
-
 // How many records each request gets, from the rows its user may see, and the
 // first record's value of `tag` where one is named.
 TEST_F(ServerTest, AnswersCarryTheRowsTheUserMaySee) {
@@ -100,29 +93,6 @@ TEST_F(ServerTest, AnswersCarryTheRowsTheUserMaySee) {
     if (c.tag != 0) {
       EXPECT_EQ(Text(s.records[0], c.tag), Str(c.value)) << c.name;
     }
-  }
-}
-
-TEST_F(ServerTest, UserInfo) {
-  const struct {
-    const char* user;
-    const char* first; // the USER record
-    const char* clients;
-  } cases[] = {
-      {"RMS2", "USER,RMS2,0,RMS View Holdings: Mark/UnMark,",
-       "SELECT count(*) FROM user_client WHERE user_id='RMS2'"},
-      {"NOBODY", "", "SELECT 0"},
-  };
-  for (const auto& c : cases) {
-    const Stream s = Ask(MakeRequest("tarn_user_info", {{31003, c.user}}));
-    EXPECT_EQ(s.status, *c.first ? "1" : "2") << c.user;
-    int64_t clients = 0;
-    for (size_t i = 1; i < s.records.size(); ++i) {
-      EXPECT_EQ(Text(s.records[i], 32760), "CLIENTS");
-      clients += s.records[i].Count(54001).value_or(0);
-    }
-    EXPECT_EQ(s.records.empty() ? "" : Join(s.records[0], {32760, 31003, 65101, 65102}), c.first);
-    EXPECT_EQ(clients, Count(c.clients)) << c.user;
   }
 }
 

@@ -139,7 +139,6 @@ TEST_F(TrustTest, NothingIsAnsweredBeforeTheLogin) {
       {"authNoPassword", true, {{vh::kTagUserId, "RMS2"}}, "3"},
       {"authWrongPassword", true, {{vh::kTagUserId, "RMS2"}, {vh::kTagPassword, "wrong"}}, "2"},
       {"authUserWithoutPassword", true, {{vh::kTagUserId, "RMS1"}, {vh::kTagPassword, ""}}, "2"},
-      {"authUnknownUser", true, {{vh::kTagUserId, "NOBODY"}, {vh::kTagPassword, "x"}}, "2"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
