@@ -150,12 +150,17 @@ TEST(KdlBuild, MisuseFailsWithItsCode) {
   EXPECT_FALSE(kdl_dtor_primecb(&msg, &err));
 }
 
-TEST(KdlBuild, ParsedMessageIsReadOnly) {
+TEST(KdlBuild, ParsedMessageIsReadOnlyAndMovesKeepOwnership) {
   auto parsed = kdl::Message::Parse(U32(1) + FieldBytes(4, {"v"}));
   ASSERT_TRUE(parsed);
   EXPECT_FALSE(parsed->Add(5, "w"));
   EXPECT_EQ(parsed->lastError().code, KDL_E_STATE);
-  EXPECT_EQ(parsed->Text(4), "v");
+  kdl::Message moved = std::move(*parsed);
+  EXPECT_FALSE(parsed->valid());
+  EXPECT_EQ(moved.Text(4), "v");
+  kdl::Message other;
+  other = std::move(moved);
+  EXPECT_EQ(other.Text(4), "v");
 }
 
 } // namespace
