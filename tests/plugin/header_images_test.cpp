@@ -20,20 +20,15 @@ TEST(HeaderImages, ThreeDistinctNineByFiveMarksInTheGreyTextColour) {
     const QImage image = p.toImage().convertToFormat(QImage::Format_ARGB32);
     int strokes = 0;
     for (int y = 0; y < 5; ++y)
-      for (int x = 0; x < 9; ++x) {
-        const QRgb px = image.pixel(x, y);
-        if (qAlpha(px) == 0)
-          continue;
-        EXPECT_EQ(px, grey) << "(" << x << "," << y << ")";
-        ++strokes;
-      }
-    EXPECT_GT(strokes, 0);
-    EXPECT_LT(strokes, 45) << "some of the mark must be transparent";
+      for (int x = 0; x < 9; ++x)
+        if (qAlpha(image.pixel(x, y)) != 0) {
+          EXPECT_EQ(image.pixel(x, y), grey) << "(" << x << "," << y << ")";
+          ++strokes;
+        }
+    EXPECT_TRUE(strokes > 0 && strokes < 45) << "a mark, not a filled box: " << strokes;
+    EXPECT_FALSE(images.contains(image)) << "the same mark twice";
     images.append(image);
   }
-  EXPECT_NE(images[0], images[1]);
-  EXPECT_NE(images[0], images[2]);
-  EXPECT_NE(images[1], images[2]);
   // Ascending and descending are mirror images of each other.
   EXPECT_EQ(images[0].mirrored(false, true), images[1]);
 }

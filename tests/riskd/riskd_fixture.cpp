@@ -1,9 +1,6 @@
 #include "tests/riskd/riskd_fixture.h"
 
 #include <sqlite3.h>
-#include <unistd.h>
-
-#include <atomic>
 
 namespace riskd_test {
 
@@ -47,6 +44,34 @@ bool RiskdTest::LogHas(const std::string& text) {
     if (line.find(text) != std::string::npos)
       return true;
   return false;
+}
+
+std::string RiskdTest::HotScrip() {
+  return Str("SELECT nse_symbol||'-'||nse_series FROM scrip WHERE id=(SELECT scrip_id FROM "
+             "holding GROUP BY 1 ORDER BY count(*) DESC LIMIT 1)");
+}
+
+kdl::Message RiskdTest::HotQuery() {
+  return MakeRequest(
+      "display_holding_detail",
+      {{vh::kTagSegment, "nse_cm"}, {vh::kTagScripCode, HotScrip()}, {vh::kTagUserId, "RMS1"}});
+}
+
+kdl::Message RiskdTest::TransferRequest(const std::string& client, const std::string& scrip,
+                                        const std::string& product, const std::string& qty,
+                                        const std::string& action, const std::string& user) {
+  return MakeRequest("om_stock_margin_transfer",
+                     {{vh::kTagClientId, client},
+                      {vh::kTagProduct, product},
+                      {vh::kTagIsin, Str("SELECT isin FROM scrip WHERE id=" + scrip)},
+                      {vh::kTagHoldingsQty, qty},
+                      {vh::kTagAction, action},
+                      {vh::kTagSourceUserId, user}});
+}
+
+void RiskdTest::SendAndWait(TestClient& c, const kdl::Message& request) {
+  ASSERT_TRUE(c.Send(request));
+  ASSERT_TRUE(c.Ask(MakeRequest("om_get_user_peer_data")).ended);
 }
 
 } // namespace riskd_test

@@ -34,7 +34,7 @@ TestClient::TestClient(uint16_t port, const char* greetAs) {
     fd_ = -1;
   }
   if (fd_ >= 0 && greetAs)
-    loginStatus_ = Ask(MakeRequest("tarn_login", {{31003, greetAs}})).status;
+    Ask(MakeRequest("tarn_login", {{31003, greetAs}}));
 }
 
 TestClient::~TestClient() {

@@ -28,15 +28,12 @@ class TestClient {
 public:
   // Connects and logs in as `greetAs` (empty: the desk's administrator), as
   // every connection must before its first request, and waits for the
-  // answer (loginStatus()); nullptr: no login.
+  // answer; nullptr: no login.
   explicit TestClient(uint16_t port, const char* greetAs = "");
   ~TestClient();
   TestClient(const TestClient&) = delete;
   TestClient& operator=(const TestClient&) = delete;
 
-  bool connected() const { return fd_ >= 0; }
-  // The status that answered the login, or nullopt.
-  const std::optional<std::string>& loginStatus() const { return loginStatus_; }
   bool SendRaw(std::string_view bytes);
   bool Send(const kdl::Message& msg);
   // The next record, or nullopt on timeout or when the server closed.
@@ -52,7 +49,6 @@ public:
 
 private:
   int fd_ = -1;
-  std::optional<std::string> loginStatus_;
   bool closed_ = false; // the server closed the connection
   kdl::FrameSplitter in_{64u << 20};
 };
