@@ -146,19 +146,23 @@ std::vector<DragListItem> Columns(std::initializer_list<int> numbers) {
   return items;
 }
 
-// From {0..4} to {10, 11}; the leave filter keeps column 0 in the source.
-TEST(DragList, SelectedItemsMoveInListOrder) {
+// Qt's offscreen platform ends every drag at once, so drops are driven with
+// the point a drop would bring: from {0..4} (whose column 0 may not leave)
+// onto {10, 11}, or within {0..4}.
+TEST(DragList, ADropMovesTheSelectionInListOrderToThePointerAndOnlyFromADragList) {
   const struct {
     const char* name;
     std::vector<int> selected;
     bool toSelf;
-    int row;
+    int onto, half; // row under the pointer (-1 below the items); -1 upper, +1 lower half
     std::vector<DragListItem> source, target;
   } cases[] = {
-      {"appendToOther", {3, 1}, false, -1, Columns({0, 2, 4}), Columns({10, 11, 1, 3})},
-      {"firstOfOtherButNotCol0", {4, 0}, false, 0, Columns({0, 1, 2, 3}), Columns({4, 10, 11})},
-      {"downWithinTheList", {0, 1}, true, 4, Columns({2, 3, 0, 1, 4}), Columns({10, 11})},
-      {"upWithinTheList", {3, 4}, true, 1, Columns({0, 3, 4, 1, 2}), Columns({10, 11})},
+      {"aboveARow", {1}, false, 0, -1, Columns({0, 2, 3, 4}), Columns({1, 10, 11})},
+      {"belowARow", {1}, false, 0, 1, Columns({0, 2, 3, 4}), Columns({10, 1, 11})},
+      {"belowTheItems", {3, 1}, false, -1, 0, Columns({0, 2, 4}), Columns({10, 11, 1, 3})},
+      {"column0StaysBehind", {4, 0}, false, 0, -1, Columns({0, 1, 2, 3}), Columns({4, 10, 11})},
+      {"downWithinTheList", {0, 1}, true, 4, -1, Columns({2, 3, 0, 1, 4}), Columns({10, 11})},
+      {"upWithinTheList", {3, 4}, true, 1, -1, Columns({0, 3, 4, 1, 2}), Columns({10, 11})},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -166,37 +170,20 @@ TEST(DragList, SelectedItemsMoveInListOrder) {
     source.SetItems(Columns({0, 1, 2, 3, 4}));
     source.SetLeaveFilter([](const DragListItem& item) { return item.value != 0; });
     target.SetItems(Columns({10, 11}));
+    CNTDragListCtrl& to = c.toSelf ? source : target;
+    to.show();
     for (int row : c.selected)
       source.item(row)->setSelected(true);
     QSignalSpy changed(&target, &CNTDragListCtrl::ItemsChanged);
-    const size_t kept = !c.toSelf && std::count(c.selected.begin(), c.selected.end(), 0);
-    CNTDragListCtrl& to = c.toSelf ? source : target;
-    EXPECT_EQ(source.MoveSelectedTo(&to, c.row), static_cast<int>(c.selected.size() - kept));
-    EXPECT_TRUE(source.Items() == c.source && target.Items() == c.target);
-    EXPECT_EQ(to.SelectedItems().size(), c.selected.size() - kept) << "moved items stay selected";
-    EXPECT_EQ(changed.size(), c.toSelf ? 0 : 1);
-  }
-}
-
-// Qt's offscreen platform ends every drag at once, so the drop handler is
-// driven with the point a drop would bring.
-TEST(DragList, ADropLandsWhereThePointerIsAndOnlyFromADragList) {
-  const struct {
-    int onto, half; // row under the pointer (-1 below the items); -1 upper, +1 lower half
-    std::vector<DragListItem> target;
-  } cases[] = {
-      {0, -1, Columns({1, 10, 11})}, {0, 1, Columns({10, 1, 11})}, {-1, 0, Columns({10, 11, 1})}};
-  for (const auto& c : cases) {
-    CNTDragListCtrl from, to;
-    from.SetItems(Columns({0, 1, 2}));
-    to.SetItems(Columns({10, 11}));
-    to.show();
-    from.item(1)->setSelected(true);
     QPoint at(5, to.viewport()->height() - 2);
     if (c.onto >= 0)
       at = to.visualItemRect(to.item(c.onto)).center() + QPoint(0, c.half * 4);
-    EXPECT_EQ(to.DropSelectionOf(&from, at), 1);
-    EXPECT_TRUE(to.Items() == c.target) << c.onto << c.half;
+    const bool stays = !c.toSelf && std::count(c.selected.begin(), c.selected.end(), 0);
+    const size_t moved = c.selected.size() - (stays ? 1 : 0);
+    EXPECT_EQ(to.DropSelectionOf(&source, at), static_cast<int>(moved));
+    EXPECT_TRUE(source.Items() == c.source && target.Items() == c.target);
+    EXPECT_EQ(to.SelectedItems().size(), moved) << "moved items stay selected";
+    EXPECT_EQ(changed.size(), c.toSelf ? 0 : 1);
   }
   CNTDragListCtrl list;
   QMimeData text;

@@ -23,11 +23,6 @@ TEST_F(GridTest, StoredRingsOfCustomColumnsLoadAndStayBlank) {
     int sound;             // header item of Qty*Close
   } cases[] = {
       {"itself", ",4,4,80,Self# \"4\"+1#Self+1,5,5,80,Value# \"2\"*\"3\"#Qty*Close", {4}, 5},
-      {"three columns",
-       ",4,4,80,A# \"5\"#B,5,5,80,B# \"6\"#C,6,6,80,C# \"4\"-1#A-1,7,7,80,Value# "
-       "\"2\"*\"3\"#Qty*Close",
-       {4, 5, 6},
-       7},
       {"sound column first, then a ring through data",
        ",4,4,80,Value# \"2\"*\"3\"#Qty*Close,5,5,80,A# \"2\"*\"6\"#Qty*B,6,6,80,B# "
        "\"3\"+\"5\"#Close+A",
