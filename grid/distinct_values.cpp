@@ -6,7 +6,6 @@
 #include "grid/distinct_interner.h"
 
 #include <algorithm>
-#include <numeric>
 
 namespace vh {
 
@@ -38,13 +37,15 @@ std::vector<std::string> RowEngine::DistinctValues(int column) {
     else
       firstPosition[id] = std::min(firstPosition[id], position);
   }
-  std::vector<uint32_t> ids(firstPosition.size());
-  std::iota(ids.begin(), ids.end(), 0u);
-  std::sort(ids.begin(), ids.end(),
-            [&](uint32_t a, uint32_t b) { return firstPosition[a] < firstPosition[b]; });
-  values.reserve(ids.size());
-  for (const uint32_t id : ids)
-    values.emplace_back(seen.Text(id));
+  // Each display position shows one text, so first positions never tie and
+  // each text can be placed at its own position, with no sort.
+  std::vector<uint32_t> idAt(size_t(std::max(displayedCount_, 0)) + n, UINT32_MAX);
+  for (uint32_t id = 0; id < firstPosition.size(); ++id)
+    idAt[firstPosition[id]] = id;
+  values.reserve(firstPosition.size());
+  for (const uint32_t id : idAt)
+    if (id != UINT32_MAX)
+      values.emplace_back(seen.Text(id));
   return values;
 }
 

@@ -283,6 +283,10 @@ bool RowEngine::CachedLargestRows(int column, int type, size_t count, size_t n,
   return true;
 }
 
+// Walking the rows top to bottom and keeping each text at its first sight
+// gives the order of first display with no sort. Short texts are told apart
+// by their keys (one key, one text), so a million of them are neither
+// decoded nor hashed as texts until they are known to be new.
 bool RowEngine::CachedDistinctValues(int column, size_t n, std::vector<std::string>& values) {
   const sTarnColInfo* info = ColumnInfo(column);
   if (!info || (column < dataColumnCount_ && IsNumberType(info->nType)))
@@ -290,38 +294,68 @@ bool RowEngine::CachedDistinctValues(int column, size_t n, std::vector<std::stri
   ColumnKeys* cache = PassKeys(column);
   if (!cache || cache->kind == ColumnKeys::Kind::kNumber)
     return false;
-  TextInterner made; // short and custom cells: their texts, numbered here
-  TextInterner& texts = cache->kind == ColumnKeys::Kind::kText ? cache->texts : made;
-  std::vector<uint32_t> firstPosition(texts.Size(), UINT32_MAX);
+  const auto storeSlot = [&](size_t i) -> int64_t {
+    const int32_t d = map_[reverse_ ? n - 1 - i : i];
+    return d < 0 || size_t(d) >= items_.size() || items_[size_t(d)] == 0 ? -1 : d;
+  };
   char buffer[custom::kFormatBufferSize];
-  for (uint32_t s = 0; s < n; ++s) {
-    const int32_t d = map_[s];
-    if (d < 0 || size_t(d) >= items_.size() || items_[size_t(d)] == 0)
-      continue;
-    uint32_t id;
-    if (cache->kind == ColumnKeys::Kind::kText) {
-      id = cache->ids[size_t(d)];
-      if (texts.Text(id).empty())
+  switch (cache->kind) {
+  case ColumnKeys::Kind::kText: {
+    std::vector<bool> seen(cache->texts.Size());
+    for (size_t i = 0; i < n; ++i) {
+      const int64_t d = storeSlot(i);
+      if (d < 0)
         continue;
-    } else {
-      const std::string_view text = KeptText(*cache, size_t(d), buffer);
-      if (text.empty())
-        continue;
-      id = made.Intern(text);
-      if (id >= firstPosition.size())
-        firstPosition.resize(id + 1, UINT32_MAX);
+      const uint32_t id = cache->ids[size_t(d)];
+      if (id < seen.size() && !seen[id] && !cache->texts.Text(id).empty()) {
+        seen[id] = true;
+        values.emplace_back(cache->texts.Text(id));
+      }
     }
-    firstPosition[id] = std::min(firstPosition[id], uint32_t(Mirror(int(s))));
+    break;
   }
-  std::vector<uint32_t> ids;
-  for (uint32_t id = 0; id < firstPosition.size(); ++id)
-    if (firstPosition[id] != UINT32_MAX)
-      ids.push_back(id);
-  std::sort(ids.begin(), ids.end(),
-            [&](uint32_t a, uint32_t b) { return firstPosition[a] < firstPosition[b]; });
-  values.reserve(ids.size());
-  for (const uint32_t id : ids)
-    values.emplace_back(texts.Text(id));
+  case ColumnKeys::Kind::kShortText: {
+    // Open addressing on the keys; 0 is the empty text, never kept.
+    int bits = 6;
+    while ((size_t(1) << bits) < 2 * n)
+      ++bits;
+    const size_t size = size_t(1) << bits;
+    std::vector<uint64_t> table(size, 0);
+    const auto home = [bits](uint64_t key) {
+      return size_t((key * 0x9E3779B97F4A7C15ull) >> (64 - bits));
+    };
+    // The table is far larger than the cache: its slot for a row a little
+    // further down is fetched while this row is looked up.
+    constexpr size_t kAhead = 16;
+    for (size_t i = 0; i < n; ++i) {
+      if (const int64_t ahead = i + kAhead < n ? storeSlot(i + kAhead) : -1; ahead >= 0)
+        __builtin_prefetch(&table[home(cache->keys[size_t(ahead)])]);
+      const int64_t d = storeSlot(i);
+      const uint64_t key = d < 0 ? 0 : cache->keys[size_t(d)];
+      if (key == 0)
+        continue;
+      size_t at = home(key);
+      while (table[at] != 0 && table[at] != key)
+        at = (at + 1) & (size - 1);
+      if (table[at] == 0) {
+        table[at] = key;
+        values.emplace_back(ShortText(key, buffer));
+      }
+    }
+    break;
+  }
+  default: { // custom cells: values that differ may show the same text
+    TextInterner seen;
+    for (size_t i = 0; i < n; ++i) {
+      const int64_t d = storeSlot(i);
+      const std::string_view text =
+          d < 0 ? std::string_view() : KeptText(*cache, size_t(d), buffer);
+      if (!text.empty() && seen.Intern(text) == values.size())
+        values.emplace_back(text);
+    }
+    break;
+  }
+  }
   return true;
 }
 

@@ -11,6 +11,7 @@
 #include <QItemSelectionModel>
 #include <QKeyEvent>
 #include <QMenu>
+#include <QPainter>
 #include <QScreen>
 
 #include <algorithm>
@@ -84,6 +85,31 @@ void CCommonListCtrl::setSelectionModel(QItemSelectionModel* selectionModel) {
   if (selectionModel && selectionModel->model())
     horizontalHeader()->setSelectionModel(
         new QItemSelectionModel(selectionModel->model(), selectionModel));
+}
+
+void CCommonListCtrl::SetEmptyAreaPainting(bool on) {
+  emptyAreaPainting_ = on;
+  viewport()->update();
+}
+
+void CCommonListCtrl::paintEvent(QPaintEvent* event) {
+  QTableView::paintEvent(event);
+  const int band = verticalHeader()->defaultSectionSize();
+  const int rows = model() ? model()->rowCount() : 0;
+  if (!emptyAreaPainting_ || band <= 0)
+    return;
+  int top = 0;
+  if (rows > 0)
+    top = rowViewportPosition(rows - 1) + rowHeight(rows - 1);
+  if (top >= viewport()->height())
+    return;
+  QPainter painter(viewport());
+  for (int y = std::max(top, 0); y < viewport()->height(); y += band)
+    FillEmptyRow(painter, QRect(0, y, viewport()->width(), band));
+}
+
+void CCommonListCtrl::FillEmptyRow(QPainter& painter, const QRect& band) {
+  painter.fillRect(band, DefaultBackground());
 }
 
 // --- set-up and appearance ---------------------------------------------------

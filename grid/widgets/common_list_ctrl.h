@@ -85,6 +85,12 @@ public:
   // Fits every header item's width; see FitMode.
   void FitColumns(int mode);
   void ToggleGridLines() { setShowGrid(!showGrid()); }
+  // On: the grid paints the area below its last row itself, in row-high
+  // bands drawn as a row without data would be (see FillEmptyRow), so a
+  // short list does not end in a flat block. Off (the default): the
+  // viewport's plain background shows there.
+  void SetEmptyAreaPainting(bool on);
+  bool EmptyAreaPainting() const { return emptyAreaPainting_; }
   // Writes every row to `path` ("" = the default file); shows "No Items in
   // the List", "File is generated" or "File generation Failed". Returns 1
   // when written, 0 otherwise (also when there are no rows).
@@ -147,6 +153,10 @@ protected:
   // the rows until `done` reaches `total`.
   void ReportProgress(int done, int total);
 
+  // One row-high band of the empty area; the plain grid fills it with its
+  // default background.
+  virtual void FillEmptyRow(QPainter& painter, const QRect& band);
+  void paintEvent(QPaintEvent* event) override;
   void setSelectionModel(QItemSelectionModel* selectionModel) override;
   void keyPressEvent(QKeyEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
@@ -167,6 +177,7 @@ private:
   bool colouringAllowed_ = true;
   bool customizable_ = false;
   bool ownSettings_ = false;
+  bool emptyAreaPainting_ = false;
   int sortColumn_ = 0;
   int sortMarkerIndex_ = -1;
   sListAppearance appearance_;

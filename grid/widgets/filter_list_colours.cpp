@@ -8,6 +8,7 @@
 #include "grid/widgets/filter_list_ctrl.h"
 
 #include "grid/widgets/filter_list_model.h"
+#include "grid/widgets/row_delegate.h"
 
 #include <algorithm>
 #include <cctype>
@@ -26,6 +27,13 @@ void CFilterListCtrl::SetDefaultColours(int32_t text, int32_t background) {
   defaultText_ = text;
   defaultBackground_ = background;
   viewport()->update();
+}
+
+void CFilterListCtrl::FillEmptyRow(QPainter& painter, const QRect& band) {
+  FillRowBackground(&painter, band,
+                    defaultBackground_ != -1 ? FromColourRef(defaultBackground_)
+                                             : DefaultBackground(),
+                    gradient_);
 }
 
 bool CFilterListCtrl::KeywordColour(uint64_t itemData, int32_t& colour) {

@@ -152,6 +152,7 @@ protected:
   void keyPressEvent(QKeyEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
+  void FillEmptyRow(QPainter& painter, const QRect& band) override;
 
 private:
   // RowEngineObserver (forwarded by the model)

@@ -32,7 +32,9 @@ int FilterListModel::EngineRow(int row) const {
 }
 
 QVariant FilterListModel::data(const QModelIndex& index, int role) const {
-  if (!checkIndex(index, CheckIndexOption::IndexIsValid) || role != Qt::DisplayRole)
+  // A row's tooltip is its cell's whole text, for cells cut short by an ellipsis.
+  if (!checkIndex(index, CheckIndexOption::IndexIsValid) ||
+      (role != Qt::DisplayRole && role != Qt::ToolTipRole))
     return {};
   const int row = EngineRow(index.row());
   if (row < 0)

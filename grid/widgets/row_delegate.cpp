@@ -45,6 +45,13 @@ Qt::Alignment AlignmentOf(int format) {
 
 } // namespace
 
+void FillRowBackground(QPainter* painter, const QRect& rect, const QColor& colour, bool gradient) {
+  if (gradient)
+    FillGradient(painter, rect, colour, Qt::white);
+  else
+    painter->fillRect(rect, colour);
+}
+
 RowDelegate::RowDelegate(CFilterListCtrl* grid) : QAbstractItemDelegate(grid), grid_(grid) {}
 
 QSize RowDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const {
@@ -71,10 +78,8 @@ void RowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
   if (selected) {
     const bool focus = grid_->hasFocus();
     FillGradient(painter, rect, focus ? kFocusTop : kBlurTop, focus ? kFocusBottom : kBlurBottom);
-  } else if (grid_->Gradient()) {
-    FillGradient(painter, rect, colours.background, Qt::white);
   } else {
-    painter->fillRect(rect, colours.background);
+    FillRowBackground(painter, rect, colours.background, grid_->Gradient());
   }
   if (colours.itemData == 0)
     return; // a row without item data gets its background only

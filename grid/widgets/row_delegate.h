@@ -10,6 +10,10 @@
 
 namespace vh {
 
+// The background of a row that is not selected: solid, or with `gradient`
+// from `colour` at the top to white at the bottom.
+void FillRowBackground(QPainter* painter, const QRect& rect, const QColor& colour, bool gradient);
+
 class RowDelegate final : public QAbstractItemDelegate {
 public:
   explicit RowDelegate(CFilterListCtrl* grid);

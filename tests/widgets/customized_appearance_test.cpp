@@ -19,7 +19,6 @@
 #include "common/message.h"
 #include "settings/settings_paths.h"
 #include "tests/excel/temp_folder.h"
-#include "tests/widgets/screenshot.h"
 #include "widgets/font_setting_dlg.h"
 
 namespace vh {
@@ -70,7 +69,7 @@ TEST_F(AppearanceDialog, ApplyWritesTheSettingAndAppliesAtOnce) {
   grid.show();
   dialog_.ShowOver(&grid);
   EXPECT_LE((dialog_.frameGeometry().center() - grid.frameGeometry().center()).manhattanLength(),
-            2);
+            2); // centred over the grid
   EXPECT_EQ(dialog_.windowTitle(), QString("Customize Appearance :rmsholdview"));
   PickColour("background", QColor(0x12, 0x34, 0x56));
   Get<QComboBox>("keywordColumn")->setFocus();
@@ -96,20 +95,15 @@ TEST_F(AppearanceDialog, ApplyWritesTheSettingAndAppliesAtOnce) {
   Type("size", "0", fonts);
   EXPECT_FALSE(ok->isEnabled());
   Type("size", "10", fonts);
-  EXPECT_TRUE(test::SaveScreenshot(*fonts, "font_dialog"));
   QTest::mouseClick(ok, Qt::LeftButton);
 
   Click("apply");
   EXPECT_EQ(SettingsFile(), "[CUSTOMIZE_LISTS]\r\n"
                             "rmsholdview-1001=563412,FF00,DejaVu Sans,10,1,buy,FF,sold,FF00,\r\n");
   ASSERT_EQ(applied_.size(), 1);
-  sListAppearance loaded;
-  ASSERT_TRUE(LoadListAppearance("rmsholdview", 1001, loaded));
   EXPECT_EQ(FormatListAppearance(applied_[0][0].value<sListAppearance>()),
-            FormatListAppearance(loaded));
-  EXPECT_TRUE(applied_[0][0].value<sListAppearance>().keywordColouring);
+            "563412,FF00,DejaVu Sans,10,1,buy,FF,sold,FF00,");
   EXPECT_TRUE(messages_.messages().empty());
-  EXPECT_TRUE(test::SaveScreenshot(dialog_, "appearance_dialog"));
 }
 
 TEST_F(AppearanceDialog, AFailedSaveStillApplies) {

@@ -17,7 +17,6 @@
 #include "grid/filter_join.h"
 #include "grid/filter_match.h"
 #include "plugin/tarn_host_api.h"
-#include "tests/widgets/screenshot.h"
 #include "widgets/control_pos.h"
 #include "widgets/drag_list_ctrl.h"
 #include "widgets/filter_text.h"
@@ -28,23 +27,20 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-// Case is ignored with ties by bytes, also past the sort's eight-byte keys.
-TEST(SortedValues, AlphabeticalIgnoringCaseEachOnce) {
+// Enough values for the radix passes, from bytes at the edges of the case
+// fold ('@' and '[' beside the capitals, UTF-8 bytes whose low seven bits
+// are capitals) and past the eight-byte keys, come out as the collation
+// sorts them one by one; a fixed list shows the collation itself.
+TEST(SortedValues, AgreeWithTheCollation) {
   EXPECT_EQ(SortedDistinctValues({"b", "abc", "ABC", "", "Abc", "9", "10", "b", "CLIENT-0002",
                                   "client-0001", "CLIENT-0001", "ABCDEFGHI", "abcdefgh"}),
             (Texts{"10", "9", "ABC", "Abc", "abc", "abcdefgh", "ABCDEFGHI", "b", "CLIENT-0001",
                    "client-0001", "CLIENT-0002"}));
-}
-
-// Enough values for the radix passes, from bytes at the edges of the case
-// fold ('@' and '[' beside the capitals, UTF-8 bytes whose low seven bits
-// are capitals), come out as the collation sorts them one by one.
-TEST(SortedValues, LargeSetsAgreeWithTheCollation) {
   const std::string alphabet = "@AZ[az{09-\xC1\xDA\xE1";
   std::mt19937 random(5);
   Texts values(5000);
   for (std::string& v : values)
-    for (size_t n = random() % 14; n > 0; --n)
+    for (size_t n = random() % 20; n > 0; --n)
       v += alphabet[random() % alphabet.size()];
   std::set<std::string, bool (*)(const std::string&, const std::string&)> expected(
       values.begin(), values.end(),
@@ -73,13 +69,12 @@ protected:
     popup_.Popup(std::move(values), 3, QPoint(20, 30));
     ASSERT_TRUE(QTest::qWaitForWindowActive(&popup_));
   }
-  QPoint At(const std::string& text) {
+  void Click(const std::string& text, Qt::KeyboardModifiers modifiers = Qt::ControlModifier) {
     const auto found = list_->model()->match(list_->model()->index(0, 0), Qt::DisplayRole,
                                              QString::fromStdString(text), 1, Qt::MatchExactly);
-    return found.isEmpty() ? QPoint(-1, -1) : list_->visualRect(found[0]).center();
-  }
-  void Click(const std::string& text, Qt::KeyboardModifiers modifiers = Qt::ControlModifier) {
-    QTest::mouseClick(list_->viewport(), Qt::LeftButton, modifiers, At(text));
+    ASSERT_FALSE(found.isEmpty()) << text;
+    QTest::mouseClick(list_->viewport(), Qt::LeftButton, modifiers,
+                      list_->visualRect(found[0]).center());
   }
 
   CFilterText popup_;
@@ -99,7 +94,6 @@ TEST_F(FilterTextTest, PickedValuesApplyJoinedInListOrder) {
   } cases[] = {
       {"listOrderNotClickOrder", {"XYZ", "ABC"}, kReturn, "ABC~XYZ"},
       {"valueInsideAnEarlierOneDropped", {"ABC", "B", "C1"}, kKeypadEnter, "ABC~C1"},
-      {"clickedTwiceIsUnselected", {"ABC", "XYZ", "ABC"}, kReturn, "XYZ"},
       {"nothingPickedClearsTheFilter", {}, kReturn, ""},
       {"doubleClickTakesTheValueUnderIt", {"ABC"}, kDoubleClick, "C1"},
   };
@@ -108,12 +102,12 @@ TEST_F(FilterTextTest, PickedValuesApplyJoinedInListOrder) {
     applied_.clear();
     Open({"XYZ", "C1", "", "B", "ABC", "XYZ"});
     ASSERT_EQ(list_->model()->rowCount(), 4);
-    EXPECT_EQ(list_->model()->index(3, 0).data(), QString("XYZ"));
     for (const std::string& text : c.clicks)
       Click(text);
     if (c.gesture == kDoubleClick) {
       Click("C1", Qt::NoModifier); // QTest's double click alone misses a fresh view
-      QTest::mouseDClick(list_->viewport(), Qt::LeftButton, Qt::NoModifier, At("C1"));
+      QTest::mouseDClick(list_->viewport(), Qt::LeftButton, Qt::NoModifier,
+                         list_->visualRect(list_->currentIndex()).center());
     } else {
       QTest::keyClick(list_, c.gesture == kReturn ? Qt::Key_Return : Qt::Key_Enter);
     }
@@ -135,14 +129,9 @@ TEST_F(FilterTextTest, LeavingCancels) {
       {"escape", [&] { QTest::keyClick(list_, Qt::Key_Escape); }},
       {"hiddenCancelButton", [&] { cancel->click(); }},
   };
-  Texts ids;
-  for (int i = 0; i < 40; ++i)
-    ids.push_back("C" + std::to_string(100000 + i * 37));
   for (const auto& c : cases) {
-    Open(ids);
-    Click("C100037");
-    Click("C100111");
-    EXPECT_TRUE(test::SaveScreenshot(popup_, "filter_text_popup"));
+    Open({"C1", "C2"});
+    Click("C2");
     c.leave();
     EXPECT_TRUE(QTest::qWaitFor([&] { return !popup_.isVisible(); }, 2000)) << c.name;
     EXPECT_EQ(applied_.size(), 0) << c.name;
@@ -157,20 +146,23 @@ std::vector<DragListItem> Columns(std::initializer_list<int> numbers) {
   return items;
 }
 
-// From {0..4} to {10, 11}; the leave filter keeps column 0 in the source.
-TEST(DragList, SelectedItemsMoveInListOrder) {
+// Qt's offscreen platform ends every drag at once, so drops are driven with
+// the point a drop would bring: from {0..4} (whose column 0 may not leave)
+// onto {10, 11}, or within {0..4}.
+TEST(DragList, ADropMovesTheSelectionInListOrderToThePointerAndOnlyFromADragList) {
   const struct {
     const char* name;
     std::vector<int> selected;
     bool toSelf;
-    int row;
+    int onto, half; // row under the pointer (-1 below the items); -1 upper, +1 lower half
     std::vector<DragListItem> source, target;
   } cases[] = {
-      {"appendToOther", {3, 1}, false, -1, Columns({0, 2, 4}), Columns({10, 11, 1, 3})},
-      {"firstOfOtherButNotCol0", {4, 0}, false, 0, Columns({0, 1, 2, 3}), Columns({4, 10, 11})},
-      {"downWithinTheList", {0, 1}, true, 4, Columns({2, 3, 0, 1, 4}), Columns({10, 11})},
-      {"upWithinTheList", {3, 4}, true, 1, Columns({0, 3, 4, 1, 2}), Columns({10, 11})},
-      {"nothingSelected", {}, false, -1, Columns({0, 1, 2, 3, 4}), Columns({10, 11})},
+      {"aboveARow", {1}, false, 0, -1, Columns({0, 2, 3, 4}), Columns({1, 10, 11})},
+      {"belowARow", {1}, false, 0, 1, Columns({0, 2, 3, 4}), Columns({10, 1, 11})},
+      {"belowTheItems", {3, 1}, false, -1, 0, Columns({0, 2, 4}), Columns({10, 11, 1, 3})},
+      {"column0StaysBehind", {4, 0}, false, 0, -1, Columns({0, 1, 2, 3}), Columns({4, 10, 11})},
+      {"downWithinTheList", {0, 1}, true, 4, -1, Columns({2, 3, 0, 1, 4}), Columns({10, 11})},
+      {"upWithinTheList", {3, 4}, true, 1, -1, Columns({0, 3, 4, 1, 2}), Columns({10, 11})},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -178,39 +170,20 @@ TEST(DragList, SelectedItemsMoveInListOrder) {
     source.SetItems(Columns({0, 1, 2, 3, 4}));
     source.SetLeaveFilter([](const DragListItem& item) { return item.value != 0; });
     target.SetItems(Columns({10, 11}));
+    CNTDragListCtrl& to = c.toSelf ? source : target;
+    to.show();
     for (int row : c.selected)
       source.item(row)->setSelected(true);
     QSignalSpy changed(&target, &CNTDragListCtrl::ItemsChanged);
-    QSignalSpy refused(&source, &CNTDragListCtrl::MoveRefused);
-    const size_t kept = !c.toSelf && std::count(c.selected.begin(), c.selected.end(), 0);
-    CNTDragListCtrl& to = c.toSelf ? source : target;
-    EXPECT_EQ(source.MoveSelectedTo(&to, c.row), static_cast<int>(c.selected.size() - kept));
-    EXPECT_TRUE(source.Items() == c.source && target.Items() == c.target);
-    EXPECT_EQ(to.SelectedItems().size(), c.selected.size() - kept) << "moved items stay selected";
-    EXPECT_EQ(changed.size(), c.toSelf || c.selected.empty() ? 0 : 1);
-    EXPECT_EQ(refused.size(), static_cast<qsizetype>(kept));
-  }
-}
-
-// Qt's offscreen platform ends every drag at once, so the drop handler is
-// driven with the point a drop would bring.
-TEST(DragList, ADropLandsWhereThePointerIsAndOnlyFromADragList) {
-  const struct {
-    int onto, quarter; // row under the pointer (-1 below the items); -1 upper, +1 lower half
-    std::vector<DragListItem> target;
-  } cases[] = {
-      {0, -1, Columns({1, 10, 11})}, {0, 1, Columns({10, 1, 11})}, {-1, 0, Columns({10, 11, 1})}};
-  for (const auto& c : cases) {
-    CNTDragListCtrl from, to;
-    from.SetItems(Columns({0, 1, 2}));
-    to.SetItems(Columns({10, 11}));
-    to.show();
-    from.item(1)->setSelected(true);
     QPoint at(5, to.viewport()->height() - 2);
     if (c.onto >= 0)
-      at = to.visualItemRect(to.item(c.onto)).center() + QPoint(0, c.quarter * 4);
-    EXPECT_EQ(to.DropSelectionOf(&from, at), 1);
-    EXPECT_TRUE(to.Items() == c.target) << c.onto << c.quarter;
+      at = to.visualItemRect(to.item(c.onto)).center() + QPoint(0, c.half * 4);
+    const bool stays = !c.toSelf && std::count(c.selected.begin(), c.selected.end(), 0);
+    const size_t moved = c.selected.size() - (stays ? 1 : 0);
+    EXPECT_EQ(to.DropSelectionOf(&source, at), static_cast<int>(moved));
+    EXPECT_TRUE(source.Items() == c.source && target.Items() == c.target);
+    EXPECT_EQ(to.SelectedItems().size(), moved) << "moved items stay selected";
+    EXPECT_EQ(changed.size(), c.toSelf ? 0 : 1);
   }
   CNTDragListCtrl list;
   QMimeData text;
@@ -236,8 +209,7 @@ TEST(ControlPos, ControlsFollowTheDialogsSizeChange) {
     dialog.resize(300, 200);
     auto* button = new QPushButton(&dialog);
     button->setGeometry(10, 20, 80, 30);
-    auto* pos = new CControlPos(&dialog);
-    ASSERT_TRUE(pos->AddControl(button, c.anchors));
+    ASSERT_TRUE((new CControlPos(&dialog))->AddControl(button, c.anchors));
     dialog.show();
     for (const auto& [size, expected] : {std::pair{QSize(350, 240), c.grown},
                                          {QSize(100, 100), c.shrunk},

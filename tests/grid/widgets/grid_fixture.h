@@ -24,16 +24,20 @@
 
 namespace vh::test {
 
+using Texts = std::vector<std::string>;
+
 struct GridRows {
-  std::vector<std::vector<std::string>> rows;
+  std::vector<Texts> rows;
   int fetches = 0;
-  static int Fetch(void* owner, uint64_t item, int column, std::string& text, CellStyle&) {
+  int image = -1; // the image output of every cell
+  static int Fetch(void* owner, uint64_t item, int column, std::string& text, CellStyle& style) {
     auto* self = static_cast<GridRows*>(owner);
     ++self->fetches;
     if (item == 0 || item > self->rows.size() || column < 0 ||
         size_t(column) >= self->rows[item - 1].size())
       return 0;
     text = self->rows[item - 1][size_t(column)];
+    style.image = self->image;
     return 1;
   }
 };
@@ -52,7 +56,7 @@ inline std::vector<sTarnColInfo> HoldingColumns() {
   return columns;
 }
 
-inline std::vector<std::vector<std::string>> SampleRows() {
+inline std::vector<Texts> SampleRows() {
   return {{"C001", "INFY", "120", "1510.25"},
           {"C002", "TCS", "15", "3320.5"},
           {"C003", "INFY", "300", "1512"},
@@ -62,25 +66,19 @@ inline std::vector<std::vector<std::string>> SampleRows() {
 
 class GridTest : public ::testing::Test {
 protected:
-  // A grid inside a dialog, as the view holds it (or inside a plain window).
-  CFilterListCtrl& MakeGrid(bool customizable = false, bool inDialog = true) {
+  // A grid of `columns_` inside a dialog, as the view holds it.
+  CFilterListCtrl& MakeGrid(bool customizable = false) {
     // A default export lands in this test's own folder.
     qputenv("HOME", QByteArray::fromStdString(dir_.path().string()));
-    qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(dir_.path().string()));
+    grid_ = nullptr;
     dialog_ = std::make_unique<QDialog>();
-    QWidget* holder = dialog_.get();
-    if (!inDialog) {
-      window_ = std::make_unique<QWidget>();
-      holder = window_.get();
-    }
-    grid_ = new CFilterListCtrl(holder);
-    auto* layout = new QVBoxLayout(holder);
-    layout->addWidget(grid_);
+    grid_ = new CFilterListCtrl(dialog_.get());
+    (new QVBoxLayout(dialog_.get()))->addWidget(grid_);
     grid_->SetProfileName("testgrid");
     grid_->SetListControlId(9016);
     grid_->SetCustomizable(customizable);
     grid_->Engine().SetOwnerDataSource(&GridRows::Fetch, &data_);
-    grid_->SetUpColumns(HoldingColumns());
+    grid_->SetUpColumns(columns_);
     dialog_->resize(480, 300);
     return *grid_;
   }
@@ -90,40 +88,44 @@ protected:
     dialog_->activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(dialog_.get()));
   }
-  void AddRows(const std::vector<std::vector<std::string>>& rows) {
+  void AddRows(const std::vector<Texts>& rows) {
     for (const auto& r : rows) {
       data_.rows.push_back(r);
-      const int at = grid_->InsertItem(0);
-      grid_->SetItemData(at, data_.rows.size());
+      grid_->SetItemData(grid_->InsertItem(0), data_.rows.size());
     }
     grid_->Model().Flush();
   }
+  // The first column of every row of `model`, top to bottom.
+  static Texts Items(const QAbstractItemModel* model) {
+    Texts out;
+    for (int r = 0; r < model->rowCount(); ++r)
+      out.push_back(model->index(r, 0).data().toString().toStdString());
+    return out;
+  }
   // Column `column` of every displayed row, top to bottom.
-  std::vector<std::string> Shown(int column) {
-    std::vector<std::string> out;
+  Texts Shown(int column) {
+    Texts out;
     for (int r = 0; r < grid_->Model().rowCount(); ++r)
       out.push_back(grid_->GetCellText(r, column).toStdString());
     return out;
   }
-  // The menu a right click opens on the rows or on the header.
-  std::vector<std::string> MenuAt(QWidget* target, std::vector<bool>* enabled = nullptr) {
+  // The menu a right click opens on `target`: each item's text, marked
+  // " [x]" when checked and " [grey]" when greyed.
+  Texts MenuAt(QWidget* target) {
     QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(5, 5),
                             target->mapToGlobal(QPoint(5, 5)));
     QApplication::sendEvent(target, &event);
-    std::vector<std::string> texts;
+    Texts texts;
     QMenu* menu = grid_->OpenMenu();
-    if (!menu)
-      return texts;
-    for (QAction* a : menu->actions()) {
-      if (a->isSeparator())
-        continue;
-      texts.push_back(a->text().toStdString() + (a->isChecked() ? " [x]" : ""));
-      if (enabled)
-        enabled->push_back(a->isEnabled());
-    }
-    menu->close();
+    for (QAction* a : menu ? menu->actions() : QList<QAction*>())
+      if (!a->isSeparator())
+        texts.push_back(a->text().toStdString() + (a->isChecked() ? " [x]" : "") +
+                        (a->isEnabled() ? "" : " [grey]"));
+    if (menu)
+      menu->close();
     return texts;
   }
+
   void ClickSection(int section) {
     QHeaderView* h = grid_->horizontalHeader();
     const QPoint p(h->sectionViewportPosition(section) + h->sectionSize(section) / 2, 5);
@@ -134,7 +136,7 @@ protected:
   ScopedSettingsPaths paths_{{dir_.path().string(), dir_.path().string()}};
   ScopedMessageRecorder messages_;
   GridRows data_;
-  std::unique_ptr<QWidget> window_;
+  std::vector<sTarnColInfo> columns_ = HoldingColumns();
   std::unique_ptr<QDialog> dialog_;
   CFilterListCtrl* grid_ = nullptr;
 };
