@@ -108,25 +108,6 @@ TEST_P(CustomColumn, CustomColumnsReferToCustomColumns) {
   EXPECT_EQ(recorder.messages().size(), 1u);
 }
 
-TEST_P(CustomColumn, CyclesLeaveTheRequestedCellUnchanged) {
-  const struct {
-    const char* name;
-    std::vector<std::string> stored;
-  } cases[] = {
-      {"itself", {R"( "10"+1)"}},
-      {"two columns", {R"( "11"+1)", R"( "10"+1)"}},
-      {"chain into a cycle", {R"( "11"*2)", R"( "12")", R"( "11")"}},
-      {"cycle behind a division", {R"( 4/"11")", R"( "10"+1)"}},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(Compute(c.stored), "untouched") << c.name;
-    // Nothing on the way was evaluated, and the next cell computes again.
-    EXPECT_TRUE(recorder.messages().empty()) << c.name;
-    grid.custom.push_back(GetParam().compile(R"( "0"*3)"));
-    EXPECT_EQ(grid.Custom(grid.custom.size() - 1), "30.00") << c.name;
-  }
-}
-
 INSTANTIATE_TEST_SUITE_P(Paths, CustomColumn,
                          ::testing::Values(Path{"Text", vh::TextCustomColumn},
                                            Path{"Compiled", vh::CompileCustomColumn}),

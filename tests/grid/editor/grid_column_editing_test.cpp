@@ -6,13 +6,10 @@
 #include "grid/editor/column_editor_hooks.h"
 #include "grid/editor/reposition_columns.h"
 #include "grid/editor/user_defined_col_dlg.h"
-#include "grid/widgets/appearance_hook.h"
 #include "grid/widgets/grid_commands.h"
 #include "plugin/tarn_host_api.h"
 #include "tests/grid/widgets/grid_fixture.h"
-#include "widgets/customized_appearance.h"
 
-#include <QColorDialog>
 #include <QComboBox>
 #include <QListWidget>
 #include <QPlainTextEdit>
@@ -21,9 +18,7 @@
 namespace vh::test {
 namespace {
 
-constexpr int kTimes = 1014, kEnd = 1018, kConfirm = 1, kNameEdit = 1022, kExpressionEdit = 1010,
-              kColumnList = 1009;
-enum ListRow { kQty, kClose }; // the numeric columns of HoldingColumns()
+constexpr int kConfirm = 1, kNameEdit = 1022, kExpressionEdit = 1010, kColumnList = 1009;
 using Texts = std::vector<std::string>;
 
 class GridColumnEditingTest : public GridTest {
@@ -62,11 +57,6 @@ protected:
   template <typename T = QWidget> T* Control(int id) {
     return qobject_cast<T*>(GetDlgItem(Visible<CUserDefinedColDlg>(), id));
   }
-  void Pick(int row) {
-    auto* list = Control<QListWidget>(kColumnList);
-    QTest::mouseClick(list->viewport(), Qt::LeftButton, {},
-                      list->visualItemRect(list->item(row)).center());
-  }
   void Click(int id) { QTest::mouseClick(Control<QPushButton>(id), Qt::LeftButton); }
   // Add Custom Columns, name and expression typed, Enter.
   void Add(const std::string& name, const std::string& expression) {
@@ -89,45 +79,7 @@ protected:
     }
     return out;
   }
-  // Whether a pixel of the first row has colour `c`.
-  bool RowHas(const QColor& c) {
-    const QImage image = grid_->viewport()->grab().toImage();
-    const int top = grid_->rowViewportPosition(0);
-    for (int y = top + 2; y < top + grid_->rowHeight(0) - 2; ++y)
-      for (int x = 0; x < image.width(); ++x)
-        if (image.pixelColor(x, y) == c)
-          return true;
-    return false;
-  }
 };
-
-TEST_F(GridColumnEditingTest, ButtonsBuildAColumnTheGridShowsAndEditTakesTheLastPress) {
-  CFilterListCtrl& grid = Filled();
-  Menu("Add Custom Columns");
-  EXPECT_EQ(Visible<CUserDefinedColDlg>()->windowTitle(), "rmsholdview: Add Custom Columns");
-  QTest::keyClicks(Control(kNameEdit), "Value");
-  Pick(kQty);
-  Click(kTimes);
-  Pick(kClose);
-  Click(kEnd);
-  Click(kConfirm);
-  EXPECT_EQ(Header(), (Texts{"Client", "Symbol", "Qty", "Close", "Value"}));
-  EXPECT_EQ(Header(Qt::ToolTipRole),
-            (Texts{"Client", "Symbol", "Qty", "Close", R"("Qty" * "Close")"}));
-  EXPECT_EQ(grid.horizontalHeader()->sectionSize(4), 100);
-  EXPECT_EQ(Shown(4), (Texts{"181230.00", "49807.50", "453600.00", "0.00", "1202800.00"}));
-  EXPECT_TRUE(grid.grab().save(VH_SCREENSHOT_DIR "/grid_custom_column.png"));
-
-  Menu("Edit Custom Columns");
-  Choose(0);
-  QTest::keyClicks(Control(kExpressionEdit), " + ");
-  Pick(kQty);
-  Click(kEnd);
-  QTest::keyClicks(Control(kExpressionEdit), " - 100"); // after the last press: not saved
-  Click(kConfirm);
-  EXPECT_EQ(Shown(4), (Texts{"181350.00", "49822.50", "453900.00", "7.00", "1204800.00"}));
-  EXPECT_EQ(Header(Qt::ToolTipRole).back(), R"("Qty" * "Close")") << "an edit leaves the tooltip";
-}
 
 // A and its dependants B and C: B goes, C (taken second) has moved up into
 // B's place by then, so A goes and C stays, its formula now on itself.
@@ -229,32 +181,6 @@ TEST_F(GridColumnEditingTest, ANewGridFindsColumnsPositionsWidthsAndDefaultSort)
   again.ApplyDefaultSort();
   EXPECT_EQ(Shown(0), (Texts{"C005", "C003", "C001", "C002", "C004"}));
   EXPECT_EQ(again.FilterHeader()->SectionImage(1), 1);
-}
-
-TEST_F(GridColumnEditingTest, AppearanceRoundTripThroughFileAndDrawing) {
-  const QColor background(0x12, 0x34, 0x56);
-  InstallAppearanceDialog();
-  CFilterListCtrl& grid = MakeGrid(true);
-  AddRows(SampleRows());
-  Show();
-  QTest::keyClick(&grid, Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
-  auto* look = Visible<CCustomizedAppearance>();
-  ASSERT_NE(look, nullptr);
-  QTest::mouseClick(look->findChild<QPushButton*>("background"), Qt::LeftButton);
-  auto* chooser = look->findChild<QColorDialog*>("colourDialog");
-  chooser->setCurrentColor(background);
-  chooser->accept();
-  QTest::mouseClick(look->findChild<QPushButton*>("apply"), Qt::LeftButton);
-  const std::string saved = Get("CUSTOMIZE_LISTS", "testgrid-9016", dir_.file("UserSetting.ini"));
-  EXPECT_EQ(saved.substr(0, 12), "563412,FF00,") << saved;
-  EXPECT_TRUE(RowHas(background));
-  CCommonListCtrl::DestroySharedDialogs();
-  CCommonListCtrl::SetAppearanceDialogFactory({});
-  delete grid_;
-  MakeGrid(true);
-  AddRows(SampleRows());
-  Show();
-  EXPECT_TRUE(RowHas(background)) << "a new grid reads the saved look";
 }
 
 } // namespace
