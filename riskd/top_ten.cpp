@@ -108,7 +108,7 @@ void HandleTopTen(Services& s, const Caller& caller, const kdl::Message& req, An
   // one.
   std::vector<Row> sent(rows.rbegin(), rows.rend());
   std::stable_partition(sent.begin(), sent.end(), [](const Row& r) { return !r.client.empty(); });
-  RecordWriter w(std::string(vh::kTopTenRequest));
+  RecordWriter w{std::string(vh::kTopTenRequest)};
   std::string frames;
   if (!sent.empty()) {
     w.Start();
