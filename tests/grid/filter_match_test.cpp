@@ -41,23 +41,5 @@ TEST(FilterMatch, Language) {
   }
 }
 
-TEST(FilterMatch, JoinSelection) {
-  const struct {
-    const char* name;
-    std::vector<std::string> picked;
-    const char* joined;
-  } cases[] = {
-      {"none", {}, ""},
-      {"two", {"INFY", "TCS"}, "INFY~TCS"},
-      {"contained in earlier pick dropped", {"INFYBEES", "INFY", "TCS"}, "INFYBEES~TCS"},
-      {"containing a later pick kept", {"INFY", "INFYBEES"}, "INFY~INFYBEES"},
-      {"empty never added", {"", "A"}, "A"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(JoinFilterSelection(c.picked), c.joined);
-  }
-}
-
 } // namespace
 } // namespace vh
