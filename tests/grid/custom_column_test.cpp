@@ -101,32 +101,6 @@ TEST_P(CustomColumn, FailedFetchLeavesTheTextAndStopsFetching) {
   EXPECT_EQ(grid.fetched, (std::vector<int>{10, 5}));
 }
 
-TEST_P(CustomColumn, CustomColumnsReferToCustomColumns) {
-  EXPECT_EQ(Compute({R"( "11"+1)", R"( "0"*2)"}), "21.00");
-  // A broken inner column shows its message and reads as empty, so 0.
-  EXPECT_EQ(Compute({R"( "11"+5)", R"( 1 2)"}), "5.00");
-  EXPECT_EQ(recorder.messages().size(), 1u);
-}
-
-TEST_P(CustomColumn, CyclesLeaveTheRequestedCellUnchanged) {
-  const struct {
-    const char* name;
-    std::vector<std::string> stored;
-  } cases[] = {
-      {"itself", {R"( "10"+1)"}},
-      {"two columns", {R"( "11"+1)", R"( "10"+1)"}},
-      {"chain into a cycle", {R"( "11"*2)", R"( "12")", R"( "11")"}},
-      {"cycle behind a division", {R"( 4/"11")", R"( "10"+1)"}},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(Compute(c.stored), "untouched") << c.name;
-    // Nothing on the way was evaluated, and the next cell computes again.
-    EXPECT_TRUE(recorder.messages().empty()) << c.name;
-    grid.custom.push_back(GetParam().compile(R"( "0"*3)"));
-    EXPECT_EQ(grid.Custom(grid.custom.size() - 1), "30.00") << c.name;
-  }
-}
-
 INSTANTIATE_TEST_SUITE_P(Paths, CustomColumn,
                          ::testing::Values(Path{"Text", vh::TextCustomColumn},
                                            Path{"Compiled", vh::CompileCustomColumn}),
@@ -140,25 +114,6 @@ TEST(CustomColumnValue, DataColumnsAreLeftAlone) {
   EXPECT_EQ(text, "kept");
   EXPECT_EQ(vh::CalculateCustomColumnValue(1, 2, 2, R"( "0"+1)", grid, text), vh::kCustomWritten);
   EXPECT_EQ(text, "2.00");
-}
-
-TEST(CustomColumnValue, SortKeyIsWhatAtofReadsFromTheText) {
-  TestGrid grid;
-  const char* cells[] = {"2.675", "-0.004", "1e300", "abc", "0.125"};
-  const char* stored[] = {R"( "0")", R"( "0"*3)", R"( 5/"0")", R"( 1 2)"};
-  vh::ScopedMessageRecorder recorder;
-  for (const char* cell : cells) {
-    for (const char* s : stored) {
-      grid.data = {cell};
-      vh::CompiledCustomColumn column(s);
-      std::string text;
-      double key = -1;
-      const int written = column.Compute(1, grid, text);
-      EXPECT_EQ(column.ComputeSortKey(1, grid, key), written) << s << " " << cell;
-      EXPECT_EQ(key, written == vh::kCustomWritten ? std::atof(text.c_str()) : -1)
-          << s << " " << cell;
-    }
-  }
 }
 
 } // namespace

@@ -23,18 +23,6 @@ Outcome Evaluate(std::string_view text) {
   return {code, value, !(value == kUntouched)};
 }
 
-TEST(ExpressionTokens, OperandLengthCountsWordCharactersAfterAnyFirst) {
-  const struct {
-    std::string_view text;
-    int length;
-  } cases[] = {
-      {"-5", 2},       {"(3", 2},      {"*", 1},   {",234", 4},  {"", 0},
-      {"12.5e3+1", 6}, {"abc def", 3}, {"  x", 1}, {"1..2)", 4}, {"\x80z", 2},
-  };
-  for (const auto& c : cases)
-    EXPECT_EQ(OperandLength(c.text), c.length) << '"' << c.text << '"';
-}
-
 TEST(ExpressionEvaluate, Values) {
   const double inf = std::numeric_limits<double>::infinity();
   const struct {

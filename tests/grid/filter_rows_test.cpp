@@ -109,28 +109,6 @@ TEST_F(FilterFixture, RandomFiltersAgreeWithADirectScan) {
   }
 }
 
-TEST_F(FilterFixture, HeaderChangesEditTheParallelArrays) {
-  table.rows = {{"a", "1", "x"}};
-  test::LoadRows(engine, table);
-  engine.SetColumns(test::Columns({3, 2, 3}), 3, {1, 0, 2}); // column 1 shown first
-  const struct {
-    int headerItem;
-    const char* text;
-    std::vector<int32_t> columns;
-    std::vector<std::string> texts;
-  } steps[] = {
-      {0, "5", {1}, {"5"}}, {1, "a", {1, 0}, {"5", "a"}}, {0, "6", {1, 0}, {"6", "a"}},
-      {0, "", {0}, {"a"}},  {2, "x", {0, 2}, {"a", "x"}}, {7, "zzz", {0, 2}, {"a", "x"}},
-      {1, "", {2}, {"x"}},  {1, "", {2}, {"x"}},
-  };
-  for (const auto& s : steps) {
-    SCOPED_TRACE(std::string("item ") + std::to_string(s.headerItem) + " text " + s.text);
-    engine.OnHeaderFilterChanged(s.headerItem, s.text);
-    EXPECT_EQ(engine.FilterColumns(), s.columns);
-    EXPECT_EQ(engine.FilterTexts(), s.texts);
-  }
-}
-
 struct HeaderLog : RowEngineObserver {
   std::vector<std::pair<int, std::string>> writes;
   int clears = 0;
@@ -160,20 +138,6 @@ TEST_F(FilterFixture, HiddenColumnFilterClearsTheFirstShownColumn) {
   EXPECT_EQ(log.clears, 1);
   EXPECT_TRUE(engine.FilterColumns().empty());
   EXPECT_EQ(log.filtered, 3);
-}
-
-TEST_F(FilterFixture, ExactModesOneShotAndPersistent) {
-  table.rows = {{"abc", "1", ""}, {"ABCD", "2", ""}, {"xabc", "3", ""}};
-  test::LoadRows(engine, table);
-  engine.SetFilter(0, "abc", true);
-  EXPECT_EQ(Shown(), (std::vector<uint64_t>{1}));
-  engine.Filter(); // the one-shot request is spent
-  EXPECT_EQ(Shown(), (std::vector<uint64_t>{1, 2}));
-  engine.ToggleExactMatch(); // persistent: a later pass is exact too
-  engine.Filter();
-  EXPECT_EQ(Shown(), (std::vector<uint64_t>{1}));
-  engine.ToggleExactMatch();
-  EXPECT_EQ(Shown(), (std::vector<uint64_t>{1, 2}));
 }
 
 TEST_F(FilterFixture, UnequalArraysShowNothingAndSaySo) {

@@ -55,23 +55,5 @@ TEST(RowConvert, RandomTextsMatchTheCLibrary) {
     ExpectSameAsLibc(test::RandomText(rng, " +-0123456789.eExXa", 14));
 }
 
-TEST(RowConvert, CaseFoldingIsAsciiOnly) {
-  const struct {
-    const char* a;
-    const char* b;
-    bool equal;
-    bool prefix;
-  } cases[] = {
-      {"ABC", "abc", true, true}, {"abcd", "ABC", false, true}, {"ab", "abc", false, false},
-      {"", "", true, true},       {"x", "", false, true},       {"\xC4", "\xE4", false, false},
-      {"A[", "a{", false, false},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(std::string(c.a) + " / " + c.b);
-    EXPECT_EQ(EqualsNoCase(c.a, c.b), c.equal);
-    EXPECT_EQ(StartsWithNoCase(c.a, c.b), c.prefix);
-  }
-}
-
 } // namespace
 } // namespace vh

@@ -21,10 +21,7 @@ namespace {
 using test::TextTable;
 
 struct Events : RowEngineObserver {
-  std::vector<int> inserted, deleted;
   int resets = 0;
-  void OnRowInserted(int position, std::string_view) override { inserted.push_back(position); }
-  void OnRowDeleted(int position) override { deleted.push_back(position); }
   void OnRowsReset() override { ++resets; }
 };
 
@@ -142,15 +139,6 @@ TEST_F(EngineFixture, PositionsOutsideTheDisplay) {
   EXPECT_EQ(engine.GetItemText(3, 0), "");
   EXPECT_TRUE(messages.messages().empty());
   EXPECT_EQ(engine.RowCount(), 3u);
-}
-
-TEST_F(EngineFixture, InsertAndDeleteTellTheWidget) {
-  engine.SetReverseDisplay(true);
-  EXPECT_EQ(engine.InsertItem(0, "t"), 0); // newest row mirrored to the top
-  EXPECT_EQ(engine.InsertItem(2, "t"), 2);
-  EXPECT_EQ(events.inserted, (std::vector<int>{0, 0, 0, 0, 2}));
-  EXPECT_EQ(engine.DeleteItem(1), 1);
-  EXPECT_EQ(events.deleted, (std::vector<int>{1}));
 }
 
 TEST_F(EngineFixture, ItemTextFollowsHeaderPositionsAndReverseFlag) {

@@ -96,43 +96,23 @@ TEST_F(SortFixture, EveryKeyTypeAgreesWithTheConvertingComparison) {
   }
 }
 
-TEST_F(SortFixture, DirectionRulesAndMarks) {
-  struct Marks : RowEngineObserver {
-    std::vector<std::tuple<int, int, int>> calls;
-    void OnSortMark(int clear, int column, int image) override {
-      calls.emplace_back(clear, column, image);
-    }
-  } marks;
-  engine.SetObserver(&marks);
+// Which way a click sorts and the marks it sets meet the header in the
+// widget tests; these are the rules a header click cannot show.
+TEST_F(SortFixture, DatesLatestFirstAndADeletionStartsTheClicksOver) {
   table.rows = {{"3", "", "", "", "", "15/03/2023"},
                 {"1", "", "", "", "", "01/12/2024"},
                 {"2", "", "", "", "", "30/06/2024"}};
   test::LoadRows(engine, table);
-  const struct {
-    int click;
-    int direction;
-    std::vector<std::string> first;
-    std::tuple<int, int, int> mark;
-  } steps[] = {
-      {0, -1, {"1", "2", "3"}, {-1, 0, 0}}, {0, 1, {"3", "2", "1"}, {-1, 0, 1}},
-      {0, -1, {"1", "2", "3"}, {-1, 0, 0}}, {1, -1, {"1", "2", "3"}, {0, 1, 0}},
-      {0, -1, {"1", "2", "3"}, {1, 0, 0}},
-  };
-  for (const auto& s : steps) {
-    engine.SortOnColumn(s.click);
-    EXPECT_EQ(engine.SortDirection(), s.direction);
-    EXPECT_EQ(marks.calls.back(), s.mark);
-    if (s.click == 0) {
-      EXPECT_EQ(ColumnAsShown(0), s.first);
-    }
-  }
-  engine.SortOnColumn(5); // a date column puts the latest first
+  engine.SortOnColumn(5);
   EXPECT_EQ(ColumnAsShown(5), (std::vector<std::string>{"01/12/2024", "30/06/2024", "15/03/2023"}));
+  engine.SortOnColumn(0);
+  engine.SortOnColumn(0);
+  EXPECT_EQ(ColumnAsShown(0), (std::vector<std::string>{"3", "2", "1"}));
   engine.DeleteItem(0); // forgets the previous column: the next click starts over
   EXPECT_EQ(engine.PreviousSortColumn(), -1);
   engine.SortOnColumn(0);
   EXPECT_EQ(engine.SortDirection(), -1);
-  EXPECT_EQ(ColumnAsShown(0), (std::vector<std::string>{"2", "3"}));
+  EXPECT_EQ(ColumnAsShown(0), (std::vector<std::string>{"1", "2"}));
 }
 
 // Text ranks decide text sorts and distinct values: numbers must follow
@@ -164,12 +144,10 @@ TEST(SortCompare, DatesAndTimes) {
   } cases[] = {
       {"slash date later year", "01/01/2024", "31/12/2023", 1},
       {"slash date month before day", "01/02/2024", "28/01/2024", 1},
-      {"slash date equal", "05/06/2024", "05/06/2024", 0},
       {"dash date earlier", "01-01-2023", "02-01-2023", -1},
       {"date then time", "05/06/2024 10:00:01", "05/06/2024 09:59:59", 1},
       {"different lengths by bytes", "1/1/2024", "01/01/2023", -1},
       {"AM before PM", "11:00:00 AM", "01:00:00 PM", -1},
-      {"PM after AM", "01:00:00 PM", "11:00:00 AM", 1},
       {"time same half", "10:15:00", "10:14:59", 1},
       {"a time reads its first eight characters", "09:00:00 11:00:00", "10:00:00 08:00:00", -1},
       {"a date's time reads its last eight", "05/06/2024 09:00:00 10:00:00",
@@ -177,8 +155,7 @@ TEST(SortCompare, DatesAndTimes) {
       {"fixed layout year", "01Jan2024", "31Dec2023", 1},
       {"fixed layout month", "01Mar2024", "31Feb2024", 1},
       {"unknown month is zero", "01Foo2024", "01Jan2024", -1},
-      {"short texts", "ab", "cd", 0},
-      {"empty", "", "", 0},
+      {"short texts are all equal", "ab", "cd", 0},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);

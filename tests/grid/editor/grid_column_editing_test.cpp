@@ -1,18 +1,18 @@
 // The column editors on a real filtering grid, opened from its menus and
 // commands once the program has installed them, and driven through their
-// controls: values the grid shows, what follows a column through a change
-// (filters, sort mark, tooltips, widths), and the profile read back by a
-// new grid.
+// controls: the texts they show and say, values the grid shows, what
+// follows a column through a change (filters, sort mark, tooltips, widths),
+// and the profile read back by a new grid.
+#include "grid/column_reposition.h"
 #include "grid/editor/column_editor_hooks.h"
 #include "grid/editor/reposition_columns.h"
 #include "grid/editor/user_defined_col_dlg.h"
-#include "grid/widgets/appearance_hook.h"
+#include "grid/user_column_editor.h"
 #include "grid/widgets/grid_commands.h"
 #include "plugin/tarn_host_api.h"
 #include "tests/grid/widgets/grid_fixture.h"
-#include "widgets/customized_appearance.h"
+#include "widgets/drag_list_ctrl.h"
 
-#include <QColorDialog>
 #include <QComboBox>
 #include <QListWidget>
 #include <QPlainTextEdit>
@@ -21,10 +21,14 @@
 namespace vh::test {
 namespace {
 
-constexpr int kTimes = 1014, kEnd = 1018, kConfirm = 1, kNameEdit = 1022, kExpressionEdit = 1010,
-              kColumnList = 1009;
+constexpr int kPlus = 1012, kTimes = 1014, kDivide = 1015, kOpen = 1016, kCloseParen = 1017,
+              kEnd = 1018, kClear = 1019, kConfirm = 1, kNameEdit = 1022, kExpressionEdit = 1010,
+              kColumnList = 1009, kCustomCombo = 1011;
 enum ListRow { kQty, kClose }; // the numeric columns of HoldingColumns()
+const char* const kModeMenus[] = {"Add Custom Columns", "Edit Custom Columns",
+                                  "Delete Custom Columns"};
 using Texts = std::vector<std::string>;
+using Profile = CRepositionColumns;
 
 class GridColumnEditingTest : public GridTest {
 protected:
@@ -59,26 +63,43 @@ protected:
         return d;
     return nullptr;
   }
+  // A control of the open custom-column editor, else of the profile dialog.
   template <typename T = QWidget> T* Control(int id) {
-    return qobject_cast<T*>(GetDlgItem(Visible<CUserDefinedColDlg>(), id));
+    QWidget* dialog = Visible<CUserDefinedColDlg>();
+    return qobject_cast<T*>(GetDlgItem(dialog ? dialog : grid_->findChild<Profile*>(), id));
+  }
+  void Click(int id, Qt::KeyboardModifiers m = {}) {
+    QTest::mouseClick(Control<QPushButton>(id), Qt::LeftButton, m);
+  }
+  void Type(int id, const std::string& text) {
+    QTest::keyClicks(Control(id), QString::fromStdString(text));
   }
   void Pick(int row) {
     auto* list = Control<QListWidget>(kColumnList);
     QTest::mouseClick(list->viewport(), Qt::LeftButton, {},
                       list->visualItemRect(list->item(row)).center());
   }
-  void Click(int id) { QTest::mouseClick(Control<QPushButton>(id), Qt::LeftButton); }
+  // Clicks the entries of a profile list, the later ones with Ctrl held.
+  void Select(int listId, std::initializer_list<const char*> names) {
+    auto* list = Control<CNTDragListCtrl>(listId);
+    Qt::KeyboardModifiers modifiers;
+    for (const char* name : names) {
+      const QRect r = list->visualItemRect(list->findItems(name, Qt::MatchExactly).at(0));
+      QTest::mouseClick(list->viewport(), Qt::LeftButton, modifiers, r.center());
+      modifiers = Qt::ControlModifier;
+    }
+  }
   // Add Custom Columns, name and expression typed, Enter.
   void Add(const std::string& name, const std::string& expression) {
     Menu("Add Custom Columns");
-    QTest::keyClicks(Control(kNameEdit), QString::fromStdString(name));
-    QTest::keyClicks(Control(kExpressionEdit), QString::fromStdString(expression));
+    Type(kNameEdit, name);
+    Type(kExpressionEdit, expression);
     QTest::keyClick(Control(kNameEdit), Qt::Key_Return);
     ASSERT_EQ(Visible<CUserDefinedColDlg>(), nullptr) << messages_.messages().back();
   }
   void Choose(int comboIndex) { // with the arrow key, as a user does
-    for (int i = Control<QComboBox>(1011)->currentIndex(); i < comboIndex; ++i)
-      QTest::keyClick(Control(1011), Qt::Key_Down);
+    for (int i = Control<QComboBox>(kCustomCombo)->currentIndex(); i < comboIndex; ++i)
+      QTest::keyClick(Control(kCustomCombo), Qt::Key_Down);
   }
   // Headings in screen order, or the tooltips.
   Texts Header(int role = Qt::DisplayRole) {
@@ -89,44 +110,140 @@ protected:
     }
     return out;
   }
-  // Whether a pixel of the first row has colour `c`.
-  bool RowHas(const QColor& c) {
-    const QImage image = grid_->viewport()->grab().toImage();
-    const int top = grid_->rowViewportPosition(0);
-    for (int y = top + 2; y < top + grid_->rowHeight(0) - 2; ++y)
-      for (int x = 0; x < image.width(); ++x)
-        if (image.pixelColor(x, y) == c)
-          return true;
+  int Width(int visual) {
+    return grid_->horizontalHeader()->sectionSize(grid_->horizontalHeader()->logicalIndex(visual));
+  }
+  // Whether a column profile was written to any settings file.
+  bool ProfileSaved() {
+    for (const auto& e : std::filesystem::directory_iterator(dir_.path()))
+      if (ReadFile(e.path().string()).find("COLUMNPROFILE") != std::string::npos)
+        return true;
     return false;
   }
 };
 
+TEST_F(GridColumnEditingTest, EachModeHasItsCaptionButtonAndFocus) {
+  Filled();
+  Add("Value", R"("Qty" * "Close")");
+  const struct {
+    const char* look; // caption / confirm label / focus / focus after Tab
+    const char* png;
+  } cases[] = {
+      {"rmsholdview: Add Custom Columns/Add/1022/1009", "/udc_add.png"},
+      {"rmsholdview: Edit Custom Columns/Save/1011/1009", "/udc_edit.png"},
+      {"rmsholdview: Delete Custom Columns/Delete/1011/1009", "/udc_delete.png"},
+  };
+  for (size_t mode = 0; mode < std::size(cases); ++mode) {
+    Menu(kModeMenus[mode]);
+    auto* dialog = Visible<CUserDefinedColDlg>();
+    ASSERT_NE(dialog, nullptr);
+    const auto focused = [dialog] {
+      return dialog->focusWidget()->property(kControlIdProperty).toString();
+    };
+    const QString opened = focused();
+    QTest::keyClick(dialog->focusWidget(), Qt::Key_Tab);
+    EXPECT_EQ(
+        QString("%1/%2/%3/%4")
+            .arg(dialog->windowTitle(), Control<QPushButton>(kConfirm)->text(), opened, focused()),
+        cases[mode].look);
+    EXPECT_TRUE(dialog->grab().save(VH_SCREENSHOT_DIR + QString(cases[mode].png)));
+    dialog->reject();
+  }
+}
+
 TEST_F(GridColumnEditingTest, ButtonsBuildAColumnTheGridShowsAndEditTakesTheLastPress) {
   CFilterListCtrl& grid = Filled();
   Menu("Add Custom Columns");
-  EXPECT_EQ(Visible<CUserDefinedColDlg>()->windowTitle(), "rmsholdview: Add Custom Columns");
-  QTest::keyClicks(Control(kNameEdit), "Value");
-  Pick(kQty);
-  Click(kTimes);
+  Type(kNameEdit, "Weighted");
   Pick(kClose);
-  Click(kEnd);
+  Click(kTimes);
+  Click(kClear); // starts over
+  Click(kOpen, Qt::ControlModifier);
+  Pick(kQty);
+  Click(kPlus);
+  Pick(kClose);
+  Click(kCloseParen);
+  Type(kExpressionEdit, "* 2");
+  Click(kDivide, Qt::ControlModifier);
+  Pick(kQty);
+  Click(kEnd, Qt::ControlModifier);
   Click(kConfirm);
-  EXPECT_EQ(Header(), (Texts{"Client", "Symbol", "Qty", "Close", "Value"}));
-  EXPECT_EQ(Header(Qt::ToolTipRole),
-            (Texts{"Client", "Symbol", "Qty", "Close", R"("Qty" * "Close")"}));
+  ASSERT_EQ(Header().size(), 5u) << messages_.messages().at(0);
+  EXPECT_EQ(grid.Engine().ColumnInfo(4)->strExpression, R"( ("2" + "3" ) * 2/"2")");
+  EXPECT_EQ(Header(Qt::ToolTipRole).back(), R"(("Qty" + "Close" ) * 2/"Qty")");
   EXPECT_EQ(grid.horizontalHeader()->sectionSize(4), 100);
-  EXPECT_EQ(Shown(4), (Texts{"181230.00", "49807.50", "453600.00", "0.00", "1202800.00"}));
+  EXPECT_EQ(Shown(4), (Texts{"27.17", "444.73", "12.08", "2.00", "2.60"}));
   EXPECT_TRUE(grid.grab().save(VH_SCREENSHOT_DIR "/grid_custom_column.png"));
 
   Menu("Edit Custom Columns");
   Choose(0);
-  QTest::keyClicks(Control(kExpressionEdit), " + ");
+  Type(kExpressionEdit, " + ");
   Pick(kQty);
   Click(kEnd);
-  QTest::keyClicks(Control(kExpressionEdit), " - 100"); // after the last press: not saved
+  Type(kExpressionEdit, " - 100"); // after the last press: not saved
   Click(kConfirm);
-  EXPECT_EQ(Shown(4), (Texts{"181350.00", "49822.50", "453900.00", "7.00", "1204800.00"}));
-  EXPECT_EQ(Header(Qt::ToolTipRole).back(), R"("Qty" * "Close")") << "an edit leaves the tooltip";
+  // The divisor is now "Qty" + "Qty", never zero; the whole adds Qty.
+  EXPECT_EQ(Shown(4), (Texts{"147.17", "459.73", "312.08", "9.00", "2002.60"}));
+  EXPECT_EQ(Header(Qt::ToolTipRole).back(), R"(("Qty" + "Close" ) * 2/"Qty")")
+      << "an edit leaves the tooltip";
+}
+
+TEST_F(GridColumnEditingTest, ChecksSpeakInOrder) {
+  CFilterListCtrl& grid = Filled();
+  const std::string kInvalid = "Invalid Expression, Please check the expression again";
+  const struct {
+    const char* why;
+    int mode;
+    std::string name, typed;
+    int combo, button; // chosen before, pressed before confirming (-1, 0: none)
+    std::string message;
+  } cases[] = {
+      {"blank name, before expression", 0, "   ", "", -1, 0, "Please Enter the column Name"},
+      {"separator before expression", 0, "A,B", "", -1, 0,
+       "\"#,\" are not allowed as a custom column name , please choose a different name"},
+      {"64 characters", 0, std::string(64, 'n'), "", -1, 0,
+       "The column name is too long, please use at most 63 characters"},
+      {"empty expression", 0, "X", "", -1, 0,
+       "Column Expression is empty, please enter an expression to add a column"},
+      {"text column", 0, "X", R"("Symbol" + 1)", -1, 0, kInvalid},
+      {"expression before name", 0, "Qty", R"("Nope")", -1, 0, kInvalid},
+      {"taken name", 0, " Close ", R"("Qty")", -1, 0,
+       "This column name already present,Please choose different column Name"},
+      {"other case, other name", 0, "value", R"("qTY")", -1, 0, ""},
+      {"63 characters", 0, std::string(63, 'n'), R"(""Qty"")", -1, 0, ""},
+      {"nothing to edit", 1, "", "", -1, 0, "No user defined column selected to edit"},
+      {"typing alone is not seen", 1, "", " + 1", 0, 0, kInvalid},
+      {"nothing to delete", 2, "", "", -1, 0, "No user defined column selected to delete"},
+      {"operator without column", 0, "X", "", -1, kTimes, "Please select a Column Name"},
+      {"End without column", 0, "X", "", -1, kEnd, "No column is selected"},
+  };
+  Add("Value", R"("Qty" * "Close")");
+  for (const auto& c : cases) {
+    Menu(kModeMenus[c.mode]);
+    Type(kNameEdit, c.name);
+    Choose(c.combo);
+    Type(kExpressionEdit, c.typed);
+    for (const int id : {c.button, c.button == kTimes || c.button == kEnd ? 0 : kConfirm})
+      if (id)
+        Click(id);
+    EXPECT_EQ(messages_.messages(), c.message.empty() ? Texts{} : Texts{c.message}) << c.why;
+    auto* dialog = Visible<CUserDefinedColDlg>();
+    EXPECT_EQ(dialog != nullptr, !c.message.empty()) << c.why;
+    messages_.clear();
+    if (dialog)
+      dialog->reject();
+  }
+  EXPECT_EQ(grid.Engine().ColumnCount(), 7) << "only the two accepted names were added";
+  // A column table shorter than its data columns can only come from a
+  // broken grid; the editor refuses it rather than index past its end.
+  Menu(kModeMenus[0]);
+  CustomColumnGrid& columns = *grid.CustomColumns(); // taken afresh from the grid
+  std::vector<sTarnColInfo>& table = columns.ColumnTable();
+  const std::vector<sTarnColInfo> kept = table;
+  table.resize(2);
+  EXPECT_FALSE(Visible<CUserDefinedColDlg>()->Open(columns, kUserColumnAdd));
+  table = kept;
+  EXPECT_EQ(messages_.messages(), Texts{"Error while adding user defined cols"});
 }
 
 // A and its dependants B and C: B goes, C (taken second) has moved up into
@@ -156,10 +273,9 @@ TEST_F(GridColumnEditingTest, DeletingAColumnTwoOthersDependOnKeepsFiltersSortAn
   EXPECT_EQ(Shown(0).size(), 2u);
 }
 
-// Keyboard only: the editor's tab order to its expression and confirm
-// button; the profile dialog hides a column with "<", and Enter on its shown
-// list presses "&View". Deleting that hidden column then leaves the header,
-// the widths, the filter and the sort alone.
+// Keyboard only, the editor's tab order to its expression and confirm
+// button. Deleting that column once the profile dialog has hidden it leaves
+// the header, the widths, the filter and the sort alone.
 TEST_F(GridColumnEditingTest, KeyboardAloneAndDeletingAHiddenColumn) {
   CFilterListCtrl& grid = Filled();
   const auto tabTo = [](QWidget* dialog, int id) {
@@ -182,17 +298,10 @@ TEST_F(GridColumnEditingTest, KeyboardAloneAndDeletingAHiddenColumn) {
   ClickSection(3);           // Close, ascending
 
   grid.OnCommand(kCmdRepositionColumns);
-  auto* profile = grid.findChild<CRepositionColumns*>();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(profile));
-  ASSERT_EQ(profile->focusWidget(), GetDlgItem(profile, CRepositionColumns::kShownListId));
-  QTest::keyClick(profile->focusWidget(), Qt::Key_End);
-  QTest::keyClick(profile->focusWidget(), Qt::Key_Up); // "Triple"
-  ASSERT_TRUE(tabTo(profile, CRepositionColumns::kHideId));
-  QTest::keyClick(profile->focusWidget(), Qt::Key_Space);
-  ASSERT_TRUE(tabTo(profile, CRepositionColumns::kShownListId));
-  QTest::keyClick(profile->focusWidget(), Qt::Key_Return);
+  Select(Profile::kShownListId, {"Triple"});
+  Click(Profile::kHideId);
+  Click(Profile::kViewId);
   ASSERT_EQ(Header(), (Texts{"Client", "Symbol", "Qty", "Close", "E"}));
-  EXPECT_TRUE(profile->isVisible()) << "\"&View\" keeps the dialog open";
 
   Menu("Delete Custom Columns");
   Choose(0);
@@ -205,18 +314,51 @@ TEST_F(GridColumnEditingTest, KeyboardAloneAndDeletingAHiddenColumn) {
   EXPECT_EQ(Header(Qt::ToolTipRole).back(), R"("Qty" + 1)");
 }
 
+TEST_F(GridColumnEditingTest, ProfileDialogHidesShowsAndViewsWithoutSaving) {
+  Filled();
+  grid_->horizontalHeader()->resizeSection(3, 120); // Close, widened by the user
+  grid_->OnCommand(kCmdRepositionColumns);
+  ASSERT_TRUE(grid_->findChild<Profile*>()->isVisible());
+  EXPECT_EQ(grid_->findChild<Profile*>()->windowTitle(), " Column Profile");
+  Select(Profile::kShownListId, {"Client", "Qty"});
+  Click(Profile::kHideId);
+  EXPECT_EQ(messages_.messages(), Texts{"Client cannot be removed"});
+  EXPECT_TRUE(grid_->findChild<Profile*>()->grab().save(VH_SCREENSHOT_DIR "/reposition.png"));
+  QTest::keyClick(Control(Profile::kShownListId), Qt::Key_Return); // "&View", the default
+  EXPECT_EQ(Header(), (Texts{"Client", "Symbol", "Close"}));
+  Select(Profile::kHiddenListId, {"Qty"});
+  Click(Profile::kShowId);
+  QTest::keyClick(Control(Profile::kShownListId), Qt::Key_Return);
+  EXPECT_TRUE(grid_->findChild<Profile*>()->isVisible());
+  EXPECT_EQ(Header(), (Texts{"Client", "Symbol", "Close", "Qty"}));
+  EXPECT_EQ(Width(2), 120);
+  EXPECT_EQ(Width(3), kNewlyShownWidth);
+  EXPECT_FALSE(ProfileSaved()) << "View does not save";
+  Click(Profile::kSaveId);
+  EXPECT_FALSE(grid_->findChild<Profile*>()->isVisible());
+  EXPECT_TRUE(ProfileSaved());
+  EXPECT_EQ(Header(), (Texts{"Client", "Symbol", "Close", "Qty"}));
+}
+
 TEST_F(GridColumnEditingTest, ANewGridFindsColumnsPositionsWidthsAndDefaultSort) {
   CFilterListCtrl& grid = Filled();
   Add("Value", R"("Qty" * "Close")");
   grid.horizontalHeader()->moveSection(4, 1); // dragged after Client
   grid.horizontalHeader()->resizeSection(4, 140);
   grid.OnCommand(kCmdColumnProfileSortMode);
-  auto* profile = grid.findChild<CRepositionColumns*>();
-  ASSERT_TRUE(profile && profile->isVisible());
-  QTest::keyClicks(profile->focusWidget(), "value,d");
-  QTest::keyClick(profile->focusWidget(), Qt::Key_Return); // "Sort", the default button
+  ASSERT_TRUE(grid.findChild<Profile*>()->isVisible());
+  EXPECT_FALSE(Control(Profile::kSaveId)->isEnabled());
+  for (const char* typed : {"Volume", "value,d"}) {
+    Control<QLineEdit>(Profile::kSortEditId)->clear();
+    Type(Profile::kSortEditId, typed);
+    QTest::keyClick(Control(Profile::kSortEditId), Qt::Key_Return); // "Sort", the default
+  }
+  EXPECT_EQ(messages_.messages(), Texts{"Volume is not a column of this grid"});
   EXPECT_EQ(Shown(0), (Texts{"C005", "C003", "C001", "C002", "C004"}));
   EXPECT_EQ(Get("rmsholdview", "DEFAULTSORT", dir_.file("UserSetting.ini")), "Value,D");
+  grid.OnCommand(kCmdRepositionColumns);
+  Click(Profile::kDefaultId);
+  EXPECT_EQ(Control<QLineEdit>(Profile::kSortEditId)->text(), "Value,D");
   delete grid_;
 
   CFilterListCtrl& again = MakeGrid();
@@ -224,37 +366,17 @@ TEST_F(GridColumnEditingTest, ANewGridFindsColumnsPositionsWidthsAndDefaultSort)
   again.SetUpColumns(HoldingColumns());
   AddRows(SampleRows());
   EXPECT_EQ(Header(), (Texts{"Client", "Value", "Symbol", "Qty", "Close"}));
-  EXPECT_EQ(again.horizontalHeader()->sectionSize(again.horizontalHeader()->logicalIndex(1)), 140);
+  EXPECT_EQ(Width(1), 140);
   EXPECT_EQ(Shown(1), (Texts{"181230.00", "49807.50", "453600.00", "0.00", "1202800.00"}));
   again.ApplyDefaultSort();
   EXPECT_EQ(Shown(0), (Texts{"C005", "C003", "C001", "C002", "C004"}));
   EXPECT_EQ(again.FilterHeader()->SectionImage(1), 1);
-}
-
-TEST_F(GridColumnEditingTest, AppearanceRoundTripThroughFileAndDrawing) {
-  const QColor background(0x12, 0x34, 0x56);
-  InstallAppearanceDialog();
-  CFilterListCtrl& grid = MakeGrid(true);
-  AddRows(SampleRows());
-  Show();
-  QTest::keyClick(&grid, Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
-  auto* look = Visible<CCustomizedAppearance>();
-  ASSERT_NE(look, nullptr);
-  QTest::mouseClick(look->findChild<QPushButton*>("background"), Qt::LeftButton);
-  auto* chooser = look->findChild<QColorDialog*>("colourDialog");
-  chooser->setCurrentColor(background);
-  chooser->accept();
-  QTest::mouseClick(look->findChild<QPushButton*>("apply"), Qt::LeftButton);
-  const std::string saved = Get("CUSTOMIZE_LISTS", "testgrid-9016", dir_.file("UserSetting.ini"));
-  EXPECT_EQ(saved.substr(0, 12), "563412,FF00,") << saved;
-  EXPECT_TRUE(RowHas(background));
-  CCommonListCtrl::DestroySharedDialogs();
-  CCommonListCtrl::SetAppearanceDialogFactory({});
-  delete grid_;
-  MakeGrid(true);
-  AddRows(SampleRows());
-  Show();
-  EXPECT_TRUE(RowHas(background)) << "a new grid reads the saved look";
+  ScopedSettingsPaths missing{{dir_.file("no-such-dir"), ""}};
+  messages_.clear();
+  again.OnCommand(kCmdColumnProfileSortMode);
+  Click(Profile::kDefaultId);
+  Click(Profile::kSortId);
+  EXPECT_EQ(messages_.messages(), Texts{"Error while saving column profile"});
 }
 
 } // namespace
