@@ -1,5 +1,7 @@
 #include "holdings/view_hold_core.h"
 
+#include <utility>
+
 #include "common/message.h"
 #include "link/backend_link.h"
 #include "link/envelope.h"
@@ -80,6 +82,9 @@ int CViewHoldCore::ViewHoldPos(const HoldSelection& sel) {
   }
   if (!Send(*built.request))
     return 0;
+  const auto connection = uint32_t(link_->lastSlot() >> 32);
+  if (std::exchange(outstandingConnection_, connection) != connection)
+    outstanding_ = 0;
   ++outstanding_;
   return 1;
 }

@@ -23,6 +23,8 @@
 // one answer outstanding, each end of such an answer one less; a record
 // arriving while more than one answer is outstanding belongs to an earlier
 // request and is dropped, so the grid holds only the latest answer's rows.
+// Answers owed on a connection that was lost never end: a send on a newer
+// connection (the control's slot says which) stops counting them.
 //
 // Positions: tarn-riskd sends no position trees. The link counts position
 // records; the view keeps none of their fields (no column shows dealer
@@ -149,9 +151,6 @@ public:
 
   // Empties the grid and both tables (outstanding answers stay counted).
   void ClearAnswer();
-  // For the window to call when the back-end connection was lost and made
-  // again: answers in flight then will never end, so stop waiting for them.
-  void ForgetOutstandingAnswers() { outstanding_ = 0; }
 
   const HoldingsStore& store() const { return store_; }
   const PresentValueTable& presentValues() const { return presentValues_; }
@@ -192,6 +191,7 @@ private:
   AlertPassHook alertPass_;
   std::string peer_;
   int outstanding_ = 0;
+  uint32_t outstandingConnection_ = 0; // the connection the counted ones went out on
   size_t dropped_ = 0;
   std::array<int, 2> positionsCompleted_{};
 };

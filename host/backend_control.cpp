@@ -38,6 +38,7 @@ BackendControl::BackendControl(QObject* parent, size_t maxPending)
   });
   connect(&socket_, &QTcpSocket::connected, this, [this] {
     backoffMs_ = 0;
+    ++connection_;
     inbox_ = kdl::FrameSplitter(kMaxFrame);
     socket_.setSocketOption(QAbstractSocket::LowDelayOption, 1);
     socket_.setReadBufferSize(kSocketBuffer);
@@ -171,7 +172,7 @@ int BackendControl::Send(uint64_t* outSlot, KdlMsg* msg, int, KdlError* err) {
   }
   socket_.write(frame.data(), static_cast<qint64>(frame.size()));
   if (outSlot)
-    *outSlot = ++sequence_;
+    *outSlot = uint64_t{connection_} << 32 | uint32_t(++sequence_);
   return 1;
 }
 
@@ -187,8 +188,7 @@ void BackendControl::readFrames() {
     if (inbox_.Next(&payload)) {
       KdlError err{};
       if (auto msg = kdl::Message::Parse(payload, &err)) {
-        if (!onLoginAnswer(*msg))
-          pending_.push_back(std::move(*msg));
+        pending_.push_back(std::move(*msg));
         peakPending_ = std::max(peakPending_, pending_.size());
       } else {
         qCWarning(lcBackend) << "malformed message ignored:" << err.text;
@@ -217,6 +217,11 @@ void BackendControl::deliverSlice() {
   for (int i = 0; i < kSlice && !pending_.empty(); ++i) {
     const kdl::Message msg = std::move(pending_.front());
     pending_.pop_front();
+    // The login's answer is taken in turn, after everything the previous
+    // connection brought: a request sent once it counts as connected can
+    // never have its answer mixed with the tail of an older one.
+    if (onLoginAnswer(msg))
+      continue;
     if (receiversChanged_) {
       deliverTo_ = receivers_;
       receiversChanged_ = false;

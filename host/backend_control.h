@@ -88,6 +88,7 @@ private:
   std::string userId_;
   PasswordSource passwords_;
   uint64_t sequence_ = 0;
+  uint32_t connection_ = 0; // counts the connections made
   kdl::FrameSplitter inbox_{kMaxFrame};
   std::deque<kdl::Message> pending_; // parsed on arrival, delivered in slices
   size_t maxPending_;

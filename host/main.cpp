@@ -201,6 +201,10 @@ int main(int argc, char** argv) {
   host::StartupLoader loader(control, options.userId.toStdString(), ctx.master, ctx.user);
 
   host::MainWindow window(plugin);
+  // Until the first login the control keeps trying; say so, or a back-end
+  // that is not there at start would leave the status bar silent.
+  window.SetConnectionText(
+      QString("Back-end %1:%2 not connected; retrying").arg(backendHost).arg(backendPort));
   QObject::connect(&control, &host::BackendControl::connectedChanged, &window, [&](bool up) {
     window.SetConnectionText(up ? QString("Back-end %1:%2").arg(backendHost).arg(backendPort)
                                 : QString("Back-end disconnected"));
