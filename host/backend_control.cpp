@@ -1,5 +1,6 @@
 #include "host/backend_control.h"
 
+#include <QElapsedTimer>
 #include <QLoggingCategory>
 #include <algorithm>
 #include <cstring>
@@ -13,9 +14,8 @@ namespace {
 
 constexpr int kFirstBackoffMs = 200;
 constexpr int kMaxBackoffMs = 5000;
-// Messages delivered per turn of the event loop; small enough to keep the
-// window responsive, large enough that a big answer is not slowed much.
-constexpr int kSlice = 2000;
+// Messages delivered between looks at the slice's clock.
+constexpr int kClockStride = 16;
 // Bytes taken from the socket at a time, and the most Qt buffers for it.
 constexpr qint64 kReadChunk = 256 * 1024;
 constexpr qint64 kSocketBuffer = 1024 * 1024;
@@ -179,20 +179,25 @@ void BackendControl::onReadyRead() {
   readFrames();
 }
 
-// Parses frames until maxPending_ messages wait; what is left stays in the
-// socket, whose full buffers make the back-end wait.
+// Takes frames until maxPending_ messages wait; what is left stays in the
+// socket, whose full buffers make the back-end wait. Until the login is
+// accepted each frame is read at once, since one of them answers the login.
 void BackendControl::readFrames() {
   while (pending_.size() < maxPending_) {
     std::string_view payload;
     if (inbox_.Next(&payload)) {
-      KdlError err{};
-      if (auto msg = kdl::Message::Parse(payload, &err)) {
-        if (!onLoginAnswer(*msg))
-          pending_.push_back(std::move(*msg));
-        peakPending_ = std::max(peakPending_, pending_.size());
-      } else {
-        qCWarning(lcBackend) << "malformed message ignored:" << err.text;
+      if (!loggedIn_) {
+        KdlError err{};
+        const auto msg = kdl::Message::Parse(payload, &err);
+        if (!msg) {
+          qCWarning(lcBackend) << "malformed message ignored:" << err.text;
+          continue;
+        }
+        if (onLoginAnswer(*msg))
+          continue;
       }
+      pending_.Push(payload);
+      peakPending_ = std::max(peakPending_, pending_.size());
       continue;
     }
     if (socket_.bytesAvailable() <= 0)
@@ -213,10 +218,29 @@ void BackendControl::readFrames() {
   }
 }
 
+// Delivers until the queue and the socket's buffer run dry or the slice's
+// time is up. Each message is parsed into reader_ and taken off the queue
+// before any receiver sees it, so a receiver that runs an event loop of its
+// own (a message box) may let more frames in meanwhile.
 void BackendControl::deliverSlice() {
-  for (int i = 0; i < kSlice && !pending_.empty(); ++i) {
-    const kdl::Message msg = std::move(pending_.front());
-    pending_.pop_front();
+  QElapsedTimer clock;
+  clock.start();
+  for (int delivered = 0;; ++delivered) {
+    if (pending_.empty())
+      readFrames(); // delivering_ is set: this only takes frames
+    if (pending_.empty())
+      break;
+    if (delivered % kClockStride == 0 && clock.elapsed() >= kSliceBudgetMs)
+      break;
+    std::string_view payload;
+    pending_.Front(&payload);
+    KdlError err{};
+    const bool parsed = reader_.ParseInto(payload, &err);
+    pending_.Pop();
+    if (!parsed) {
+      qCWarning(lcBackend) << "malformed message ignored:" << err.text;
+      continue;
+    }
     if (receiversChanged_) {
       deliverTo_ = receivers_;
       receiversChanged_ = false;
@@ -227,7 +251,7 @@ void BackendControl::deliverSlice() {
       if (receiversChanged_ &&
           std::find(receivers_.begin(), receivers_.end(), r) == receivers_.end())
         continue;
-      r->OnResponse(nullptr, msg.get(), nullptr);
+      r->OnResponse(nullptr, reader_.get(), nullptr);
     }
   }
   readFrames(); // room again: take what waits in the socket
