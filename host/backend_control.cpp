@@ -228,6 +228,11 @@ void BackendControl::deliverSlice() {
   for (int delivered = 0;; ++delivered) {
     if (pending_.empty())
       readFrames(); // delivering_ is set: this only takes frames
+    // The queue holds a few milliseconds' worth of a large answer: rather
+    // than end the slice and wait a turn of the event loop for the socket,
+    // take what the system already holds for it.
+    if (pending_.empty() && IsConnectedSocket() && socket_.waitForReadyRead(0))
+      readFrames();
     if (pending_.empty())
       break;
     if (delivered % kClockStride == 0 && clock.elapsed() >= kSliceBudgetMs)

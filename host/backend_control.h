@@ -42,7 +42,7 @@ public:
   // How long one slice of deliveries may run before the event loop gets a
   // turn (repaints, input): well under what a user notices as a stall, and
   // long enough that the turns between slices cost little of a big answer.
-  static constexpr int kSliceBudgetMs = 40;
+  static constexpr int kSliceBudgetMs = 30;
 
   explicit BackendControl(QObject* parent = nullptr, size_t maxPending = kMaxPending);
   ~BackendControl() override;
