@@ -202,8 +202,11 @@ void BackendControl::readFrames() {
     }
     if (socket_.bytesAvailable() <= 0)
       break;
-    const QByteArray bytes = socket_.read(kReadChunk);
-    inbox_.Feed(bytes.constData(), static_cast<size_t>(bytes.size()));
+    readBuffer_.resize(kReadChunk); // kept: no block allocated per chunk
+    const qint64 got = socket_.read(readBuffer_.data(), kReadChunk);
+    if (got <= 0)
+      break;
+    inbox_.Feed(readBuffer_.data(), static_cast<size_t>(got));
     if (inbox_.failed()) {
       qCWarning(lcBackend) << "oversize frame of" << inbox_.oversizeLength()
                            << "bytes; reconnecting";

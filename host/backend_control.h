@@ -94,6 +94,7 @@ private:
   PasswordSource passwords_;
   uint64_t sequence_ = 0;
   kdl::FrameSplitter inbox_{kMaxFrame};
+  std::vector<char> readBuffer_;                 // what one read takes from the socket
   FrameQueue pending_;                           // whole frames, delivered in slices
   kdl::Message reader_ = kdl::Message::Reader(); // each delivered message in turn
   size_t maxPending_;
