@@ -28,6 +28,13 @@ CViewHoldings* HoldingsStore::NewRecord() {
   return r;
 }
 
+void HoldingsStore::DropLastRecord() {
+  if (count_ == 0)
+    return;
+  --count_;
+  chunks_[count_ / kChunk][count_ % kChunk] = CViewHoldings();
+}
+
 CViewHoldings* HoldingsStore::Record(size_t i) const {
   return i < count_ ? &chunks_[i / kChunk][i % kChunk] : nullptr;
 }

@@ -109,14 +109,20 @@ void CViewHoldCore::OnHoldingRecord(KdlMsg* msg) {
     return;
   }
   KdlValue client{};
-  if (!kdl_get_data(msg, 54001, 0, &client, nullptr))
+  if (!kdl_get_data(msg, kTagClientId, 0, &client, nullptr))
     client = KdlValue{"", 0};
-  if (!clientIds_.Contains(std::string_view(client.data, client.length))) {
+  // The index lookup is a likely cache miss in a large combo: it is started
+  // first and checked after the fill, which it overlaps. A record of an
+  // unknown client is filled in vain and taken back.
+  const ClientIdIndex::Probe probe =
+      clientIds_.Prepare(std::string_view(client.data, client.length));
+  CViewHoldings* record = store_.NewRecord();
+  FillHoldingRecord(msg, *record, store_, lookup_);
+  if (!clientIds_.Contains(probe)) {
+    store_.DropLastRecord();
     ++dropped_;
     return;
   }
-  CViewHoldings* record = store_.NewRecord();
-  FillHoldingRecord(msg, *record, store_, lookup_);
   grid_.InsertRecord(record);
 }
 

@@ -110,6 +110,9 @@ public:
   // Clear. Never null (allocation failure ends the process, as everywhere).
   CViewHoldings* NewRecord();
   size_t RecordCount() const { return count_; }
+  // Takes back the record NewRecord made last (nothing when there is none):
+  // it is emptied and its place is the next NewRecord's.
+  void DropLastRecord();
   // Record `i` in order of creation, i < RecordCount().
   CViewHoldings* Record(size_t i) const;
 

@@ -1,5 +1,6 @@
 #include "host/backend_control.h"
 
+#include <QElapsedTimer>
 #include <QLoggingCategory>
 #include <algorithm>
 #include <cstring>
@@ -13,9 +14,8 @@ namespace {
 
 constexpr int kFirstBackoffMs = 200;
 constexpr int kMaxBackoffMs = 5000;
-// Messages delivered per turn of the event loop; small enough to keep the
-// window responsive, large enough that a big answer is not slowed much.
-constexpr int kSlice = 2000;
+// Messages delivered between looks at the slice's clock.
+constexpr int kClockStride = 16;
 // Bytes taken from the socket at a time, and the most Qt buffers for it.
 constexpr qint64 kReadChunk = 256 * 1024;
 constexpr qint64 kSocketBuffer = 1024 * 1024;
@@ -180,25 +180,24 @@ void BackendControl::onReadyRead() {
   readFrames();
 }
 
-// Parses frames until maxPending_ messages wait; what is left stays in the
-// socket, whose full buffers make the back-end wait.
+// Takes frames until maxPending_ messages wait; what is left stays in the
+// socket, whose full buffers make the back-end wait. Frames wait as bytes
+// and are parsed when delivered, the login's answer among them.
 void BackendControl::readFrames() {
   while (pending_.size() < maxPending_) {
     std::string_view payload;
     if (inbox_.Next(&payload)) {
-      KdlError err{};
-      if (auto msg = kdl::Message::Parse(payload, &err)) {
-        pending_.push_back(std::move(*msg));
-        peakPending_ = std::max(peakPending_, pending_.size());
-      } else {
-        qCWarning(lcBackend) << "malformed message ignored:" << err.text;
-      }
+      pending_.Push(payload);
+      peakPending_ = std::max(peakPending_, pending_.size());
       continue;
     }
     if (socket_.bytesAvailable() <= 0)
       break;
-    const QByteArray bytes = socket_.read(kReadChunk);
-    inbox_.Feed(bytes.constData(), static_cast<size_t>(bytes.size()));
+    readBuffer_.resize(kReadChunk); // kept: no block allocated per chunk
+    const qint64 got = socket_.read(readBuffer_.data(), kReadChunk);
+    if (got <= 0)
+      break;
+    inbox_.Feed(readBuffer_.data(), static_cast<size_t>(got));
     if (inbox_.failed()) {
       qCWarning(lcBackend) << "oversize frame of" << inbox_.oversizeLength()
                            << "bytes; reconnecting";
@@ -213,14 +212,38 @@ void BackendControl::readFrames() {
   }
 }
 
+// Delivers until the queue and the socket's buffer run dry or the slice's
+// time is up. Each message is parsed into reader_ and taken off the queue
+// before any receiver sees it, so a receiver that runs an event loop of its
+// own (a message box) may let more frames in meanwhile.
 void BackendControl::deliverSlice() {
-  for (int i = 0; i < kSlice && !pending_.empty(); ++i) {
-    const kdl::Message msg = std::move(pending_.front());
-    pending_.pop_front();
+  QElapsedTimer clock;
+  clock.start();
+  for (int delivered = 0;; ++delivered) {
+    if (pending_.empty())
+      readFrames(); // delivering_ is set: this only takes frames
+    // The queue holds a few milliseconds' worth of a large answer: rather
+    // than end the slice and wait a turn of the event loop for the socket,
+    // take what the system already holds for it.
+    if (pending_.empty() && IsConnectedSocket() && socket_.waitForReadyRead(0))
+      readFrames();
+    if (pending_.empty())
+      break;
+    if (delivered % kClockStride == 0 && clock.elapsed() >= kSliceBudgetMs)
+      break;
+    std::string_view payload;
+    pending_.Front(&payload);
+    KdlError err{};
+    const bool parsed = reader_.ParseInto(payload, &err);
+    pending_.Pop();
+    if (!parsed) {
+      qCWarning(lcBackend) << "malformed message ignored:" << err.text;
+      continue;
+    }
     // The login's answer is taken in turn, after everything the previous
     // connection brought: a request sent once it counts as connected can
     // never have its answer mixed with the tail of an older one.
-    if (onLoginAnswer(msg))
+    if (onLoginAnswer(reader_))
       continue;
     if (receiversChanged_) {
       deliverTo_ = receivers_;
@@ -232,7 +255,7 @@ void BackendControl::deliverSlice() {
       if (receiversChanged_ &&
           std::find(receivers_.begin(), receivers_.end(), r) == receivers_.end())
         continue;
-      r->OnResponse(nullptr, msg.get(), nullptr);
+      r->OnResponse(nullptr, reader_.get(), nullptr);
     }
   }
   readFrames(); // room again: take what waits in the socket

@@ -1,7 +1,8 @@
 // The host's back-end control: kdl messages framed over TCP (u32
-// little-endian length + serialised message). Answers are parsed and handed
-// to every attached receiver on the user-interface thread, in slices, so a
-// million-row answer never freezes the window. When the back-end goes away
+// little-endian length + serialised message). Answers are handed to every
+// attached receiver on the user-interface thread, in slices of a few dozen
+// milliseconds each, so a million-row answer never freezes the window; each
+// is parsed when its turn comes, into one message reused for all. When the back-end goes away
 // the control reconnects with back-off; a send while disconnected fails.
 //
 // Each connection first logs in as the host's user: the back-end answers
@@ -13,12 +14,12 @@
 #include <QObject>
 #include <QTcpSocket>
 #include <QTimer>
-#include <deque>
 #include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "host/frame_queue.h"
 #include "kdl/frame.h"
 #include "kdl/message.h"
 #include "link/brio_rx.h"
@@ -35,9 +36,13 @@ public:
   // when there is none to give (the login then fails).
   using PasswordSource = std::function<std::optional<std::string>()>;
 
-  // Parsed messages waiting for the user-interface thread, at most; past
-  // it the socket is left unread, so the back-end waits (back-pressure).
+  // Messages waiting for the user-interface thread, at most; past it the
+  // socket is left unread, so the back-end waits (back-pressure).
   static constexpr size_t kMaxPending = 10000;
+  // How long one slice of deliveries may run before the event loop gets a
+  // turn (repaints, input): well under what a user notices as a stall, and
+  // long enough that the turns between slices cost little of a big answer.
+  static constexpr int kSliceBudgetMs = 30;
 
   explicit BackendControl(QObject* parent = nullptr, size_t maxPending = kMaxPending);
   ~BackendControl() override;
@@ -90,7 +95,9 @@ private:
   uint64_t sequence_ = 0;
   uint32_t connection_ = 0; // counts the connections made
   kdl::FrameSplitter inbox_{kMaxFrame};
-  std::deque<kdl::Message> pending_; // parsed on arrival, delivered in slices
+  std::vector<char> readBuffer_;                 // what one read takes from the socket
+  FrameQueue pending_;                           // whole frames, delivered in slices
+  kdl::Message reader_ = kdl::Message::Reader(); // each delivered message in turn
   size_t maxPending_;
   size_t peakPending_ = 0;
   std::vector<CBrioRxNotifierBase*> receivers_;

@@ -106,6 +106,13 @@ int32_t kdl_serialise(const KdlMsg* msg, const void** bytes, uint32_t* length, K
  * KDL_E_ARG (msg NULL, bytes NULL with length > 0), KDL_E_NOMEM. A parsed
  * message is read-only: kdl_add_data fails on it with KDL_E_STATE. */
 int32_t kdl_parse(const void* bytes, uint32_t length, KdlMsg** msg, KdlError* err);
+/* kdl_parse into an existing handle (from kdl_ctor_primecb or kdl_parse),
+ * replacing what it held (a message being built is dropped; its scratch
+ * buffer is not touched) and reusing the memory of earlier parses: a
+ * reader that takes message after message allocates nothing per message.
+ * Fails as kdl_parse does (KDL_E_ARG for a NULL handle), leaving the handle
+ * neither started nor parsed. */
+int32_t kdl_parse_into(KdlMsg* msg, const void* bytes, uint32_t length, KdlError* err);
 
 #ifdef __cplusplus
 }

@@ -25,23 +25,6 @@ int32_t Fail(KdlError* err, int32_t code, const char* format, ...) {
   return 0;
 }
 
-// Readers mostly ask for fields in the order they were written, so the scan
-// starts where the last one was found and wraps: in-order reads cost one
-// comparison each instead of a walk from the first field.
-const Field* FindField(const KdlMsg* msg, uint32_t tag) {
-  const size_t n = msg->fields.size();
-  size_t i = msg->findHint < n ? msg->findHint : 0;
-  for (size_t k = 0; k < n; ++k) {
-    if (msg->fields[i].tag == tag) {
-      msg->findHint = uint32_t(i);
-      return &msg->fields[i];
-    }
-    if (++i == n)
-      i = 0;
-  }
-  return nullptr;
-}
-
 } // namespace kdl::detail
 
 using namespace kdl::detail;

@@ -43,9 +43,6 @@ inline void StoreU32(unsigned char* p, uint32_t v) {
 int32_t Fail(KdlError* err, int32_t code, const char* format, ...)
     __attribute__((format(printf, 3, 4)));
 
-// Finds the field `tag`, or nullptr.
-const Field* FindField(const KdlMsg* msg, uint32_t tag);
-
 } // namespace kdl::detail
 
 // The encoding lives either in a caller's scratch buffer (a message being
@@ -60,3 +57,25 @@ struct KdlMsg {
   std::vector<kdl::detail::Span> values;
   mutable uint32_t findHint = 0; // where FindField last found a field
 };
+
+namespace kdl::detail {
+
+// Finds the field `tag`, or nullptr. Readers mostly ask for fields in the
+// order they were written, so the scan starts where the last one was found
+// and wraps: in-order reads cost one comparison each instead of a walk from
+// the first field. Inline: every read of a value starts here.
+inline const Field* FindField(const KdlMsg* msg, uint32_t tag) {
+  const size_t n = msg->fields.size();
+  size_t i = msg->findHint < n ? msg->findHint : 0;
+  for (size_t k = 0; k < n; ++k) {
+    if (msg->fields[i].tag == tag) {
+      msg->findHint = uint32_t(i);
+      return &msg->fields[i];
+    }
+    if (++i == n)
+      i = 0;
+  }
+  return nullptr;
+}
+
+} // namespace kdl::detail

@@ -6,7 +6,10 @@
 // must be consumed. See docs/wire-format.md for the layout.
 
 #include <algorithm>
+#include <cstring>
 #include <new>
+#include <utility>
+#include <vector>
 
 #include "kdl/kdl.h"
 #include "kdl/kdl_msg.h"
@@ -14,6 +17,48 @@
 using namespace kdl::detail;
 
 namespace {
+
+// What a reused handle keeps between parses: a holdings record is well
+// under a kilobyte.
+constexpr size_t kKeptBytes = 64 * 1024;
+constexpr size_t kKeptValues = 4096;
+
+// Messages with at most this many fields have their tags checked for
+// repeats in a table on the stack: a few stores per field, no sort.
+constexpr uint32_t kSmallFields = 64;
+
+// Adds `key` (nonzero) to the open table; false when it was there already.
+bool Insert(uint32_t* table, uint32_t slots, uint32_t key) {
+  uint32_t slot = (key * 0x9E3779B1u) >> 24 & (slots - 1);
+  for (; table[slot] != 0; slot = (slot + 1) & (slots - 1))
+    if (table[slot] == key)
+      return false;
+  table[slot] = key;
+  return true;
+}
+
+int32_t UniqueSmall(const KdlMsg* msg, KdlError* err) {
+  constexpr uint32_t kSlots = 256; // power of two, at least 2 * kSmallFields
+  uint32_t tag1[kSlots];           // tag + 1, 0 for a free slot
+  std::memset(tag1, 0, sizeof tag1);
+  bool sawLargest = false; // tag 2^32-1, which has no tag + 1
+  for (const Field& f : msg->fields) {
+    if (f.tag == UINT32_MAX ? std::exchange(sawLargest, true) : !Insert(tag1, kSlots, f.tag + 1))
+      return Fail(err, KDL_E_FORMAT, "tag %u appears in more than one field", f.tag);
+  }
+  return 1;
+}
+
+int32_t UniqueSorted(const KdlMsg* msg, KdlError* err) {
+  std::vector<uint32_t> tags(msg->fields.size());
+  for (size_t i = 0; i < tags.size(); ++i)
+    tags[i] = msg->fields[i].tag;
+  std::sort(tags.begin(), tags.end());
+  const auto dup = std::adjacent_find(tags.begin(), tags.end());
+  if (dup != tags.end())
+    return Fail(err, KDL_E_FORMAT, "tag %u appears in more than one field", *dup);
+  return 1;
+}
 
 // Walks the encoding in `msg->bytes` and builds the field and value index.
 int32_t Index(KdlMsg* msg, KdlError* err) {
@@ -63,21 +108,9 @@ int32_t Index(KdlMsg* msg, KdlError* err) {
                 static_cast<unsigned long long>(size - at), static_cast<unsigned long long>(at));
   // A builder merges repeated tags into one field; a message that repeats one
   // would read differently depending on which copy a reader finds first.
-  // Answers carry a few dozen fields: those are sorted on the stack.
-  constexpr uint32_t kStackTags = 64;
-  uint32_t stackTags[kStackTags];
-  std::vector<uint32_t> heapTags;
-  uint32_t* tags = stackTags;
-  if (fieldCount > kStackTags) {
-    heapTags.resize(fieldCount);
-    tags = heapTags.data();
-  }
-  for (uint32_t i = 0; i < fieldCount; ++i)
-    tags[i] = msg->fields[i].tag;
-  std::sort(tags, tags + fieldCount);
-  const uint32_t* dup = std::adjacent_find(tags, tags + fieldCount);
-  if (dup != tags + fieldCount)
-    return Fail(err, KDL_E_FORMAT, "tag %u appears in more than one field", *dup);
+  // Answers carry a few dozen fields: those are checked in a small table on
+  // the stack, larger messages by sorting their tags.
+  return fieldCount <= kSmallFields ? UniqueSmall(msg, err) : UniqueSorted(msg, err);
   return 1;
 }
 
@@ -124,28 +157,46 @@ int32_t kdl_serialise(const KdlMsg* msg, const void** bytes, uint32_t* length, K
   return 1;
 }
 
+int32_t kdl_parse_into(KdlMsg* msg, const void* bytes, uint32_t length, KdlError* err) {
+  if (!msg || (!bytes && length))
+    return Fail(err, KDL_E_ARG, "no bytes or no handle");
+  // Memory kept from earlier parses is reused; an outsized message's is
+  // let go, so one large answer does not pin its buffers to the handle.
+  if (msg->owned.capacity() > kKeptBytes)
+    std::vector<unsigned char>().swap(msg->owned);
+  if (msg->values.capacity() > kKeptValues)
+    std::vector<Span>().swap(msg->values);
+  msg->bytes = nullptr;
+  msg->size = msg->capacity = 0;
+  msg->fields.clear();
+  msg->values.clear();
+  msg->findHint = 0;
+  int32_t ok = 0;
+  try {
+    const auto* begin = static_cast<const unsigned char*>(bytes);
+    msg->owned.assign(begin, begin + length);
+    msg->bytes = msg->owned.data();
+    msg->size = msg->capacity = length;
+    ok = Index(msg, err);
+  } catch (const std::bad_alloc&) {
+    ok = Fail(err, KDL_E_NOMEM, "out of memory for a message of %u bytes", length);
+  }
+  if (!ok) {
+    msg->bytes = nullptr;
+    msg->size = msg->capacity = 0;
+    msg->fields.clear();
+    msg->values.clear();
+  }
+  return ok;
+}
+
 int32_t kdl_parse(const void* bytes, uint32_t length, KdlMsg** msg, KdlError* err) {
   if (!msg || (!bytes && length))
     return Fail(err, KDL_E_ARG, "no bytes or no handle address");
   KdlMsg* parsed = new (std::nothrow) KdlMsg;
   if (!parsed)
     return Fail(err, KDL_E_NOMEM, "out of memory for a message handle");
-  try {
-    const auto* begin = static_cast<const unsigned char*>(bytes);
-    parsed->owned.assign(begin, begin + length);
-  } catch (const std::bad_alloc&) {
-    delete parsed;
-    return Fail(err, KDL_E_NOMEM, "out of memory for %u bytes", length);
-  }
-  parsed->bytes = parsed->owned.data();
-  parsed->size = parsed->capacity = length;
-  int32_t ok = 0;
-  try {
-    ok = Index(parsed, err);
-  } catch (const std::bad_alloc&) {
-    ok = Fail(err, KDL_E_NOMEM, "out of memory indexing %u bytes", length);
-  }
-  if (!ok) {
+  if (!kdl_parse_into(parsed, bytes, length, err)) {
     delete parsed;
     return 0;
   }

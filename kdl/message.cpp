@@ -48,6 +48,22 @@ std::optional<Message> Message::Parse(std::string_view bytes, KdlError* err) {
   return m;
 }
 
+Message Message::Reader() {
+  Message m{Parsed{}};
+  if (!kdl_ctor_primecb(&m.msg_, &m.error_))
+    m.msg_ = nullptr;
+  return m;
+}
+
+bool Message::ParseInto(std::string_view bytes, KdlError* err) {
+  if (bytes.size() > UINT32_MAX) {
+    if (err)
+      *err = KdlError{KDL_E_TOOBIG, "more bytes than a message can hold"};
+    return false;
+  }
+  return kdl_parse_into(msg_, bytes.data(), static_cast<uint32_t>(bytes.size()), err) != 0;
+}
+
 bool Message::Restart() {
   if (!scratch_) {
     error_ = KdlError{KDL_E_STATE, "not a message under construction"};

@@ -29,6 +29,14 @@ public:
   // Parses `bytes`; nullopt (with *err filled when given) on any error.
   static std::optional<Message> Parse(std::string_view bytes, KdlError* err = nullptr);
 
+  // A handle for reading only, to be filled by ParseInto; valid() is false
+  // when it could not be made.
+  static Message Reader();
+  // Parses `bytes` into this message, reusing the memory of its earlier
+  // parses (kdl_parse_into). False (with *err filled when given, and the
+  // message then empty) on any error or for an invalid message.
+  bool ParseInto(std::string_view bytes, KdlError* err = nullptr);
+
   bool valid() const { return msg_ != nullptr; }
 
   // Empties the message (builders only). Returns false on failure.

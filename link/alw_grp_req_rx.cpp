@@ -36,7 +36,7 @@ const CAlwGrpReqRx::Route CAlwGrpReqRx::kRoutes[] = {
 
 namespace {
 
-int Status(KdlMsg* msg, const std::string& name) {
+int Status(KdlMsg* msg, std::string_view name) {
   int32_t kind = 0;
   return CheckResponseStatus(msg, name, &kind, 1);
 }
@@ -47,9 +47,12 @@ void CAlwGrpReqRx::OnResponse(void*, KdlMsg* msg, void*) {
   uint32_t count = 0;
   if (!msg || !kdl_get_field(msg, kTagAnsweredName, &count, nullptr))
     return;
-  std::string name;
-  int32_t kind = 0;
-  ReadTextField(msg, kTagAnsweredName, 0, &name, &kind);
+  // Compared in place: a million-record answer would otherwise copy its
+  // name a million times.
+  KdlValue value{};
+  std::string_view name;
+  if (kdl_get_data(msg, kTagAnsweredName, 0, &value, nullptr))
+    name = std::string_view(value.data, value.length);
   for (const Route& route : kRoutes) {
     if (name == route.name) {
       (this->*route.handler)(msg, name);
@@ -58,7 +61,7 @@ void CAlwGrpReqRx::OnResponse(void*, KdlMsg* msg, void*) {
   }
 }
 
-void CAlwGrpReqRx::HoldingDetail(KdlMsg* msg, const std::string& name) {
+void CAlwGrpReqRx::HoldingDetail(KdlMsg* msg, std::string_view name) {
   const int status = Status(msg, name);
   if (!owner_)
     return;
@@ -68,7 +71,7 @@ void CAlwGrpReqRx::HoldingDetail(KdlMsg* msg, const std::string& name) {
     owner_->OnHoldingsEnd(status);
 }
 
-void CAlwGrpReqRx::PositionsTree(KdlMsg* msg, const std::string& name) {
+void CAlwGrpReqRx::PositionsTree(KdlMsg* msg, std::string_view name) {
   std::string subKind;
   int32_t kind = 0;
   ReadTextField(msg, kTagSubKind, 0, &subKind, &kind);
@@ -107,7 +110,7 @@ void CAlwGrpReqRx::EndOfPositions(int exchange) {
   }
 }
 
-void CAlwGrpReqRx::PositionsTreeAll(KdlMsg* msg, const std::string& name) {
+void CAlwGrpReqRx::PositionsTreeAll(KdlMsg* msg, std::string_view name) {
   const int status = Status(msg, name);
   if (!owner_)
     return;
@@ -117,7 +120,7 @@ void CAlwGrpReqRx::PositionsTreeAll(KdlMsg* msg, const std::string& name) {
     owner_->OnAllPositionsEnd();
 }
 
-void CAlwGrpReqRx::MrvMaster(KdlMsg* msg, const std::string& name) {
+void CAlwGrpReqRx::MrvMaster(KdlMsg* msg, std::string_view name) {
   const int status = Status(msg, name);
   if (!owner_)
     return;
@@ -146,7 +149,7 @@ void CAlwGrpReqRx::MrvMaster(KdlMsg* msg, const std::string& name) {
   owner_->OnPriceRecord(exchange, price, symbol, value32, value63179);
 }
 
-void CAlwGrpReqRx::PresentValues(KdlMsg* msg, const std::string& name) {
+void CAlwGrpReqRx::PresentValues(KdlMsg* msg, std::string_view name) {
   const int status = Status(msg, name);
   if (!owner_)
     return;
@@ -156,22 +159,22 @@ void CAlwGrpReqRx::PresentValues(KdlMsg* msg, const std::string& name) {
     owner_->OnPresentValuesEnd();
 }
 
-void CAlwGrpReqRx::MrvCj(KdlMsg* msg, const std::string& name) {
+void CAlwGrpReqRx::MrvCj(KdlMsg* msg, std::string_view name) {
   if (Status(msg, name) == kStatusRecord && owner_)
     owner_->OnMrvCjRecord(msg);
 }
 
-void CAlwGrpReqRx::TopTenHoldings(KdlMsg* msg, const std::string& name) {
+void CAlwGrpReqRx::TopTenHoldings(KdlMsg* msg, std::string_view name) {
   if (Status(msg, name) == kStatusRecord && topN_)
     topN_->OnRecord(msg);
 }
 
-void CAlwGrpReqRx::ClientReports(KdlMsg* msg, const std::string& name) {
+void CAlwGrpReqRx::ClientReports(KdlMsg* msg, std::string_view name) {
   if (Status(msg, name) == kStatusRecord && lien_)
     lien_->OnRecord(msg);
 }
 
-void CAlwGrpReqRx::UserPeerData(KdlMsg* msg, const std::string& name) {
+void CAlwGrpReqRx::UserPeerData(KdlMsg* msg, std::string_view name) {
   if (Status(msg, name) != kStatusRecord)
     return;
   std::string peer;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "link/brio_rx.h"
 #include "link/link_owner.h"
@@ -30,22 +31,22 @@ public:
   int bsePositions() const { return bsePositions_; }
 
 private:
-  using Handler = void (CAlwGrpReqRx::*)(KdlMsg* msg, const std::string& name);
+  using Handler = void (CAlwGrpReqRx::*)(KdlMsg* msg, std::string_view name);
   struct Route {
     const char* name;
     Handler handler;
   };
   static const Route kRoutes[];
 
-  void HoldingDetail(KdlMsg* msg, const std::string& name);
-  void PositionsTree(KdlMsg* msg, const std::string& name);
-  void PositionsTreeAll(KdlMsg* msg, const std::string& name);
-  void MrvMaster(KdlMsg* msg, const std::string& name);
-  void PresentValues(KdlMsg* msg, const std::string& name);
-  void MrvCj(KdlMsg* msg, const std::string& name);
-  void TopTenHoldings(KdlMsg* msg, const std::string& name);
-  void ClientReports(KdlMsg* msg, const std::string& name);
-  void UserPeerData(KdlMsg* msg, const std::string& name);
+  void HoldingDetail(KdlMsg* msg, std::string_view name);
+  void PositionsTree(KdlMsg* msg, std::string_view name);
+  void PositionsTreeAll(KdlMsg* msg, std::string_view name);
+  void MrvMaster(KdlMsg* msg, std::string_view name);
+  void PresentValues(KdlMsg* msg, std::string_view name);
+  void MrvCj(KdlMsg* msg, std::string_view name);
+  void TopTenHoldings(KdlMsg* msg, std::string_view name);
+  void ClientReports(KdlMsg* msg, std::string_view name);
+  void UserPeerData(KdlMsg* msg, std::string_view name);
   void EndOfPositions(int exchange);
 
   CLinkOwner* owner_;

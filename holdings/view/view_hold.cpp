@@ -6,6 +6,7 @@
 #include <QGroupBox>
 #include <QHeaderView>
 #include <QIcon>
+#include <QItemSelectionModel>
 #include <QMenu>
 #include <QPushButton>
 #include <QRadioButton>
@@ -13,6 +14,7 @@
 #include <QStyle>
 #include <QTabBar>
 
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 
@@ -258,6 +260,10 @@ void CViewHold::SetUpGrids() {
   holdingsGrid_->Engine().SetViewDataSource(&HoldingsCellSource::CellView, &cells_);
   holdingsGrid_->SetUpColumns(HoldingsColumns());
   holdingsGrid_->viewport()->installEventFilter(new RowMenuFilter(this, this));
+  QItemSelectionModel* selection = holdingsGrid_->selectionModel();
+  connect(selection, &QItemSelectionModel::selectionChanged, this,
+          &CViewHold::OnHoldingsItemChanged);
+  connect(selection, &QItemSelectionModel::currentChanged, this, &CViewHold::OnHoldingsItemChanged);
 
   // Set up without SetUpColumns: the alert grid neither reads nor writes
   // the shared column profile (see the header).
@@ -452,7 +458,25 @@ void CViewHold::LookupNseTradingSymbol() {
 }
 
 void CViewHold::ClearRows() {
+  // A model reset drops the selection without announcing it.
+  selected_ = nullptr;
   holdingsGrid_->DeleteAllItems();
+}
+
+void CViewHold::OnHoldingsItemChanged() {
+  const QItemSelectionModel* selection = holdingsGrid_->selectionModel();
+  const QModelIndex current = selection->currentIndex();
+  int row = -1;
+  if (current.isValid() && selection->isRowSelected(current.row(), {}))
+    row = current.row();
+  else if (selection->hasSelection())
+    for (const QItemSelectionRange& range : selection->selection())
+      row = row < 0 ? range.top() : std::min(row, range.top());
+  const int position = row < 0 ? -1 : holdingsGrid_->Model().EngineRow(row);
+  selected_ =
+      position < 0
+          ? nullptr
+          : reinterpret_cast<const CViewHoldings*>(holdingsGrid_->Engine().GetItemData(position));
 }
 
 void CViewHold::InsertRecord(CViewHoldings* record) {

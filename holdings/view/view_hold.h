@@ -66,6 +66,12 @@ public:
   std::unique_ptr<QMenu> MakeRowMenu();
   // Tab 0 shows the holdings grid, tab 1 the alert grid.
   void SelectTab(int tab);
+  // The holdings grid's selection bookkeeping (its item-changed event): the
+  // record of the row the user selected last, while that row stays
+  // selected; else that of the topmost selected row; null with no row
+  // selected and once the grid is emptied for a new answer. Kept as the
+  // record, not a row number, since a streaming answer inserts rows above.
+  const CViewHoldings* SelectedRecord() const { return selected_; }
   // The last status text of the view ("<n> records" after an answer).
   QString StatusText() const { return status_; }
 
@@ -121,6 +127,7 @@ private:
   void ResetBseRow();
   bool SelectBseSymbol(const QString& symbol);
   void ShowRowMenu(const QPoint& globalPos);
+  void OnHoldingsItemChanged();
   QComboBox* AddCombo(int id, const QRect& geometry);
   int HeaderItemOf(const QString& column) const;
 
@@ -132,6 +139,7 @@ private:
   uint32_t userType_ = 0;
   QString status_;
   bool initialised_ = false;
+  const CViewHoldings* selected_ = nullptr;
 
   QRadioButton* scrip_ = nullptr;
   QRadioButton* client_ = nullptr;

@@ -1,0 +1,145 @@
+// The holdings grid's selection bookkeeping, through mouse clicks on the
+// real grid over a tarn-riskd answer; and the CSE record layout.
+#include <QTest>
+#include <gtest/gtest.h>
+
+#include "grid/widgets/filter_list_ctrl.h"
+#include "grid/widgets/filter_list_model.h"
+#include "holdings/view/view_hold.h"
+#include "holdings/view/view_hold_ids.h"
+#include "holdings/view_holdings.h"
+#include "kdl/message.h"
+#include "kdl/tags.h"
+#include "link/envelope.h"
+#include "tests/holdings/view/view_fixture.h"
+
+namespace vh::test {
+namespace {
+
+class ViewSelection : public BackendFixture {};
+
+TEST_F(ViewSelection, TheSelectedRowsRecordIsKeptUntilTheNextAnswer) {
+  auto view = MakeView();
+  ASSERT_TRUE(Click(view.get(), kRadioClient) && Pick(view.get(), kComboClient, BusiestClient()) &&
+              Click(view.get(), kButtonViewHoldPos) && WaitForAnswers(*view));
+  CFilterListCtrl* grid = view->HoldingsGrid();
+  ASSERT_GE(grid->Engine().DisplayedCount(), 3);
+  const auto click = [&](int row, Qt::KeyboardModifiers keys = {}) {
+    const QRect cell = grid->visualRect(grid->model()->index(row, 0));
+    QTest::mouseClick(grid->viewport(), Qt::LeftButton, keys, cell.center());
+  };
+  // Each case: clicks (row, with Ctrl), then the row whose record is kept (-1: none).
+  const struct {
+    const char* name;
+    std::vector<std::pair<int, bool>> clicks;
+    int kept;
+  } cases[] = {
+      {"aClick", {{1, false}}, 1},
+      {"ctrlClickAddsAndIsKept", {{0, false}, {2, true}}, 2},
+      {"ctrlClickOffFallsBackToTheTopmost", {{2, false}, {0, true}, {0, true}}, 2},
+      {"lastRowCtrlClickedOff", {{1, false}, {1, true}}, -1},
+  };
+  const auto recordAt = [&](int row) {
+    return row < 0 ? 0 : grid->Engine().GetItemData(grid->Model().EngineRow(row));
+  };
+  for (const auto& c : cases) {
+    for (const auto& [row, ctrl] : c.clicks)
+      click(row, ctrl ? Qt::ControlModifier : Qt::NoModifier);
+    EXPECT_EQ(reinterpret_cast<uint64_t>(view->SelectedRecord()), recordAt(c.kept)) << c.name;
+  }
+  click(1);
+  ASSERT_TRUE(view->SelectedRecord() && Click(view.get(), kButtonViewHoldPos));
+  EXPECT_EQ(view->SelectedRecord(), nullptr) << "a new answer starts without a selection";
+}
+
+// The CSE layout: one leg, then per value of 64276 the quantity sums and
+// the quantity-weighted averages, where a failed whole-number read weighs
+// with the number read before it.
+TEST(CseLayout, SumsAndWeightedAverages) {
+  using Values = std::vector<const char*>;
+  const struct {
+    const char* name;
+    Values q1, p1, q2, p2;
+    const char* v64298;
+    uint32_t sum1, sum2;
+    double avg1, avg2, value;
+  } cases[] = {
+      // clang-format off
+      {"twoLots", {"10", "30"}, {"1.5", "2.5"}, {"5", "5"}, {"4", "6"}, "7.25", 40, 10, 2.25, 5, 7.25},
+      {"missingSecondQuantityWeighsWithTheFirst",
+       {"10", "20"}, {"1", "2"}, {"3"}, {"2", "3"}, nullptr, 30, 23, 50.0 / 30, 66.0 / 23, 0},
+      {"noLots", {}, {}, {}, {}, "1", 0, 0, 0, 0, 1},
+      // clang-format on
+  };
+  for (const auto& c : cases) {
+    kdl::Message m;
+    m.Add(kTagClientId, "C1");
+    m.Add(kTagSegment, "cse_cm");
+    m.Add(63100, "CSESCRIP");
+    m.Add(10100, "777");
+    const std::pair<uint32_t, const Values*> lists[] = {
+        {64276, &c.q1}, {64277, &c.p1}, {64272, &c.q2}, {64273, &c.p2}};
+    for (const auto& [tag, values] : lists)
+      for (const char* v : *values)
+        m.Add(tag, v);
+    if (c.v64298)
+      m.Add(64298, c.v64298);
+    HoldingsStore store;
+    const ScripDetailsLookup lookup = [](std::string_view segment, std::string_view,
+                                         ScripDetailFields& out) {
+      out[kScripIsin] = segment == "cse_cm" ? "INECSE" : "";
+      return true;
+    };
+    CViewHoldings r;
+    ASSERT_TRUE(FillHoldingRecord(m.get(), r, store, lookup, true) && r.cse) << c.name;
+    EXPECT_EQ(r.cse->firstQuantity, c.sum1) << c.name;
+    EXPECT_EQ(r.cse->secondQuantity, c.sum2) << c.name;
+    EXPECT_DOUBLE_EQ(r.cse->firstAverage, c.avg1) << c.name;
+    EXPECT_DOUBLE_EQ(r.cse->secondAverage, c.avg2) << c.name;
+    EXPECT_DOUBLE_EQ(r.cse->value64298, c.value) << c.name;
+    EXPECT_EQ(store.Text(r.cseSymbol), "CSESCRIP") << c.name;
+    EXPECT_EQ(store.Text(r.scripDetail), "INECSE") << c.name;
+    store.ApplyPrice(kExchangeCse, "CSESCRIP", 4321, 0, 0);
+    EXPECT_EQ(store.Price(r, kExchangeCse), 4321) << c.name;
+  }
+}
+
+// The view's answers are read one after another through one reused
+// message: a refused message must leave nothing behind for the next.
+TEST(ReusedMessage, RefusesRepeatedTagsAndReadsTheNextAnswerWhole) {
+  // Fields 1000, 1001, ...; the builder merges repeats, so the first and
+  // last tags are rewritten in the bytes.
+  const auto build = [](uint32_t fields, uint32_t firstTag, uint32_t lastTag) {
+    kdl::Message m(1u << 16);
+    for (uint32_t i = 0; i < fields; ++i)
+      m.Add(1000 + i, std::to_string(i));
+    std::string bytes(m.Serialise());
+    const size_t last = bytes.size() - 12 - std::to_string(fields - 1).size();
+    for (int b = 0; b < 4; ++b) {
+      bytes[4 + b] = char(firstTag >> (8 * b));
+      bytes[last + b] = char(lastTag >> (8 * b));
+    }
+    return bytes;
+  };
+  const struct {
+    const char* name;
+    uint32_t fields, firstTag, lastTag;
+    bool ok;
+  } cases[] = {
+      {"fewFieldsRepeatingTheFirst", 10, 1000, 1000, false},
+      {"manyFieldsRepeatingTheFirst", 70, 1000, 1000, false},
+      {"largestTagTwice", 10, UINT32_MAX, UINT32_MAX, false},
+      {"largestTagOnce", 10, 1000, UINT32_MAX, true},
+      {"manyFieldsNoRepeat", 70, 1000, 1069, true},
+  };
+  kdl::Message reader = kdl::Message::Reader();
+  for (const auto& c : cases) {
+    EXPECT_EQ(reader.ParseInto(build(c.fields, c.firstTag, c.lastTag)), c.ok) << c.name;
+    EXPECT_EQ(reader.Text(1001).has_value(), c.ok) << c.name;
+    if (c.ok)
+      EXPECT_EQ(reader.Text(c.lastTag), std::to_string(c.fields - 1)) << c.name;
+  }
+}
+
+} // namespace
+} // namespace vh::test
