@@ -2,6 +2,7 @@
 // distinct values and column texts, each giving what the uncached pass
 // gives.
 #include "grid/custom_column_detail.h"
+#include "grid/expression_detail.h"
 #include "grid/filter_match.h"
 #include "grid/key_cache.h"
 #include "grid/key_values.h"
@@ -322,6 +323,29 @@ bool RowEngine::CachedDistinctValues(int column, size_t n, std::vector<std::stri
   values.reserve(ids.size());
   for (const uint32_t id : ids)
     values.emplace_back(texts.Text(id));
+  return true;
+}
+
+bool RowEngine::DisplayedCustomNumbers(int column, std::vector<double>& values) {
+  if (!HasDataSource() || column < dataColumnCount_ || column >= ColumnCount())
+    return false;
+  values.assign(size_t(displayedCount_), 0.0);
+  const ColumnKeys* cache = PassKeys(column);
+  std::string text;
+  for (int p = 0; p < displayedCount_; ++p) {
+    const int32_t d = map_[size_t(Mirror(p))];
+    if (d < 0 || size_t(d) >= items_.size() || items_[size_t(d)] == 0)
+      continue;
+    if (cache) {
+      values[size_t(p)] = CustomSortNumber(cache->keys[size_t(d)]);
+      continue;
+    }
+    text.clear();
+    CellStyle style;
+    GetCellText(items_[size_t(d)], column, text, style);
+    values[size_t(p)] = expr::ParseLeadingNumber(text);
+  }
+  EndPass();
   return true;
 }
 
