@@ -136,8 +136,10 @@ void FilterOneCached(FilterKeys& filter, const FilterPattern& pattern, bool exac
   if (filter.mode == FilterKeys::Mode::kShortPrefixes && filter.prefixes.size() == 1) {
     const uint64_t* key = keys.keys.data();
     const auto [mask, needle] = filter.prefixes[0];
+    // The key first: most rows fail on it, and then their item data is
+    // never read, half the memory traffic of the pass.
     for (size_t d = 0; d < n; ++d)
-      if (items[d] != 0 && (LowerShortKey(key[d]) & mask) == needle)
+      if ((LowerShortKey(key[d]) & mask) == needle && items[d] != 0)
         map.push_back(int32_t(d));
     return;
   }
@@ -148,7 +150,7 @@ void FilterOneCached(FilterKeys& filter, const FilterPattern& pattern, bool exac
       const uint64_t low = ranges[0].first;
       const uint64_t width = ranges[0].second - low;
       for (size_t d = 0; d < n; ++d)
-        if (items[d] != 0 && key[d] - low < width)
+        if (key[d] - low < width && items[d] != 0)
           map.push_back(int32_t(d));
       return;
     }
