@@ -298,6 +298,7 @@ private:
   bool ReadSlotKey(ColumnKeys& keys, int column, uint32_t slot, FreshKey& out,
                    std::string& scratch);
   uint64_t ReadCellForm(uint64_t itemData, int column, std::string& scratch);
+  void PrefetchTexts(int column, const uint32_t* slots, size_t count);
   bool CustomInputs(int column, std::vector<std::vector<uint64_t>>& forms,
                     std::vector<const uint64_t*>& inputs);
   bool ReadCustomSlot(ColumnKeys& keys, int column, uint32_t slot,
