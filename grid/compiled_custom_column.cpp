@@ -3,12 +3,15 @@
 #include "grid/custom_column_detail.h"
 #include "grid/expression_detail.h"
 
+#include <cstring>
+
 namespace vh {
 namespace {
 
 // Every combination of plain and negative cells gets its own program, built
 // when first met; beyond this many references the text path does the work.
 constexpr size_t kMaxCompiledCells = 8;
+constexpr uint64_t kSignBit = uint64_t{1} << 63;
 
 struct Variant {
   bool compiled = false;
@@ -28,6 +31,7 @@ struct CompiledCustomColumn::State {
   std::vector<double> numbers;
 
   custom::Outcome Evaluate(uint64_t itemData, CellTextSource& cells);
+  bool EvaluateForms(const uint64_t* forms, custom::Outcome& out);
   bool Classify(unsigned& shape);
   const Variant& VariantFor(unsigned shape);
   std::string Substituted() const;
@@ -60,6 +64,30 @@ custom::Outcome CompiledCustomColumn::State::Evaluate(uint64_t itemData, CellTex
   return custom::Decide(variant.hasDivisor, [&](bool whole, double& holder) {
     return (whole ? variant.whole : variant.divisor).Run(numbers.data(), holder);
   });
+}
+
+// Evaluate after the fetch, with each cell's classification already made
+// once per column (CellFormBits). False when some cell needs its text.
+bool CompiledCustomColumn::State::EvaluateForms(const uint64_t* forms, custom::Outcome& out) {
+  if (variants.empty())
+    return false;
+  unsigned shape = 0;
+  for (size_t k = 0; k < columns.size(); ++k) {
+    uint64_t bits = forms[k];
+    if (bits == kFormNeedsText || bits == kFormNotFetched)
+      return false;
+    if (bits & kSignBit)
+      shape |= 1u << k;
+    bits &= ~kSignBit;
+    std::memcpy(&numbers[k], &bits, sizeof bits);
+  }
+  const Variant& variant = VariantFor(shape);
+  if (!variant.compiled)
+    return false;
+  out = custom::Decide(variant.hasDivisor, [&](bool whole, double& holder) {
+    return (whole ? variant.whole : variant.divisor).Run(numbers.data(), holder);
+  });
+  return true;
 }
 
 // One bit per reference: set for a negative cell. False when some cell
@@ -209,6 +237,46 @@ bool CompiledCustomColumn::CalculateSortKey(uint64_t itemData, CellTextSource& c
   double value = 0;
   key = ComputeSortKey(itemData, cells, value) == kCustomWritten ? value : 0.0;
   return true;
+}
+
+std::vector<int> CompiledCustomColumn::FormColumns() const {
+  if (!state_ || state_->variants.empty())
+    return {};
+  return state_->columns;
+}
+
+bool CompiledCustomColumn::CalculateFromForms(const uint64_t* forms, CustomCellValue& value) {
+  value = CustomCellValue{};
+  if (!state_)
+    return false;
+  try {
+    custom::Outcome outcome;
+    if (!state_->EvaluateForms(forms, outcome))
+      return false;
+    if (outcome.result == kCustomWritten) {
+      value.kind =
+          outcome.dividedByZero ? CustomCellValue::kDividedByZero : CustomCellValue::kValue;
+      value.value = custom::SortKeyOf(outcome);
+    }
+    return true;
+  } catch (...) {
+    return false;
+  }
+}
+
+uint64_t CellFormBits(std::string_view text) {
+  double number = 0;
+  const expr::CellForm form = expr::ClassifyCellText(text, number);
+  if (form == expr::CellForm::kZero)
+    return 0;
+  if (form == expr::CellForm::kOther)
+    return kFormNeedsText;
+  uint64_t bits;
+  std::memcpy(&bits, &number, sizeof bits);
+  // The number read after any minus carries no sign of its own.
+  if ((bits & kSignBit) || bits == kFormNeedsText || bits == kFormNotFetched)
+    return kFormNeedsText;
+  return form == expr::CellForm::kNegative ? bits | kSignBit : bits;
 }
 
 std::unique_ptr<CustomColumnFormula> CompileCustomColumn(std::string_view storedExpression) {

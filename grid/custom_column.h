@@ -108,6 +108,11 @@ public:
   // Always true.
   bool CalculateCellValue(uint64_t itemData, CellTextSource& cells, int dataColumnCount,
                           CustomCellValue& value) override;
+  // CustomColumnFormula: the referenced columns when the expression has a
+  // program for its references (at most 8 of them), else empty.
+  std::vector<int> FormColumns() const override;
+  // CustomColumnFormula: the ComputeCellValue result from the cells' forms.
+  bool CalculateFromForms(const uint64_t* forms, CustomCellValue& value) override;
 
 private:
   struct State;

@@ -2,6 +2,7 @@
 // distinct values and column texts, each giving what the uncached pass
 // gives.
 #include "grid/custom_column_detail.h"
+#include "grid/expression_detail.h"
 #include "grid/filter_match.h"
 #include "grid/key_cache.h"
 #include "grid/key_values.h"
@@ -30,6 +31,63 @@ std::string_view KeptText(const ColumnKeys& cache, size_t d, char* buffer) {
     break;
   }
   return {};
+}
+
+// LargestRows for a map that shows every store slot once, reading the keys
+// in store order instead of map order (a sorted map makes every read a
+// cache miss): the n-th largest key first, then, along the map, only the
+// slots at or above it. The result is the map-order heap's. False, nothing
+// appended, when the map shows some slot twice or none, or too many slots
+// tie at the bound.
+template <typename KeyOf>
+bool LargestInStoreOrder(const std::vector<int32_t>& map, size_t rows, size_t n, KeyOf keyOf,
+                         std::vector<int32_t>& result) {
+  constexpr size_t kMaxCandidates = 4096;
+  if (n > kMaxCandidates || map.size() < rows)
+    return false;
+  std::vector<uint64_t> best; // the n largest keys so far, smallest on top
+  best.reserve(n);
+  for (size_t d = 0; d < rows; ++d) {
+    const uint64_t key = keyOf(d);
+    if (best.size() < n) {
+      best.push_back(key);
+      std::push_heap(best.begin(), best.end(), std::greater<>());
+    } else if (key > best.front()) {
+      std::pop_heap(best.begin(), best.end(), std::greater<>());
+      best.back() = key;
+      std::push_heap(best.begin(), best.end(), std::greater<>());
+    }
+  }
+  const uint64_t bound = best.front();
+  std::vector<uint64_t> marked((rows + 63) / 64, 0);
+  size_t candidates = 0;
+  for (size_t d = 0; d < rows; ++d) {
+    if (keyOf(d) < bound)
+      continue;
+    if (++candidates > kMaxCandidates)
+      return false;
+    marked[d / 64] |= uint64_t{1} << (d % 64);
+  }
+  std::vector<SortEntry> found; // key, map position
+  std::vector<int32_t> slots;
+  for (size_t s = 0; s < rows; ++s) {
+    const int32_t d = map[s];
+    if (d < 0 || size_t(d) >= rows)
+      return false;
+    if (marked[size_t(d) / 64] >> (size_t(d) % 64) & 1) {
+      found.push_back(SortEntry{keyOf(size_t(d)), uint32_t(s)});
+      slots.push_back(d);
+    }
+  }
+  std::sort(slots.begin(), slots.end());
+  if (slots.size() != candidates || std::adjacent_find(slots.begin(), slots.end()) != slots.end())
+    return false;
+  std::sort(found.begin(), found.end(), [](const SortEntry& a, const SortEntry& b) {
+    return a.key > b.key || (a.key == b.key && a.index < b.index);
+  });
+  for (size_t i = 0; i < n; ++i)
+    result.push_back(map[found[i].index]);
+  return true;
 }
 
 } // namespace
@@ -78,8 +136,10 @@ void FilterOneCached(FilterKeys& filter, const FilterPattern& pattern, bool exac
   if (filter.mode == FilterKeys::Mode::kShortPrefixes && filter.prefixes.size() == 1) {
     const uint64_t* key = keys.keys.data();
     const auto [mask, needle] = filter.prefixes[0];
+    // The key first: most rows fail on it, and then their item data is
+    // never read, half the memory traffic of the pass.
     for (size_t d = 0; d < n; ++d)
-      if (items[d] != 0 && (LowerShortKey(key[d]) & mask) == needle)
+      if ((LowerShortKey(key[d]) & mask) == needle && items[d] != 0)
         map.push_back(int32_t(d));
     return;
   }
@@ -90,7 +150,7 @@ void FilterOneCached(FilterKeys& filter, const FilterPattern& pattern, bool exac
       const uint64_t low = ranges[0].first;
       const uint64_t width = ranges[0].second - low;
       for (size_t d = 0; d < n; ++d)
-        if (items[d] != 0 && key[d] - low < width)
+        if (key[d] - low < width && items[d] != 0)
           map.push_back(int32_t(d));
       return;
     }
@@ -258,6 +318,11 @@ bool RowEngine::CachedLargestRows(int column, int type, size_t count, size_t n,
   const uint64_t empty = IsIntegerType(type) ? SignedKey(0) : DecimalKey(0);
   const uint64_t* keys = cache->keys.data();
   const size_t rows = items_.size();
+  const auto keyOf = [&](size_t d) {
+    return custom ? DecimalKey(CustomSortNumber(keys[d])) : keys[d];
+  };
+  if (count == rows && LargestInStoreOrder(map_, rows, n, keyOf, result))
+    return true;
   std::vector<SortEntry> heap;
   heap.reserve(n + 1);
   for (uint32_t s = 0; s < count; ++s) {
@@ -356,6 +421,29 @@ bool RowEngine::CachedDistinctValues(int column, size_t n, std::vector<std::stri
     break;
   }
   }
+  return true;
+}
+
+bool RowEngine::DisplayedCustomNumbers(int column, std::vector<double>& values) {
+  if (!HasDataSource() || column < dataColumnCount_ || column >= ColumnCount())
+    return false;
+  values.assign(size_t(displayedCount_), 0.0);
+  const ColumnKeys* cache = PassKeys(column);
+  std::string text;
+  for (int p = 0; p < displayedCount_; ++p) {
+    const int32_t d = map_[size_t(Mirror(p))];
+    if (d < 0 || size_t(d) >= items_.size() || items_[size_t(d)] == 0)
+      continue;
+    if (cache) {
+      values[size_t(p)] = CustomSortNumber(cache->keys[size_t(d)]);
+      continue;
+    }
+    text.clear();
+    CellStyle style;
+    GetCellText(items_[size_t(d)], column, text, style);
+    values[size_t(p)] = expr::ParseLeadingNumber(text);
+  }
+  EndPass();
   return true;
 }
 

@@ -25,6 +25,11 @@ public:
     return column_.CalculateCellValue(itemData, cells, dataColumnCount, value);
   }
 
+  std::vector<int> FormColumns() const override { return column_.FormColumns(); }
+  bool CalculateFromForms(const uint64_t* forms, CustomCellValue& value) override {
+    return column_.CalculateFromForms(forms, value);
+  }
+
 private:
   CompiledCustomColumn column_;
 };

@@ -261,6 +261,14 @@ public:
   void SetKeyMismatchHandler(KeyMismatchHandler handler) { mismatch_ = std::move(handler); }
   // Bytes the key caches hold now (capacity, not size).
   size_t KeyCacheBytes() const;
+  // The number each displayed row's cell of custom column `column` reads as
+  // (atof of its text: 0 for an empty cell and for the zero-divisor text),
+  // in display order, one per displayed row (0 for a row without item
+  // data). Read from the column's key cache, built if need be, so a pass
+  // over a million rows computes no cell twice; a column that cannot be
+  // cached computes its cells, messages included. False, `values`
+  // untouched, for a column that is not custom or without a data source.
+  bool DisplayedCustomNumbers(int column, std::vector<double>& values);
   static constexpr size_t kDefaultKeyCacheLimit = size_t{256} << 20;
 
 private:
@@ -289,6 +297,13 @@ private:
   std::unique_ptr<ColumnKeys> ReadColumnKeys(int column);
   bool ReadSlotKey(ColumnKeys& keys, int column, uint32_t slot, FreshKey& out,
                    std::string& scratch);
+  uint64_t ReadCellForm(uint64_t itemData, int column, std::string& scratch);
+  void PrefetchTexts(int column, const uint32_t* slots, size_t count);
+  bool CustomInputs(int column, std::vector<std::vector<uint64_t>>& forms,
+                    std::vector<const uint64_t*>& inputs);
+  bool ReadCustomSlot(ColumnKeys& keys, int column, uint32_t slot,
+                      const std::vector<const uint64_t*>& inputs, FreshKey& out,
+                      std::string& scratch);
   FilterKeys PrepareFilterKeys(int column, const FilterPattern& pattern, bool exact);
   void VerifyKeys(ColumnKeys& keys, int column);
   bool CustomDependsOn(int custom, int column, std::vector<char>& seen) const;

@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vh {
 
@@ -47,6 +48,17 @@ struct CustomCellValue {
   double value = 0; // for kValue: atof of the written text
 };
 
+// How a formula reads one referenced cell's text, in 8 bytes, so that a
+// column's texts are read once for every row of every formula that reads
+// it: 0 for a text that reads as 0 or as no number; the number the formula
+// reads from the text, with the sign bit set when the text carries a
+// leading minus (the formula sees the minus as a character of its text);
+// kFormNeedsText for a text only the text path can read (" 5", "1e-5",
+// "5abc"). kFormNotFetched is for a cell whose text could not be read.
+inline constexpr uint64_t kFormNeedsText = 0x7FF0000000000001ull;
+inline constexpr uint64_t kFormNotFetched = 0x7FF0000000000002ull;
+uint64_t CellFormBits(std::string_view text);
+
 class CustomColumnFormula {
 public:
   virtual ~CustomColumnFormula() = default;
@@ -69,6 +81,16 @@ public:
   // them.
   virtual bool CalculateCellValue(uint64_t /*itemData*/, CellTextSource& /*cells*/,
                                   int /*dataColumnCount*/, CustomCellValue& /*value*/) {
+    return false;
+  }
+  // The columns CalculateFromForms reads, one per reference in the order of
+  // the expression; empty when the formula cannot compute from forms.
+  virtual std::vector<int> FormColumns() const { return {}; }
+  // CalculateCellValue for a row whose referenced cells read as `forms`
+  // (CellFormBits of each text, one per FormColumns entry, none of them
+  // kFormNotFetched). False, nothing shown, when these forms need the
+  // texts; the caller then computes from the texts.
+  virtual bool CalculateFromForms(const uint64_t* /*forms*/, CustomCellValue& /*value*/) {
     return false;
   }
 };

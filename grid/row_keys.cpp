@@ -21,6 +21,12 @@ using namespace keys;
 
 namespace {
 
+// Changed slots whose texts are asked for together.
+constexpr size_t kReadAhead = 16;
+
+// References past this many are computed from their texts.
+constexpr size_t kMaxFormReferences = 8;
+
 // Counts the messages shown while it lives instead of showing them.
 class MessageCounter {
 public:
@@ -51,6 +57,19 @@ void CopyShort(std::string_view text, char* out) {
     out[n / 2] = p[n / 2];
     out[n - 1] = p[n - 1];
   }
+}
+
+// The key kept for a custom cell's value; false for a value whose bits are
+// one of the markers.
+bool CustomKey(const CustomCellValue& value, uint64_t& key) {
+  key = kCustomLeftEmpty;
+  if (value.kind == CustomCellValue::kDividedByZero) {
+    key = kCustomDividedByZero;
+  } else if (value.kind == CustomCellValue::kValue) {
+    std::memcpy(&key, &value.value, sizeof key);
+    return IsCustomNumber(key);
+  }
+  return true;
 }
 
 } // namespace
@@ -134,16 +153,7 @@ bool RowEngine::ReadSlotKey(ColumnKeys& keys, int column, uint32_t slot, FreshKe
     --customDepth_;
     if (customDepth_ == 0)
       cycleStopped_ = false;
-    if (!told)
-      return false;
-    if (value.kind == CustomCellValue::kDividedByZero) {
-      out.key = kCustomDividedByZero;
-    } else if (value.kind == CustomCellValue::kValue) {
-      std::memcpy(&out.key, &value.value, sizeof out.key);
-      if (!IsCustomNumber(out.key))
-        return false;
-    }
-    return true;
+    return told && CustomKey(value, out.key);
   }
   out.text = item != 0 ? PassText(item, column, scratch) : std::string_view();
   if (keys.kind == ColumnKeys::Kind::kShortText)
@@ -153,6 +163,74 @@ bool RowEngine::ReadSlotKey(ColumnKeys& keys, int column, uint32_t slot, FreshKe
     out.scanAgrees = out.scanAgrees || item == 0; // filters never read such rows
   }
   return true;
+}
+
+// How the formulas read data column `column`'s cell: its text as a whole-
+// column pass reads it, and whether it could be read at all.
+uint64_t RowEngine::ReadCellForm(uint64_t itemData, int column, std::string& scratch) {
+  std::string_view text;
+  if (viewSource_ && viewSource_(viewOwner_, itemData, column, text) != 0)
+    return CellFormBits(text);
+  // No view, or it failed: only the installed form says whether the
+  // formula's own fetch fails.
+  scratch.clear();
+  CellStyle style;
+  return GetCellText(itemData, column, scratch, style) ? CellFormBits(scratch) : kFormNotFetched;
+}
+
+// Reads the forms of custom `column`'s references over every slot into
+// `forms` (one array per referenced column) and points `inputs` at them,
+// one per reference. Each input text is read and classified once per
+// build instead of once per cell and formula step; the arrays live for the
+// build only, so a data column costs its 8 bytes a row once, for its keys.
+// False when the formula cannot compute from forms or reads anything but
+// data columns (custom columns and cycles are for the text path).
+bool RowEngine::CustomInputs(int column, std::vector<std::vector<uint64_t>>& forms,
+                             std::vector<const uint64_t*>& inputs) {
+  inputs.clear();
+  const std::vector<int> references = formulas_[size_t(column - dataColumnCount_)]->FormColumns();
+  if (references.empty() || references.size() > kMaxFormReferences)
+    return false;
+  for (const int c : references)
+    if (c < 0 || c >= dataColumnCount_)
+      return false;
+  forms.resize(references.size());
+  std::string scratch;
+  for (size_t k = 0; k < references.size(); ++k) {
+    const auto first = std::find(references.begin(), references.end(), references[k]);
+    if (first != references.begin() + ptrdiff_t(k)) {
+      inputs.push_back(inputs[size_t(first - references.begin())]);
+      continue;
+    }
+    std::vector<uint64_t>& array = forms[k];
+    array.resize(items_.size());
+    for (size_t d = 0; d < items_.size(); ++d)
+      array[d] = items_[d] != 0 ? ReadCellForm(items_[d], references[k], scratch) : 0;
+    inputs.push_back(array.data());
+  }
+  return true;
+}
+
+// Custom `column`'s key for `slot` from its references' forms; from the
+// texts, as the uncached pass computes it, when the forms cannot tell.
+bool RowEngine::ReadCustomSlot(ColumnKeys& keys, int column, uint32_t slot,
+                               const std::vector<const uint64_t*>& inputs, FreshKey& out,
+                               std::string& scratch) {
+  CustomColumnFormula* formula = formulas_[size_t(column - dataColumnCount_)].get();
+  if (!inputs.empty() && items_[slot] != 0) {
+    uint64_t forms[kMaxFormReferences];
+    for (size_t k = 0; k < inputs.size(); ++k) {
+      forms[k] = inputs[k][slot];
+      if (forms[k] == kFormNotFetched) {
+        out.key = kCustomLeftEmpty; // the formula stops at a cell it cannot fetch
+        return true;
+      }
+    }
+    CustomCellValue value;
+    if (formula->CalculateFromForms(forms, value))
+      return CustomKey(value, out.key);
+  }
+  return ReadSlotKey(keys, column, slot, out, scratch);
 }
 
 std::unique_ptr<ColumnKeys> RowEngine::ReadColumnKeys(int column) {
@@ -230,8 +308,15 @@ std::unique_ptr<ColumnKeys> RowEngine::ReadColumnKeys(int column) {
     }
     return keys;
   }
+  std::vector<std::vector<uint64_t>> forms;
+  std::vector<const uint64_t*> inputs;
+  if (keys->kind == ColumnKeys::Kind::kCustom && !CustomInputs(column, forms, inputs))
+    inputs.clear();
   for (uint32_t d = 0; d < n; ++d) {
-    if (!ReadSlotKey(*keys, column, d, fresh, scratch) || (messages && messages->Count() > 0)) {
+    const bool read = keys->kind == ColumnKeys::Kind::kCustom
+                          ? ReadCustomSlot(*keys, column, d, inputs, fresh, scratch)
+                          : ReadSlotKey(*keys, column, d, fresh, scratch);
+    if (!read || (messages && messages->Count() > 0)) {
       // A formula that shows messages must show them on every pass.
       uncacheable_.resize(columns_.size(), 0);
       uncacheable_[size_t(column)] = 1;
@@ -240,6 +325,19 @@ std::unique_ptr<ColumnKeys> RowEngine::ReadColumnKeys(int column) {
     keys->Store(d, fresh);
   }
   return keys;
+}
+
+// Asks for the texts of `count` slots and fetches their first bytes, so
+// that the reads of scattered slots that follow wait for memory together
+// rather than one after the other.
+void RowEngine::PrefetchTexts(int column, const uint32_t* slots, size_t count) {
+  for (size_t k = 0; k < count; ++k) {
+    const uint32_t d = slots[k];
+    std::string_view text;
+    if (d < items_.size() && items_[d] != 0 &&
+        viewSource_(viewOwner_, items_[d], column, text) != 0 && !text.empty())
+      __builtin_prefetch(text.data());
+  }
 }
 
 // Fails loudly on the first slot whose cached key differs from a fresh
@@ -286,10 +384,19 @@ ColumnKeys* RowEngine::PassKeys(int column) {
       messages.emplace();
     std::string scratch;
     FreshKey fresh;
-    for (const uint32_t d : keys->dirty) {
+    const std::vector<const uint64_t*> inputs; // a few slots: from their texts
+    const std::vector<uint32_t>& dirty = keys->dirty;
+    const bool ahead = viewSource_ && column < dataColumnCount_;
+    for (size_t i = 0; i < dirty.size(); ++i) {
+      if (ahead && i % kReadAhead == 0)
+        PrefetchTexts(column, dirty.data() + i, std::min(kReadAhead, dirty.size() - i));
+      const uint32_t d = dirty[i];
       if (d >= keys->Slots())
         continue;
-      if (!ReadSlotKey(*keys, column, d, fresh, scratch) || (messages && messages->Count() > 0)) {
+      const bool read = keys->kind == ColumnKeys::Kind::kCustom
+                            ? ReadCustomSlot(*keys, column, d, inputs, fresh, scratch)
+                            : ReadSlotKey(*keys, column, d, fresh, scratch);
+      if (!read || (messages && messages->Count() > 0)) {
         messages.reset();
         keyCache_->Drop(column);
         keys = nullptr;

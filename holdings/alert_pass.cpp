@@ -113,12 +113,17 @@ AlertPassCounts RunAlertPass(const CAlertRuleTable& rules, AlertRowSource& rows,
     list.Redraw();
     return counts;
   }
-  for (const ActiveRule& r : active)
-    rows.PrepareColumn(r.column);
+  // Per rule, every row's value from the source at once, or none.
+  std::vector<std::vector<double>> values(active.size());
+  std::vector<char> whole(active.size(), 0);
+  const int rowCount = rows.RowCount();
+  for (size_t i = 0; i < active.size(); ++i) {
+    rows.PrepareColumn(active[i].column);
+    whole[i] = rows.Values(active[i].column, values[i]) && values[i].size() == size_t(rowCount);
+  }
   const size_t page = size_t(std::max(0, list.CountPerPage()));
   std::time_t stampTime = -1;
   std::string stamp;
-  const int rowCount = rows.RowCount();
   for (int row = 0; row < rowCount; ++row) {
     const uint64_t item = rows.ItemData(row);
     if (item == 0)
@@ -131,8 +136,9 @@ AlertPassCounts RunAlertPass(const CAlertRuleTable& rules, AlertRowSource& rows,
       stampTime = t;
       stamp = FormatAlertTime(t);
     }
-    for (const ActiveRule& r : active) {
-      const double value = rows.Value(item, r.column);
+    for (size_t i = 0; i < active.size(); ++i) {
+      const ActiveRule& r = active[i];
+      const double value = whole[i] ? values[i][size_t(row)] : rows.Value(item, r.column);
       if (r.lessOrEqual ? !(value <= r.threshold) : !(value >= r.threshold))
         continue;
       bool replaced = false;

@@ -40,6 +40,9 @@ public:
   // The value of column `column` for the row: the decimal reading of the
   // text ValueText gives (0 for text that is not a number or no text).
   virtual double Value(uint64_t itemData, int column) = 0;
+  // Value of every row at once, in row order, into `values` (one per row).
+  // False when the source has no faster way than Value row by row.
+  virtual bool Values(int /*column*/, std::vector<double>& /*values*/) { return false; }
   // The column's text for the row as the grid computes it; empty when it
   // cannot be computed.
   virtual std::string ValueText(uint64_t itemData, int column) = 0;

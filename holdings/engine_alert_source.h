@@ -38,6 +38,11 @@ public:
   // A number that is not a custom column of the engine (deleted since the
   // rule was stored, or a data column) has no value: 0 and the empty text.
   double Value(uint64_t itemData, int column) override;
+  // The engine's kept values of a custom column (RowEngine::
+  // DisplayedCustomNumbers); false for any other column.
+  bool Values(int column, std::vector<double>& values) override {
+    return IsCustom(column) && engine_.DisplayedCustomNumbers(column, values);
+  }
   std::string ValueText(uint64_t itemData, int column) override;
   std::string_view Isin(uint64_t itemData) override { return records_.Isin(itemData); }
   std::string_view ClientId(uint64_t itemData) override { return records_.ClientId(itemData); }

@@ -56,7 +56,10 @@ struct NullList final : AlertListSink {
   void Redraw() override {}
 };
 
-void Pass(benchmark::State& state, std::vector<CustomAlert> rules) {
+// `change` runs before every pass, timed with it: what the owner says
+// changed since the last pass.
+void Pass(benchmark::State& state, std::vector<CustomAlert> rules,
+          void (*change)(RowEngine&) = nullptr) {
   Grid& grid = SharedGrid();
   CAlertRuleTable table;
   for (const CustomAlert& r : rules)
@@ -65,8 +68,11 @@ void Pass(benchmark::State& state, std::vector<CustomAlert> rules) {
   AlertHits hits;
   NullList list;
   AlertPassCounts counts;
-  for (auto _ : state)
+  for (auto _ : state) {
+    if (change)
+      change(grid.engine);
     counts = RunAlertPass(table, source, hits, list);
+  }
   state.counters["rows"] = double(counts.rowsChecked);
   state.counters["hits"] = double(counts.hits);
 }
@@ -77,6 +83,18 @@ const std::string kFree = std::to_string(kFreeColumn);
 void BM_OneRuleFewHits(benchmark::State& state) {
   Pass(state, {{kGreaterOrEqual, "Value", "50000000", "Value", kValue}});
 }
+// Present-values records for 1% of the rows, then the pass.
+void BM_OneRuleAfterTicks(benchmark::State& state) {
+  Pass(state, {{kGreaterOrEqual, "Value", "50000000", "Value", kValue}}, [](RowEngine& e) {
+    for (int d = 0; d < int(kRows); d += 100)
+      e.RowChanged(d);
+  });
+}
+// A new answer: every row changed, so the pass computes every cell.
+void BM_OneRuleAfterEveryRowChanged(benchmark::State& state) {
+  Pass(state, {{kGreaterOrEqual, "Value", "50000000", "Value", kValue}},
+       [](RowEngine& e) { e.AllRowsChanged(); });
+}
 void BM_TwoRulesFewHits(benchmark::State& state) {
   Pass(state, {{kGreaterOrEqual, "Value", "50000000", "Value", kValue},
                {kLessOrEqual, "Free", "-1000", "Free", kFree}});
@@ -86,6 +104,8 @@ void BM_OneRuleEveryRow(benchmark::State& state) {
 }
 
 BENCHMARK(BM_OneRuleFewHits)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_OneRuleAfterTicks)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_OneRuleAfterEveryRowChanged)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_TwoRulesFewHits)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_OneRuleEveryRow)->Unit(benchmark::kMillisecond)->UseRealTime();
 

@@ -81,7 +81,8 @@ TEST(AlertPass, RulesSelectExactlyTheMatchingRows) {
     const char* name;
     std::vector<Rule> rules;
     int page;
-    Hits expected; // column|client|ISIN|value
+    Hits expected;       // column|client|ISIN|value
+    int changedRow = -1; // its quantity becomes "70" before the pass, as announced
   } cases[] = {
       {"at most, equal included",
        {{"Value", kLessOrEqual, "7", "4"}},
@@ -112,6 +113,11 @@ TEST(AlertPass, RulesSelectExactlyTheMatchingRows) {
        {{"Value", "equal to", "50", "4"}, {"Gone", kLessOrEqual, "1e9", "4"}},
        20,
        {}},
+      {"a record changed since the last pass", // kept values must not hide it
+       {{"Value", kGreaterOrEqual, "60", "4"}},
+       20,
+       {"Value|C3|INE3|70.00"},
+       2},
   };
   ListSink list;
   AlertHits hits;
@@ -120,6 +126,10 @@ TEST(AlertPass, RulesSelectExactlyTheMatchingRows) {
     for (const Rule& r : c.rules)
       table.Put({r.comparison, r.column, r.threshold, r.column, r.number});
     list.page = c.page;
+    if (c.changedRow >= 0) {
+      records.rows[size_t(c.changedRow)].qty = "70";
+      engine.RowChanged(c.changedRow);
+    }
     EngineAlertSource source(engine, records);
     RunAlertPass(table, source, hits, list, FixedNow);
     Hits got;
