@@ -127,7 +127,7 @@ void FilterListColumns::ColumnsChanged() {
 
   positions_.resize(table_.size(), -1);
   engine.SetColumns(table_, engine.DataColumnCount(), positions_);
-  grid_.Model().ColumnsReset();
+  grid_.ColumnsReset();
   for (int item = 0; item < engine.HeaderItemCount(); ++item) {
     const int column = engine.DataColumnAt(item);
     const sTarnColInfo* info = engine.ColumnInfo(column);

@@ -82,8 +82,13 @@ CFilterListCtrl::CFilterListCtrl(QWidget* parent)
   });
   connect(header_, &CFilterHeader::FieldFocused, this, &CFilterListCtrl::ScrollFieldIntoView);
   connect(horizontalScrollBar(), &QScrollBar::valueChanged, header_, &CFilterHeader::PlaceFields);
-  // The editors see columns where the user dragged them.
-  connect(header_, &QHeaderView::sectionMoved, this, [this] { columnEdit_->Sync(); });
+  // The editors see columns where the user dragged them; not while
+  // ColumnsReset undoes the drags, as the editors' change is still being
+  // installed then and a resync would drop its pending widths and tips.
+  connect(header_, &QHeaderView::sectionMoved, this, [this] {
+    if (!restoringOrder_)
+      columnEdit_->Sync();
+  });
 }
 
 CFilterListCtrl::~CFilterListCtrl() {
@@ -98,7 +103,7 @@ CFilterListCtrl::~CFilterListCtrl() {
 void CFilterListCtrl::SetUpColumns(std::vector<sTarnColInfo> columns, int sortColumn) {
   const int builtin = int(columns.size());
   engine_.SetColumns(std::move(columns), builtin);
-  model_->ColumnsReset();
+  ColumnsReset();
   std::vector<int> widths;
   for (int c = 0; c < engine_.ColumnCount(); ++c)
     widths.push_back(engine_.ColumnInfo(c)->nWidth);
@@ -138,6 +143,17 @@ int CFilterListCtrl::InsertCustomColumn(const sTarnColInfo& info) {
     header_->resizeSection(position, info.nWidth);
   columnEdit_->Sync();
   return column;
+}
+
+// A model reset keeps the header's visual order. The engine's header items
+// already stand in the order the user sees, so a section left where it was
+// dragged would show its neighbour's column in its place.
+void CFilterListCtrl::ColumnsReset() {
+  model_->ColumnsReset();
+  restoringOrder_ = true;
+  for (int v = 0; v < header_->count(); ++v)
+    header_->moveSection(header_->visualIndex(v), v);
+  restoringOrder_ = false;
 }
 
 bool CFilterListCtrl::DeleteHeaderColumn(int headerItem) {

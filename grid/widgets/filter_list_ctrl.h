@@ -92,6 +92,10 @@ public:
   // Removes header item `headerItem` (see RowEngine::DeleteHeaderColumn);
   // false when there is none.
   bool DeleteHeaderColumn(int headerItem);
+  // Lays the header out anew after RowEngine::SetColumns: one section per
+  // header item, left to right in header-item order (sections the user
+  // dragged go back to their own places).
+  void ColumnsReset();
 
   // --- filters ----------------------------------------------------------------------
   void ToggleFilterBar();
@@ -174,6 +178,7 @@ private:
   bool defaultSortDescending_ = false;
   bool customColumns_ = false;
   bool columnsInstalled_ = false;
+  bool restoringOrder_ = false; // ColumnsReset is moving sections back
   bool deletedWasSelected_ = false;
   bool checkBoxes_ = false;
   unsigned paintCount_ = 0;

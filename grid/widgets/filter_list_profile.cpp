@@ -88,7 +88,7 @@ bool CFilterListCtrl::LoadColumnProfile() {
       widths[c] = table[c].nWidth;
 
   engine_.SetColumns(std::move(table), builtin, std::move(positions));
-  model_->ColumnsReset();
+  ColumnsReset();
   ApplyWidths(widths);
   return true;
 }

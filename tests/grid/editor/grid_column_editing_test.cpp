@@ -359,6 +359,9 @@ TEST_F(GridColumnEditingTest, ANewGridFindsColumnsPositionsWidthsAndDefaultSort)
   grid.OnCommand(kCmdRepositionColumns);
   Click(Profile::kDefaultId);
   EXPECT_EQ(Control<QLineEdit>(Profile::kSortEditId)->text(), "Value,D");
+  Click(Profile::kSaveId); // the dragged section stays where the dialog lists it
+  EXPECT_EQ(Header(), (Texts{"Client", "Value", "Symbol", "Qty", "Close"}));
+  EXPECT_EQ(Width(1), 140);
   delete grid_;
 
   CFilterListCtrl& again = MakeGrid();
