@@ -1,4 +1,4 @@
-// The distinct-value pop-up, the drag list and the control positioner,
+// The distinct-value pop-up and the drag list,
 // driven through their controls (offscreen).
 #include <QAbstractItemModelTester>
 #include <QApplication>
@@ -17,7 +17,6 @@
 #include "grid/filter_join.h"
 #include "grid/filter_match.h"
 #include "plugin/tarn_host_api.h"
-#include "widgets/control_pos.h"
 #include "widgets/drag_list_ctrl.h"
 #include "widgets/filter_text.h"
 #include "widgets/sorted_values.h"
@@ -191,34 +190,6 @@ TEST(DragList, ADropMovesTheSelectionInListOrderToThePointerAndOnlyFromADragList
   QDropEvent drop(QPointF(5, 5), Qt::MoveAction, &text, Qt::LeftButton, Qt::NoModifier);
   QApplication::sendEvent(list.viewport(), &drop);
   EXPECT_FALSE(drop.isAccepted());
-}
-
-// A control at (10, 20, 80 x 30) in a 300 x 200 dialog, which grows by
-// 50 x 40, shrinks far below its first size, and comes back.
-TEST(ControlPos, ControlsFollowTheDialogsSizeChange) {
-  const struct {
-    unsigned anchors;
-    QRect grown, shrunk;
-  } cases[] = {
-      {kFollowRight | kFollowBottom, {60, 60, 80, 30}, {-190, -80, 80, 30}},
-      {kStretchWidth | kStretchHeight, {10, 20, 130, 70}, {10, 20, 0, 0}},
-      {kFollowBottom | kStretchWidth, {10, 60, 130, 30}, {10, -80, 0, 30}},
-  };
-  for (const auto& c : cases) {
-    QWidget dialog;
-    dialog.resize(300, 200);
-    auto* button = new QPushButton(&dialog);
-    button->setGeometry(10, 20, 80, 30);
-    ASSERT_TRUE((new CControlPos(&dialog))->AddControl(button, c.anchors));
-    dialog.show();
-    for (const auto& [size, expected] : {std::pair{QSize(350, 240), c.grown},
-                                         {QSize(100, 100), c.shrunk},
-                                         {QSize(300, 200), QRect(10, 20, 80, 30)}}) {
-      dialog.resize(size);
-      QApplication::processEvents();
-      EXPECT_EQ(button->geometry(), expected) << c.anchors;
-    }
-  }
 }
 
 } // namespace
