@@ -233,7 +233,6 @@ TEST_F(SettingsDisk, DamagedFilesReadSafelyAndSurviveTheNextSave) {
     std::string read; // the value read back, "<none>" when none
   } cases[] = {
       {"cut inside the value", true, "[grid]\nCOLUMNPROFILE=0,0,8", "0,0,8"},
-      {"noise", true, noise, "<none>"},
       {"noise then the value", true, noise + "\n[grid]\nCOLUMNPROFILE=1,1,1\n", "1,1,1"},
       {"4 MB with the value last", true, huge + "[grid]\nCOLUMNPROFILE=0,0,80\n", "0,0,80"},
       {"value over 4 KB is cut", true, "[grid]\nCOLUMNPROFILE=" + longLine + "\n",

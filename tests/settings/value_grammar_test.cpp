@@ -139,6 +139,13 @@ TEST(ColumnProfile, ParsesValues) {
     EXPECT_EQ(Summary(vh::ParseColumnProfile(c.value, 3)), c.summary) << c.name;
 }
 
+TEST_F(SettingsFiles, AColumnProfileThatCannotBeSavedSaysSo) {
+  vh::ScopedSettingsPaths missing({grid.file("missing-dir"), ""});
+  EXPECT_FALSE(vh::SaveColumnProfileEntries("g", vh::ParseColumnProfile("0,0,80", 1), 1));
+  EXPECT_EQ(recorder.messages(),
+            (std::vector<std::string>{"File Open Failed", "Error while saving column profile"}));
+}
+
 TEST(AlertRule, ParsesValues) {
   const struct {
     const char* name;

@@ -65,6 +65,13 @@ TEST_F(GridPictures, FilledGrid) {
   EXPECT_GE(markPixels(0), 20);
   EXPECT_LT(markPixels(1), 5);
 
+  grid.setFocus();
+  grid.selectionModel()->select(
+      QItemSelection(grid.model()->index(2, 0), grid.model()->index(4, 3)),
+      QItemSelectionModel::Select);
+  EXPECT_TRUE(RowHasColour(grid, Shoot("grid_selected"), 3, Qt::white));
+  grid.clearSelection();
+
   sListAppearance a = grid.Appearance();
   a.keywordColumn = 1;
   a.keywordColouring = true;
