@@ -224,6 +224,7 @@ TEST_F(SettingsDisk, DamagedFilesReadSafelyAndSurviveTheNextSave) {
   while (huge.size() < 4u << 20)
     huge += "[S" + std::to_string(huge.size()) + "]\nk=" + std::string(200, 'h') + "\n";
   const std::string longLine(5000, '7');
+  const std::string nul("[grid]\na=x\0y\nCOLUMNPROFILE=x\0y\n", 31);
 
   const std::string position = "[DIALOG_POSITION]\nView-Holding=";
   const struct {
@@ -233,6 +234,11 @@ TEST_F(SettingsDisk, DamagedFilesReadSafelyAndSurviveTheNextSave) {
     std::string read; // the value read back, "<none>" when none
   } cases[] = {
       {"cut inside the value", true, "[grid]\nCOLUMNPROFILE=0,0,8", "0,0,8"},
+      {"cut inside the key", true, "[grid]\nCOLUMNPROF", "<none>"},
+      {"cut inside the header", true, "[x]\nk=1\n[gri", "<none>"},
+      {"cut between CR and LF", true, "[grid]\r\nCOLUMNPROFILE=1\r", "1"},
+      {"NULs inside values", true, nul, std::string("x\0y", 3)},
+      {"value after a long line", true, "[grid]\nk=" + longLine + "\nCOLUMNPROFILE=1\n", "1"},
       {"noise then the value", true, noise + "\n[grid]\nCOLUMNPROFILE=1,1,1\n", "1,1,1"},
       {"4 MB with the value last", true, huge + "[grid]\nCOLUMNPROFILE=0,0,80\n", "0,0,80"},
       {"value over 4 KB is cut", true, "[grid]\nCOLUMNPROFILE=" + longLine + "\n",
