@@ -1,4 +1,4 @@
-// The distinct-value pop-up and the drag list,
+// The distinct-value pop-up, the drag list and the control positioner,
 // driven through their controls (offscreen).
 #include <QAbstractItemModelTester>
 #include <QApplication>
@@ -17,6 +17,7 @@
 #include "grid/filter_join.h"
 #include "grid/filter_match.h"
 #include "plugin/tarn_host_api.h"
+#include "widgets/control_pos.h"
 #include "widgets/drag_list_ctrl.h"
 #include "widgets/filter_text.h"
 #include "widgets/sorted_values.h"
@@ -190,6 +191,24 @@ TEST(DragList, ADropMovesTheSelectionInListOrderToThePointerAndOnlyFromADragList
   QDropEvent drop(QPointF(5, 5), Qt::MoveAction, &text, Qt::LeftButton, Qt::NoModifier);
   QApplication::sendEvent(list.viewport(), &drop);
   EXPECT_FALSE(drop.isAccepted());
+}
+
+// The lien report dialog's test grows a dialog whose controls follow its
+// right edge and stretch both ways; here the bottom edge, and a shrink far
+// below the first size, which must not give a negative width.
+TEST(ControlPos, ControlsFollowTheBottomAndNeverStretchBelowZero) {
+  QWidget dialog;
+  dialog.resize(300, 200);
+  auto* button = new QPushButton(&dialog);
+  button->setGeometry(10, 20, 80, 30);
+  ASSERT_TRUE((new CControlPos(&dialog))->AddControl(button, kFollowBottom | kStretchWidth));
+  dialog.show();
+  for (const auto& [size, expected] : {std::pair{QSize(350, 240), QRect(10, 60, 130, 30)},
+                                       {QSize(100, 100), QRect(10, -80, 0, 30)}}) {
+    dialog.resize(size);
+    QApplication::processEvents();
+    EXPECT_EQ(button->geometry(), expected);
+  }
 }
 
 } // namespace
