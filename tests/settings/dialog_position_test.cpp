@@ -48,8 +48,7 @@ TEST(WindowPlacement, ReadingComposesTheDefualtTexts) {
                                                  "Good=1,2,3,4,5,6,7,8,1\n"
                                                  "Empty=\n"
                                                  "Bad=1, 2,3,4,5,6,7,8,1\n"
-                                                 "Short=1,2,3\n"
-                                                 "Literal=Settings Not Found\n");
+                                                 "Short=1,2,3\n");
   const struct {
     const char* name;
     bool found;
@@ -59,7 +58,6 @@ TEST(WindowPlacement, ReadingComposesTheDefualtTexts) {
       {"Empty", false, "Could Not Find Saved Positions for EmptyDialog; Loading Defualt"},
       {"Bad", false, "Error Occured While Reading saved Positions for BadDialog; Loading Defualt"},
       {"Short", false, ""},
-      {"Literal", false, ""},
       {"Missing", false, ""},
       {"", false, ""},
   };

@@ -1,6 +1,6 @@
 // The model over the row engine (checked by Qt's model tester while rows
-// stream in), the filter bar, the distinct-values pop-up, header-click
-// sorting and what a user or the owner reaches on the rows themselves.
+// stream in), the filter bar, the distinct-values pop-up and what a user or the owner reaches on
+// the rows themselves.
 #include "tests/grid/widgets/grid_fixture.h"
 
 #include "grid/widgets/grid_commands.h"
@@ -93,31 +93,6 @@ TEST_F(GridTest, TabMovesBetweenFieldsWithWrapAround) {
   QTest::keyClick(QApplication::focusWidget(), Qt::Key_F, Qt::ControlModifier);
   EXPECT_FALSE(grid.FilterBarShown());
   EXPECT_EQ(QApplication::focusWidget(), &grid);
-}
-
-TEST_F(GridTest, HeaderClicksSortAndMoveTheArrow) {
-  CFilterListCtrl& grid = MakeGrid();
-  AddRows(SampleRows());
-  Show();
-  CFilterHeader* header = grid.FilterHeader();
-  EXPECT_EQ(header->SectionImage(0), 0); // the set-up sort column
-  const struct {
-    const char* name;
-    int section;
-    Texts qty;
-    std::vector<int> images;
-  } cases[] = {
-      {"qtyAscending", 2, {"7", "15", "120", "300", "2000"}, {-1, -1, 0, -1}},
-      {"qtyDescending", 2, {"2000", "300", "120", "15", "7"}, {-1, -1, 1, -1}},
-      {"closeRestartsAscending", 3, {"7", "2000", "120", "300", "15"}, {-1, -1, -1, 0}},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    ClickSection(c.section);
-    EXPECT_EQ(Shown(2), c.qty);
-    for (int s = 0; s < 4; ++s)
-      EXPECT_EQ(header->SectionImage(s), c.images[size_t(s)]) << s;
-  }
 }
 
 TEST_F(GridTest, CheckBoxClicksToggleTheRowAndLabelClicksOnlySelect) {

@@ -52,10 +52,6 @@ TEST_F(GridTest, ForeignProfilesCannotBreakTheTable) {
        "0,0,90,1,1,90,2,2,90,3,3,90,9,4,80,Far#\"1\"#x",
        {"Client", "Symbol", "Qty", "Close"}},
       {"repeatedPositions", "0,0,90,1,0,90,2,1,90,3,2,90", {"Client", "Qty", "Close"}},
-      {"gapInPlaces", "0,0,90,1,-1,0,2,5,90,3,9,90", {"Client", "Qty", "Close"}},
-      {"cutDefinition",
-       "0,0,90,1,1,90,2,2,90,3,3,90,4,4,80,Cut#",
-       {"Client", "Symbol", "Qty", "Close"}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
