@@ -105,14 +105,8 @@ TEST_F(HoldingRequest, FailuresAreStatusForFieldsAndBoxesForSends) {
                                                            "mrv_cj Request Failure"}));
 }
 
-TEST_F(HoldingRequest, LoadBseSendsOnlyWithASelection) {
-  CBackendLink link(nullptr);
-  EXPECT_FALSE(BuildMrvCjRequest(std::nullopt).has_value());
-  EXPECT_EQ(link.Send(*BuildMrvCjRequest("ABCD-EQ")), 1);
-  EXPECT_EQ(control.sent.at(0),
-            (Fields{{0, {"mrv_cj"}}, {63003, {"ABCD-EQ"}}, {63001, {"bse_cm"}}}));
-}
-
+// "Load BSE" (mrv_cj) is answered by the real back-end in the view's
+// end-to-end test, with and without a selected scrip.
 TEST(ComboPrefixFind, StartsAfterAndWraps) {
   const std::vector<std::string> items{"--", "abcd", "ABX", "zz", "Abcde"};
   const auto text = [&](int i) { return std::string_view(items[i]); };
