@@ -225,7 +225,6 @@ TEST(HeadlessE2E, RunsExportTheDatabaseRowsOrEndWithAClearCode) {
     Check check = {};
   } cases[] = {
       {"scrip", {"--scrip", scrip}, 0, "", equalsDatabase(ofScrip)},
-      {"client", {"--client", "C000002"}, 0, "", equalsDatabase("h.client_id = 'C000002'")},
       {"clientsListed",
        {"--scrip", scrip, "--clients", list.fileName()},
        0,
