@@ -68,7 +68,6 @@ TEST_F(HoldingRequest, FieldsAndMessagesPerSelection) {
        {{0, {kName}}, {63001, {"cse_cm"}}, {10100, {"CC-BL", "CC-TM"}}, {31003, {"U1"}}, {64056, {"P9"}}}},
       {"ClientModeSendsNoPeer", Client("C7"), "", {{0, {kName}}, {54001, {"C7"}}, {31003, {"U1"}}}},
       {"NoBseExchange", Scrip("NSE", nullptr), "Please Specify the exchange", {}},
-      {"ExchangeBeforeScrip", Scrip("--", nullptr), "Please Specify the exchange", {}},
       // clang-format on
   };
   CBackendLink link(nullptr);
