@@ -64,11 +64,13 @@ TEST(TarntraderCli, ExitCodesAndMessages) {
                              "--user",    "RMS2",
                              "--client",  "C000001",
                              "--wait-ms", "20000"};
-  // A wrong password and a file others may read are refused by the login
-  // and password-file tests; here the file reaches the login at all.
-  const QString secret = home.filePath("rms2.pw");
-  std::ofstream(secret.toStdString()) << host_test::kRms2Password << "\n";
-  ASSERT_EQ(chmod(secret.toLocal8Bit().constData(), 0600), 0);
+  // A wrong password is refused by the login tests; here the file reaches
+  // the login, or its reader's refusal reaches the user.
+  const QString secret = home.filePath("rms2.pw"), readable = home.filePath("readable.pw");
+  for (const auto& [file, mode] : {std::pair{secret, 0600}, {readable, 0644}}) {
+    std::ofstream(file.toStdString()) << host_test::kRms2Password << "\n";
+    ASSERT_EQ(chmod(file.toLocal8Bit().constData(), mode), 0);
+  }
   const struct {
     const char* name;
     QStringList args;
@@ -91,6 +93,7 @@ TEST(TarntraderCli, ExitCodesAndMessages) {
        1, "cannot reach the back-end at 127.0.0.1:"},
       // Logged in and loaded: the query runs to its answer.
       {"passwordFromFile", withAuth + QStringList{"--password-file", secret}, 0, " rows"},
+      {"fileOthersMayRead", withAuth + QStringList{"--password-file", readable}, 1, "chmod 600"},
       {"noPasswordFile", withAuth, 1, "give --password-file"},
       // clang-format on
   };
