@@ -3,7 +3,6 @@
 #include <string>
 #include <vector>
 
-#include "common/message.h"
 #include "holdings/holdings_columns.h"
 #include "holdings/view_hold_core.h"
 #include "link/backend_link.h"
@@ -88,28 +87,8 @@ TEST_F(ViewHoldCoreTest, KeepsOnlyListedClientsNewestFirst) {
   EXPECT_EQ(core.outstandingAnswers(), 0);
 }
 
-TEST_F(ViewHoldCoreTest, SecondQueryNeverShowsTheFirstAnswersRows) {
-  ScopedMessageRecorder recorder;
-  core.ViewHoldPos(ClientSelection("C1"));
-  Holding("C1");
-  Deliver("om_get_prsnt_values", {{54001, "C1"}, {63100, "ABCD-EQ"}});
-  core.ViewHoldPos(ClientSelection("C2"));
-  EXPECT_TRUE(grid.rows.empty() && grid.pending.empty());
-  EXPECT_EQ(core.store().RecordCount(), 0u);
-  EXPECT_EQ(core.presentValues().Size(), 0u);
-  Holding("C1"); // the first answer, still streaming
-  HoldingsEnd();
-  Holding("C2");
-  HoldingsEnd();
-  EXPECT_EQ(Clients(), std::vector<std::string>{"C2"});
-  EXPECT_EQ(control.sent.size(), 2u);
-  // A validation failure still empties the grid, and sends nothing.
-  core.ViewHoldPos(HoldSelection{});
-  EXPECT_TRUE(grid.rows.empty());
-  EXPECT_EQ(recorder.messages(), std::vector<std::string>{"Please Specify the exchange"});
-  EXPECT_EQ(control.sent.size(), 2u);
-}
-
+// A second query while the first answer streams is the view's end-to-end
+// test's "secondRequest" row.
 TEST_F(ViewHoldCoreTest, PriceTicksReachEveryRowOfTheSymbol) {
   Holding("C1", "ABCD-EQ");
   Holding("C2", "ABCD-BE");

@@ -1,9 +1,16 @@
 // The tarntrader executable as a user runs it: command line, embedded
-// back-end, start-up load, headless exit codes. No display is needed.
+// back-end, start-up load, headless exit codes, and the password of a
+// back-end run with --auth read from a file only its owner may read. No
+// display is needed.
 #include <QProcess>
 #include <QTcpServer>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <fstream>
+
+#include "tests/host/riskd_start.h"
 
 namespace {
 
@@ -49,11 +56,26 @@ TEST(TarntraderCli, ExitCodesAndMessages) {
   const QString db = home.filePath("risk.db");
   const QStringList embedded{"--plugin", VIEWHOLDINGS_PATH, "--db", db, "--rows", "2000"};
   const QString closed = QString("127.0.0.1:%1").arg(ClosedPort());
+  QTemporaryDir authStore;
+  auto authServer = host_test::StartRiskd(authStore.path(), 1000, true);
+  ASSERT_TRUE(authServer);
+  const QStringList withAuth{"--plugin",  VIEWHOLDINGS_PATH,
+                             "--backend", QString("127.0.0.1:%1").arg(authServer->port()),
+                             "--user",    "RMS2",
+                             "--client",  "C000001",
+                             "--wait-ms", "20000"};
+  // A wrong password is refused by the login tests; here the file reaches
+  // the login, or its reader's refusal reaches the user.
+  const QString secret = home.filePath("rms2.pw"), readable = home.filePath("readable.pw");
+  for (const auto& [file, mode] : {std::pair{secret, 0600}, {readable, 0644}}) {
+    std::ofstream(file.toStdString()) << host_test::kRms2Password << "\n";
+    ASSERT_EQ(chmod(file.toLocal8Bit().constData(), mode), 0);
+  }
   const struct {
     const char* name;
     QStringList args;
     int exitCode;
-    const char* stderrPart; // or stdout for --help
+    const char* outputPart; // on standard error or output
   } cases[] = {
       {"help", {"--help"}, 0, "--scrip"},
       {"unknownOption", {"--frobnicate"}, 1, "frobnicate"},
@@ -69,13 +91,17 @@ TEST(TarntraderCli, ExitCodesAndMessages) {
       {"backEndNotThere",
        {"--plugin", VIEWHOLDINGS_PATH, "--backend", closed, "--client", "C1", "--wait-ms", "1500"},
        1, "cannot reach the back-end at 127.0.0.1:"},
+      // Logged in and loaded: the query runs to its answer.
+      {"passwordFromFile", withAuth + QStringList{"--password-file", secret}, 0, " rows"},
+      {"fileOthersMayRead", withAuth + QStringList{"--password-file", readable}, 1, "chmod 600"},
+      {"noPasswordFile", withAuth, 1, "give --password-file"},
       // clang-format on
   };
   for (const auto& c : cases) {
     const ProcessRun r = RunTarntrader(c.args, home.path());
     EXPECT_EQ(r.exitCode, c.exitCode) << c.name << "\n" << r.err.toStdString();
-    const QString& text = c.exitCode == 0 ? r.out : r.err;
-    EXPECT_TRUE(text.contains(c.stderrPart)) << c.name << "\n" << text.toStdString();
+    const QString text = r.out + r.err;
+    EXPECT_TRUE(text.contains(c.outputPart)) << c.name << "\n" << text.toStdString();
   }
 }
 

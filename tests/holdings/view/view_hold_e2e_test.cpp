@@ -1,6 +1,8 @@
 // The holdings view against a real tarn-riskd on a loopback port, driven
 // through its controls (in-process, playing host) and through tarntrader's
 // headless mode: every answer is compared field by field with the database.
+// The back-end's price ticks are checked field by field by its own stream
+// tests and their delivery to every row of a scrip by the view core's test.
 #include <QComboBox>
 #include <QFile>
 #include <QHeaderView>
@@ -43,7 +45,6 @@ TEST_F(ViewHoldE2E, AnswersEqualTheDatabaseRowsFieldByField) {
     bool everyOtherClient = false; // combo 9013 offers every other client only
     bool drops = false;            // records are left out (other clients, older answer)
   } cases[] = {
-      {"nseOnly", [&](QWidget* v) { return SelectNse(v, a) && Press(v); }, "s.id=" + a.id},
       {"bseOnly", [&](QWidget* v) { return SelectBse(v, bse) && Press(v); }, "s.id=" + bse.id},
       {"bothRows", [&](QWidget* v) { return SelectNse(v, a) && SelectBse(v, b) && Press(v); },
        "s.id IN (" + a.id + "," + b.id + ")"},
@@ -115,26 +116,6 @@ TEST_F(ViewHoldE2E, MessagesAndLoadBse) {
     EXPECT_EQ(messages,
               *c.message ? std::vector<std::string>{c.message} : std::vector<std::string>{});
   }
-}
-
-TEST_F(ViewHoldE2E, PriceTicksReachEveryRowOfTheirScrip) {
-  auto view = MakeView();
-  ASSERT_TRUE(AskForClient(view.get(), BusiestClient()) && WaitForAnswers(*view));
-  const HoldingsStore& store = view->Core().store();
-  ASSERT_GT(store.RecordCount(), 1u);
-  // Every leg ticks each second; a tick's tag 32 is its scrip's close, which
-  // every row of that scrip also has from its own record.
-  auto ticked = [&](const CViewHoldings& r, int x) {
-    return store.Slot(r.priceSlot[x]).tick > 0 && store.SecondPrice(r, x) == r.closePrice;
-  };
-  EXPECT_TRUE(QTest::qWaitFor(
-      [&] {
-        for (size_t i = 0; i < store.RecordCount(); ++i)
-          if (!ticked(*store.Record(i), 0) && !ticked(*store.Record(i), 1))
-            return false;
-        return true;
-      },
-      15000));
 }
 
 TEST_F(ViewHoldE2E, LayoutsTabsMenuAndColumnsAfterARestart) {
@@ -244,7 +225,6 @@ TEST(HeadlessE2E, RunsExportTheDatabaseRowsOrEndWithAClearCode) {
     Check check = {};
   } cases[] = {
       {"scrip", {"--scrip", scrip}, 0, "", equalsDatabase(ofScrip)},
-      {"client", {"--client", "C000002"}, 0, "", equalsDatabase("h.client_id = 'C000002'")},
       {"clientsListed",
        {"--scrip", scrip, "--clients", list.fileName()},
        0,
