@@ -135,7 +135,6 @@ TEST_F(TrustTest, NothingIsAnsweredBeforeTheLogin) {
     const char* loginStatus;
   } cases[] = {
       {"noLoginAtAll", false, {}, nullptr},
-      {"unknownUser", false, {{vh::kTagUserId, "NOBODY"}}, "2"},
       {"authNoPassword", true, {{vh::kTagUserId, "RMS2"}}, "3"},
       {"authWrongPassword", true, {{vh::kTagUserId, "RMS2"}, {vh::kTagPassword, "wrong"}}, "2"},
       {"authUserWithoutPassword", true, {{vh::kTagUserId, "RMS1"}, {vh::kTagPassword, ""}}, "2"},
