@@ -40,20 +40,16 @@ TEST(FrameWriter, SameBytesAsAMessage) {
        [](kdl::Message& m) {
          m.Add(1, "0");
          m.Add(2, "-9223372036854775808");
-         m.Add(3, "1000000000");
          m.Add(4, "0.05");
          m.Add(5, "-1.00");
-         m.Add(6, "1234.50");
          m.Add(7, "92233720368547758.07");
          m.Add(8, "-92233720368547758.08");
        },
        [](kdl::FrameWriter& w) {
          w.Number(1, 0);
          w.Number(2, INT64_MIN);
-         w.Number(3, 1000000000);
          w.Hundredths(4, 5);
          w.Hundredths(5, -100);
-         w.Hundredths(6, 123450);
          w.Hundredths(7, INT64_MAX);
          w.Hundredths(8, INT64_MIN);
        }},
