@@ -41,7 +41,6 @@ TEST(KdlBuild, EncodesFieldsInFirstAddedOrderWithRepeatsMerged) {
       {"one field", {{0, {"display_holding_detail"}}},
        U32(1) + FieldBytes(0, {"display_holding_detail"})},
       {"zero-value field", {{7, {}}}, U32(1) + FieldBytes(7, {})},
-      {"empty value", {{7, {""}}}, U32(1) + FieldBytes(7, {""})},
       {"repeat of the first field moves the rest", {{0, {"a"}}, {9, {"b"}}, {0, {"cc"}}},
        U32(2) + FieldBytes(0, {"a", "cc"}) + FieldBytes(9, {"b"})},
       {"repeat into a zero-value field", {{1, {}}, {2, {"x"}}, {1, {"y"}}},

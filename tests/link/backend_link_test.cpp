@@ -59,44 +59,12 @@ TEST_F(LinkTest, CreationTakesTheControlFromTheHostAndReleaseGivesItBack) {
     answer.Add(kTagAnsweredName, "display_holding_detail");
     control.attached[0]->OnResponse(nullptr, answer.get(), nullptr);
     EXPECT_EQ(owner.log, Strings{"holding"});
+    // The back-end's send takes 0 as its third argument, always.
+    ASSERT_EQ(link.Send(UserPeerRequest("U9")), 1);
+    EXPECT_EQ(control.zeros, std::vector<int>{0});
   }
   EXPECT_EQ(control.detached, std::vector<CBrioRxNotifierBase*>{receiver});
   EXPECT_EQ(control.released, 1);
-}
-
-TEST_F(LinkTest, SendsNameThenFieldsInOrder) {
-  CBackendLink link(&owner);
-  const struct {
-    const char* name;
-    CLinkRequest request;
-    Fields expected;
-  } cases[] = {
-      {"name only", CLinkRequest("mrv_cj"), {{0, {"mrv_cj"}}}},
-      {"fields in order, repeats appended",
-       CLinkRequest("display_holding_detail")
-           .Add(63001, "cse_cm")
-           .Add(10100, "ABC-BL")
-           .Add(10100, "ABC-TM")
-           .Add(kTagUserId, "U1"),
-       {{0, {"display_holding_detail"}},
-        {63001, {"cse_cm"}},
-        {10100, {"ABC-BL", "ABC-TM"}},
-        {31003, {"U1"}}}},
-      {"user peer", UserPeerRequest("U9"), {{0, {"om_get_user_peer_data"}}, {31003, {"U9"}}}},
-  };
-  // One link for all: a request that kept an earlier one's fields would show.
-  for (const auto& c : cases) {
-    recorder.clear();
-    control.sent.clear();
-    EXPECT_EQ(link.Send(c.request), 1) << c.name;
-    ASSERT_EQ(control.sent.size(), 1u) << c.name;
-    EXPECT_EQ(control.sent[0], c.expected) << c.name;
-    EXPECT_EQ(recorder.statuses(), Strings{c.request.name() + " request sent successfully"})
-        << c.name;
-    EXPECT_TRUE(recorder.messages().empty()) << c.name;
-  }
-  EXPECT_EQ(control.zeros, std::vector<int>(3, 0));
-  EXPECT_EQ(link.lastSlot(), 1u);
 }
 
 TEST_F(LinkTest, FailuresReportTheirTextsAndSendNothing) {
@@ -114,20 +82,15 @@ TEST_F(LinkTest, FailuresReportTheirTextsAndSendNothing) {
     EXPECT_EQ(recorder.messages(), shown) << name;
     EXPECT_EQ(recorder.statuses(), statuses) << name;
   };
-  // 4 bytes of message plus 12 + length per single-value field.
+  // 4 bytes of message plus 12 + length per single-value field. A field
+  // failure kept to the status line, and a refused send, are the holdings
+  // request tests'.
   fails(20, false, CLinkRequest("display_holding_detail"),
         {"display_holding_detail Request Failure"}, {}, "name does not fit");
   fails(40, false, CLinkRequest("mrv_cj").Add(63003, longText), {"mrv_cj Request Failure"}, {},
         "field does not fit");
   fails(40, false, UserPeerRequest("U1"), {"add source user id Request Failure"}, {},
         "user id does not fit");
-  fails(40, false,
-        CLinkRequest("mrv_cj")
-            .Add(63003, longText)
-            .OnFieldFailure(" Request Failure", Report::Status),
-        {}, {" Request Failure"}, "field failure composed, not shown");
-  fails(4096, true, CLinkRequest("display_holding_detail").Add(54001, "C1"),
-        {"display_holding_detail Request Failure"}, {}, "send refused");
   fails(4096, true,
         CLinkRequest("om_stock_margin_transfer")
             .OnSendFailure("om_stock_margin_transfer Request Failure", Report::ShowAndStatus),

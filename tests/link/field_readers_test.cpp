@@ -36,7 +36,6 @@ TEST(FieldReaders, ConvertLikeTheCLibraryWithinTheirBuffers) {
       {1, 0, 42, 42, 42.0}, {2, 0, -17, -17, -17.0}, {3, 0, 0, 0, 0.0}, {4, 0, 0, 0, 0.0},
       {5, 0, INT32_MAX, INT32_MAX, 99999999999.0}, {6, 0, INT32_MIN, INT32_MIN, -99999999999.0},
       {7, 0, 0, 7, 7.0}, {8, 0, 0, 2, 0.0}, {9, 0, 0, 2, 2.5}, {10, 0, 3, 3, 325.0},
-      {12, 1, 2, 2, 2.0},
       // clang-format on
   };
   for (const auto& c : cases) {
@@ -116,7 +115,6 @@ TEST(ResponseStatus, DataRecordsEndsAndFailures) {
   const std::optional<std::string> none;
   check("display_holding_detail", {{kTagAnsweredName, "x"}}, 5, 0, {}, "no status: a record");
   check("display_holding_detail", {{kTagStatus, "12"}}, 12, 0, {}, "status 12");
-  check("mrv_master", {{kTagStatus, "-3"}}, -3, 0, {}, "status -3");
   check("display_holding_detail", {{kTagStatus, "0"}}, 1, 0, {fatal}, "status 0");
   check("mrv_cj", {{kTagStatus, "end"}}, 1, 0, {fatal}, "non-numeric status counts as 0");
   check("om_get_client_reports", {{kTagStatus, none}}, 1, kReaderMissing,

@@ -53,7 +53,9 @@ TEST(RiskdMain, SummaryIsTheSameForTheSameSeed) {
 TEST(RiskdMain, RefusesBadArguments) {
   for (const char* args :
        {"", "--summary", "--db x.db", "--db x.db --listen 1.2.3.4", "--db x.db --summary --rows -5",
-        "--db x.db --bogus 1 --summary", "--db x.db --listen 127.0.0.1:0 --summary"}) {
+        "--db x.db --bogus 1 --summary", "--db x.db --listen 127.0.0.1:0 --summary",
+        // A password is read from standard input, never taken from the command line.
+        "--db x.db --set-password RMS1 secret"}) {
     EXPECT_EQ(RunRiskd(args).status, 2 << 8) << args;
   }
 }

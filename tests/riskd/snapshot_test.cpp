@@ -59,9 +59,7 @@ TEST_F(RiskdTest, TransferDuringAnAnswerShowsWholeOrNotAtAll) {
 
     TestClient reader(server_->port());
     TestClient writer(server_->port());
-    ASSERT_TRUE(reader.Send(MakeRequest(
-        "display_holding_detail",
-        {{vh::kTagSegment, "nse_cm"}, {vh::kTagScripCode, HotScrip()}, {vh::kTagUserId, "RMS1"}})));
+    ASSERT_TRUE(reader.Send(HotQuery()));
     ASSERT_TRUE(writer.Send(TransferRequest(client, scrip, product, qty, c.action)));
     const Stream answer = reader.Collect("display_holding_detail");
     ASSERT_TRUE(answer.ended);

@@ -133,26 +133,6 @@ TEST_F(StreamsTest, AReaderTooFarBehindIsClosed) {
   ExpectAnswers(other, "the connection that reads");
 }
 
-TEST_F(StreamsTest, TransferAppliesWhileAnotherAnswerIsHalfRead) {
-  options_.store.sample.holdings = 60000; // a lien report of megabytes
-  StartServer();
-  const std::string key = Str("SELECT scrip_id||'|'||product FROM holding WHERE "
-                              "client_id='C000001' ORDER BY 1 LIMIT 1");
-  const std::string scrip = key.substr(0, key.find('|')), product = key.substr(key.find('|') + 1);
-  const std::string where =
-      " WHERE client_id='C000001' AND scrip_id=" + scrip + " AND product='" + product + "'";
-  ASSERT_TRUE(db_.Exec("UPDATE holding SET holdings_qty=100, used_qty=0" + where, nullptr));
-  TestClient reader(server_->port());
-  ASSERT_TRUE(reader.Send(MakeRequest("om_get_client_reports", {{54247, "RMS1"}})));
-  ASSERT_TRUE(reader.Next()); // the report's statement is open, mid-way
-  TestClient writer(server_->port());
-  SendAndWait(writer, TransferRequest("C000001", scrip, product, "7", "MF"));
-  EXPECT_EQ(Count("SELECT holdings_qty FROM holding" + where), 93)
-      << Str("SELECT reason FROM ledger ORDER BY id DESC LIMIT 1");
-  EXPECT_EQ(int64_t(reader.Collect("om_get_client_reports", 20000).records.size()) + 1,
-            Count("SELECT count(*) FROM lien"));
-}
-
 // Answers produced 512 bytes ahead of the reader still arrive whole. The
 // price and present-value streams tick once only, so that what goes out is
 // the answers asked for and nothing that depends on timing; ticks inside

@@ -111,10 +111,10 @@ TEST_F(TransferTest, LimitsAndEffects) {
   }
 }
 
-// A mark raises the segment's lien, shows in the next holdings answer and in
-// the present values of a query already open; an unmark by ISIN alone takes
-// both back.
-TEST_F(TransferTest, MarkAndUnmarkMoveTheLienAndTheAnswers) {
+// A mark raises the segment's lien and shows in the present values of a
+// query already open; an unmark by ISIN alone takes the lien back. (The next
+// holdings answer after a mark is the view's end-to-end test.)
+TEST_F(TransferTest, MarkAndUnmarkMoveTheLienAndThePresentValues) {
   options_.presentInterval = std::chrono::milliseconds(100);
   StartServer();
   const int64_t close = Count("SELECT close_paise FROM scrip WHERE id=" + scrip_);
@@ -123,18 +123,9 @@ TEST_F(TransferTest, MarkAndUnmarkMoveTheLienAndTheAnswers) {
   const int64_t held = Count("SELECT sum(holdings_qty) FROM holding WHERE client_id='" + client_ +
                              "' AND scrip_id=" + scrip_);
   const std::string token = Str("SELECT nse_token FROM scrip WHERE id=" + scrip_);
-  const kdl::Message query =
-      MakeRequest("display_holding_detail", {{54001, client_}, {31003, "RMS2"}});
-  const auto shown = [&] {
-    TestClient c(server_->port());
-    std::string texts;
-    for (const auto& r : c.Ask(query).records)
-      if (Text(r, 10100) == token && Text(r, 64030) == product_)
-        texts += Text(r, 64044) + "/" + Text(r, 64300) + " ";
-    return texts;
-  };
   TestClient open(server_->port());
-  ASSERT_TRUE(open.Send(query));
+  ASSERT_TRUE(
+      open.Send(MakeRequest("display_holding_detail", {{54001, client_}, {31003, "RMS2"}})));
   const auto presentHeld = [&] {
     for (const auto& r : open.Collect("om_get_prsnt_values").records)
       if (Text(r, 10100) == token)
@@ -145,12 +136,10 @@ TEST_F(TransferTest, MarkAndUnmarkMoveTheLienAndTheAnswers) {
   Transfer("MF", "100", "RMS2");
   EXPECT_EQ(Lien("FO"), fo + 100 * close * (10000 - haircut) / 10000);
   EXPECT_EQ(Lien("CUR"), cur);
-  EXPECT_EQ(shown(), "900/200 ");
   open.Collect("om_get_prsnt_values"); // may have been built before the transfer
   EXPECT_EQ(presentHeld(), held - 100);
   Transfer("UF", "100", "RMS2", /*byIsinOnly=*/true);
   EXPECT_EQ(Lien("FO"), fo);
-  EXPECT_EQ(shown(), "1000/100 ");
 }
 
 // Margin arithmetic never wraps: a value a lien cannot hold is refused.
