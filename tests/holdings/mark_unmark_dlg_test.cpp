@@ -89,7 +89,7 @@ TEST_F(MarkDialogTest, RefusalsAndWhatAnAcceptedQuantitySends) {
     const char* name;
     int command;
     const char *quantity, *message; // message "" when sent
-    Fields expected;
+    Fields expected = {};
     bool collateral = true;
   } cases[] = {
       {"letters", kCmdMarkCur, "abc", "Entered Qty cannot be 0"},
@@ -110,8 +110,9 @@ TEST_F(MarkDialogTest, RefusalsAndWhatAnAcceptedQuantitySends) {
     const bool refused = *c.message != 0;
     EXPECT_EQ(recorder.messages(), refused ? Strings{c.message} : Strings{});
     EXPECT_EQ(dialog.isVisible(), refused);
-    if (refused)
+    if (refused) {
       EXPECT_EQ(QApplication::focusWidget(), Edit(kEditMarkQuantity));
+    }
     EXPECT_EQ(control.sent, refused ? std::vector<Fields>{} : std::vector<Fields>{c.expected});
   }
   ASSERT_TRUE(dialog.Open(kCmdMarkFo));

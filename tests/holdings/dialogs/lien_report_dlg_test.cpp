@@ -50,8 +50,9 @@ TEST_F(ReportsTest, LienReportOfAllSegmentsThenOneMatchesTheStore) {
                 1)
           << r[0] << " " << r[1];
   }
-  if (qEnvironmentVariableIsSet("VH_SCREENSHOTS"))
+  if (qEnvironmentVariableIsSet("VH_SCREENSHOTS")) {
     EXPECT_TRUE(SaveScreenshot(dlg, "lien_report"));
+  }
   // Resizing: the list stretches, "Cancel" keeps to the right edge.
   QWidget* list = GetDlgItem(&dlg, CLienReport::kIdList);
   QWidget* cancel = GetDlgItem(&dlg, CLienReport::kIdCancel);

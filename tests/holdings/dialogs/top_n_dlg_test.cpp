@@ -82,8 +82,9 @@ TEST_F(TopNTest, BothExchangesAndThreeMethodsShowTheStoresLargestOnTop) {
     ASSERT_EQ(top.Step(), SQLITE_ROW);
     EXPECT_EQ(rows[0][2] + " " + rows[0][3], top.Text(0));
   }
-  if (qEnvironmentVariableIsSet("VH_SCREENSHOTS"))
+  if (qEnvironmentVariableIsSet("VH_SCREENSHOTS")) {
     EXPECT_TRUE(SaveScreenshot(dlg, "top_n_dlg"));
+  }
   EXPECT_EQ(messages_.messages(), std::vector<std::string>{});
 }
 

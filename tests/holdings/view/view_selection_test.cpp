@@ -136,8 +136,9 @@ TEST(ReusedMessage, RefusesRepeatedTagsAndReadsTheNextAnswerWhole) {
   for (const auto& c : cases) {
     EXPECT_EQ(reader.ParseInto(build(c.fields, c.firstTag, c.lastTag)), c.ok) << c.name;
     EXPECT_EQ(reader.Text(1001).has_value(), c.ok) << c.name;
-    if (c.ok)
+    if (c.ok) {
       EXPECT_EQ(reader.Text(c.lastTag), std::to_string(c.fields - 1)) << c.name;
+    }
   }
 }
 
