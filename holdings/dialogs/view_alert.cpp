@@ -122,18 +122,22 @@ void CViewAlert::Open(CFilterListCtrl* grid) {
 }
 
 bool CViewAlert::SetUpWithGrid(CFilterListCtrl* grid) {
-  if (!grid)
-    return false;
-  const RowEngine& engine = grid->Engine();
-  if (engine.DataColumnCount() > engine.ColumnCount()) {
+  return grid && SetUpWithColumns(*grid->CustomColumns());
+}
+
+bool CViewAlert::SetUpWithColumns(CustomColumnGrid& grid) {
+  const std::vector<sTarnColInfo>& table = grid.ColumnTable();
+  const int dataColumns = grid.DataColumnCount();
+  // The engine never lets this happen; the check stands so that a table out
+  // of step with its grid can never be read past its end.
+  if (dataColumns > int(table.size())) {
     ShowMessage(kUserColumnsErrorMessage);
     return false;
   }
   columns_->clear();
   numbers_->clear();
-  for (int c = engine.DataColumnCount(); c < engine.ColumnCount(); ++c) {
-    const sTarnColInfo* info = engine.ColumnInfo(c);
-    columns_->addItem(QString::fromStdString(std::string(info->Name())), c);
+  for (int c = dataColumns; c < int(table.size()); ++c) {
+    columns_->addItem(QString::fromStdString(std::string(table[size_t(c)].Name())), c);
     numbers_->addItem(QString::number(c));
   }
   columns_->setCurrentIndex(-1);

@@ -9,6 +9,7 @@
 #include <map>
 #include <string>
 
+#include "grid/custom_column_grid.h"
 #include "grid/row_formula.h"
 #include "holdings/alert_rules.h"
 
@@ -52,6 +53,8 @@ public:
   // defined cols" when the grid has more data columns than column records
   // (nothing changed then); false also for a null grid.
   bool SetUpWithGrid(CFilterListCtrl* grid);
+  // The same over the grid's column table as the column editors see it.
+  bool SetUpWithColumns(CustomColumnGrid& columns);
 
   CFilterListCtrl* RuleGrid() const { return rulesGrid_; }
   // The rule shown in rule-list row `row` (display position), or null.

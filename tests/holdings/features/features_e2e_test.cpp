@@ -92,6 +92,15 @@ TEST_F(FeaturesE2E, ARuleSelectsTheDatabasesRowsAndComesBackAfterARestart) {
     EXPECT_EQ(rows, c.rows) << c.name;
     EXPECT_EQ(view->Tabs()->isHidden(), c.rows.empty()) << c.name;
   }
+  // A column table out of step with its grid is refused; the lists stay.
+  CustomColumnGrid& columns = *view->HoldingsGrid()->CustomColumns();
+  const std::vector<sTarnColInfo> kept = columns.ColumnTable();
+  columns.ColumnTable().resize(2);
+  messages.clear();
+  EXPECT_FALSE(dialog->SetUpWithColumns(columns));
+  columns.ColumnTable() = kept;
+  EXPECT_EQ(messages, std::vector<std::string>{"Error while adding user defined cols"});
+  EXPECT_EQ(combo(kComboAlertColumn)->count(), 1);
   // A double click puts the rule back into the fields.
   combo(kComboAlertColumn)->setCurrentIndex(-1);
   combo(kComboAlertExpression)->setCurrentIndex(-1);
