@@ -111,7 +111,6 @@ int32_t Index(KdlMsg* msg, KdlError* err) {
   // Answers carry a few dozen fields: those are checked in a small table on
   // the stack, larger messages by sorting their tags.
   return fieldCount <= kSmallFields ? UniqueSmall(msg, err) : UniqueSorted(msg, err);
-  return 1;
 }
 
 } // namespace

@@ -22,4 +22,16 @@ TEST(Message, RecorderSeesExactTextsAndRestoresPreviousSink) {
   vh::SetMessageSink(std::move(previous));
 }
 
+TEST(Message, NestedRecordersEachSeeOnlyTheirOwnTexts) {
+  vh::ScopedMessageRecorder outer;
+  {
+    vh::ScopedMessageRecorder inner;
+    vh::ShowMessage("inner");
+    EXPECT_EQ(inner.messages().size(), 1u);
+  }
+  vh::ShowMessage("outer");
+  ASSERT_EQ(outer.messages().size(), 1u);
+  EXPECT_EQ(outer.messages()[0], "outer");
+}
+
 } // namespace

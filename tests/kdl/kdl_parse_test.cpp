@@ -79,6 +79,25 @@ TEST(KdlParse, MalformedBytesAreRejected) {
     EXPECT_EQ(ParseCode(c.bytes), c.code) << c.name;
 }
 
+// One handle parses message after message: a large one's memory is let go,
+// a failed parse leaves the handle empty, a missing handle is refused.
+TEST(KdlParse, AReusedHandleReadsEachMessageAlone) {
+  std::string large = U32(1) + U32(9) + U32(5000);
+  for (int i = 0; i < 5000; ++i)
+    large += Value("v");
+  kdl::Message reader = kdl::Message::Reader();
+  ASSERT_TRUE(reader.ParseInto(large));
+  EXPECT_EQ(reader.Count(9), 5000u);
+  ASSERT_TRUE(reader.ParseInto(Sample()));
+  EXPECT_EQ(reader.Count(9), std::nullopt);
+  EXPECT_EQ(reader.Text(10, 2), "CC");
+  EXPECT_FALSE(reader.ParseInto(Sample() + "x"));
+  EXPECT_EQ(reader.Text(32767), std::nullopt);
+  KdlError err{};
+  EXPECT_FALSE(kdl_parse_into(nullptr, "", 0, &err));
+  EXPECT_EQ(err.code, KDL_E_ARG);
+}
+
 TEST(KdlParse, ErrorsSayWhereAndBadArgumentsAreRefused) {
   KdlMsg* msg = nullptr;
   KdlError err{};
