@@ -34,4 +34,14 @@ TEST(Message, NestedRecordersEachSeeOnlyTheirOwnTexts) {
   EXPECT_EQ(outer.messages()[0], "outer");
 }
 
+// A program that installs no sink still tells its user: the text goes to
+// standard error.
+TEST(Message, WithoutASinkTheTextGoesToStandardError) {
+  vh::MessageSink previous = vh::SetMessageSink({});
+  testing::internal::CaptureStderr();
+  vh::ShowMessage("File Open Failed");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "message: File Open Failed\n");
+  vh::SetMessageSink(std::move(previous));
+}
+
 } // namespace
