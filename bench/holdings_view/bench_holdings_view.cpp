@@ -23,6 +23,7 @@
 #include <memory>
 #include <string>
 
+#include "bench/riskd/widely_held_store.h"
 #include "grid/widgets/filter_list_ctrl.h"
 #include "holdings/view/view_hold.h"
 #include "holdings/view/view_hold_ids.h"
@@ -31,7 +32,6 @@
 #include "host/startup_loader.h"
 #include "plugin/tarn_host_api.h"
 #include "riskd/server.h"
-#include "riskd/setup.h"
 #include "settings/settings_paths.h"
 
 namespace {
@@ -73,25 +73,11 @@ struct Backend {
           ("holdings_view_bench_" + std::to_string(getpid()));
     std::filesystem::create_directories(dir);
     riskd::StoreSetup setup;
-    setup.dbPath = (dir / "risk.db").string();
-    setup.sample.holdings = 2000;
     riskd::Db db;
     std::string error;
-    const auto quiet = [](const std::string&) {};
     // Scrip 1 held by every client in two products.
-    if (!riskd::SetUpStore(setup, quiet, &db, &error) ||
-        !db.Exec("BEGIN;"
-                 "CREATE TEMP TABLE n(i INTEGER PRIMARY KEY);"
-                 "WITH RECURSIVE c(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM c WHERE i<" +
-                     std::to_string(kClients) +
-                     ") INSERT INTO n SELECT i FROM c;"
-                     "DELETE FROM holding WHERE scrip_id=1;"
-                     "INSERT INTO client SELECT printf('B%07d',i),'' FROM n;"
-                     "INSERT INTO holding SELECT printf('B%07d',i),1,p,1+i%1999,i%7,i%5,i%3,0,"
-                     "i%11,i%11,i%13,i%13/2,1000+250*(i%30),CASE WHEN i%8=0 THEN NULL ELSE i%3 END"
-                     " FROM n, (SELECT 'CNC' p UNION ALL SELECT 'MTF') ORDER BY 1,3;"
-                     "COMMIT;",
-                 &error))
+    if (!riskd::bench::MakeWidelyHeldStore((dir / "risk.db").string(), kClients, &setup, &db,
+                                           &error))
       Die(error);
     riskd::Stmt s =
         db.Prepare("SELECT nse_symbol, nse_symbol||'-'||nse_series FROM scrip WHERE id=1", nullptr);
@@ -101,7 +87,7 @@ struct Backend {
     trading = s.Text(1);
     riskd::RiskServerOptions o;
     o.store = setup;
-    o.log = quiet;
+    o.log = [](const std::string&) {};
     server = riskd::RiskServer::Start(o, &error);
     if (!server)
       Die(error);

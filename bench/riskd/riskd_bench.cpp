@@ -15,11 +15,11 @@
 #include <memory>
 #include <string>
 
+#include "bench/riskd/widely_held_store.h"
 #include "kdl/frame.h"
 #include "kdl/message.h"
 #include "kdl/tags.h"
 #include "riskd/server.h"
-#include "riskd/setup.h"
 
 namespace {
 
@@ -35,25 +35,10 @@ struct Fixture {
     dir = std::filesystem::temp_directory_path() / ("riskd_bench_" + std::to_string(getpid()));
     std::filesystem::create_directories(dir);
     riskd::StoreSetup setup;
-    setup.dbPath = (dir / "risk.db").string();
-    setup.sample.holdings = 2000;
     riskd::Db db;
     std::string error;
-    const auto quiet = [](const std::string&) {};
-    std::filesystem::remove(setup.dbPath);
-    if (!riskd::SetUpStore(setup, quiet, &db, &error) ||
-        !db.Exec("BEGIN;"
-                 "CREATE TEMP TABLE n(i INTEGER PRIMARY KEY);"
-                 "WITH RECURSIVE c(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM c WHERE i<" +
-                     std::to_string(kClients) +
-                     ") INSERT INTO n SELECT i FROM c;"
-                     "DELETE FROM holding WHERE scrip_id=1;"
-                     "INSERT INTO client SELECT printf('B%07d',i),'' FROM n;"
-                     "INSERT INTO holding SELECT printf('B%07d',i),1,p,1+i%1999,i%7,i%5,i%3,0,"
-                     "i%11,i%11,i%13,i%13/2,1000+250*(i%30),CASE WHEN i%8=0 THEN NULL ELSE i%3 END"
-                     " FROM n, (SELECT 'CNC' p UNION ALL SELECT 'MTF') ORDER BY 1,3;"
-                     "COMMIT;",
-                 &error)) {
+    if (!riskd::bench::MakeWidelyHeldStore((dir / "risk.db").string(), kClients, &setup, &db,
+                                           &error)) {
       std::fprintf(stderr, "bench_riskd: %s\n", error.c_str());
       std::abort();
     }
@@ -69,7 +54,7 @@ struct Fixture {
     rows = s.Int(1);
     riskd::RiskServerOptions o;
     o.store = setup;
-    o.log = quiet;
+    o.log = [](const std::string&) {};
     server = riskd::RiskServer::Start(o, &error);
     if (!server) {
       std::fprintf(stderr, "bench_riskd: %s\n", error.c_str());
