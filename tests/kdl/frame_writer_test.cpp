@@ -46,8 +46,6 @@ TEST(FrameWriter, SameBytesAsAMessage) {
     std::vector<Op> ops;
   } cases[] = {
       {"noField", {}},
-      {"repeatedTag",
-       {{63001, {"nse_cm", "bse_cm"}}, {63100, {"ABC-EQ", "ABC"}}, {64030, {"CNC"}}}},
       {"numbers",
        {{1, {"0"}, Op::kNumber, 0},
         {2, {"-9223372036854775808"}, Op::kNumber, INT64_MIN},

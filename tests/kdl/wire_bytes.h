@@ -1,11 +1,17 @@
 // Hand-assembled encodings, so the tests state the byte layout independently
-// of the encoder.
+// of the encoder, and a check of what a message reads back.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <cstdint>
 #include <initializer_list>
+#include <map>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "kdl/message.h"
 
 namespace kdltest {
 
@@ -23,6 +29,17 @@ inline std::string FieldBytes(uint32_t tag, std::initializer_list<std::string_vi
   for (std::string_view v : values)
     out += Value(v);
   return out;
+}
+
+using Reads = std::map<uint32_t, std::vector<std::string>>;
+
+// Every field of `expected` reads back with exactly its values, in order.
+inline void ExpectReads(const kdl::Message& m, const Reads& expected) {
+  for (const auto& [tag, values] : expected) {
+    EXPECT_EQ(m.Count(tag), values.size()) << "field " << tag;
+    for (uint32_t i = 0; i < values.size(); ++i)
+      EXPECT_EQ(m.Text(tag, i), values[i]) << "field " << tag << " value " << i;
+  }
 }
 
 } // namespace kdltest
