@@ -39,10 +39,4 @@ public:
   std::vector<std::string> log;
 };
 
-class RecordingHandler : public CLinkRecordHandler {
-public:
-  void OnRecord(KdlMsg*) override { ++records; }
-  int records = 0;
-};
-
 } // namespace linktest
