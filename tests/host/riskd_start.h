@@ -1,4 +1,4 @@
-// A tarn-riskd in this process on a free loopback port (or `port`) over a
+// A tarn-riskd in this process on a free loopback port over a
 // sample store of `holdings` holdings kept in `dir`. With `auth` every
 // connection logs in, and RMS2's password is kRms2Password. nullptr, with the
 // test failed, when it cannot start.
@@ -18,12 +18,11 @@ namespace host_test {
 inline constexpr const char* kRms2Password = "pa55word";
 
 inline std::unique_ptr<riskd::RiskServer> StartRiskd(const QString& dir, int holdings,
-                                                     bool auth = false, uint16_t port = 0) {
+                                                     bool auth = false) {
   riskd::RiskServerOptions o;
   o.store.dbPath = (dir + "/risk.db").toStdString();
   o.store.sample.holdings = holdings;
   o.auth = auth;
-  o.port = port;
   o.refusedLoginDelay = std::chrono::milliseconds(50);
   o.log = [](const std::string&) {};
   std::string error;
