@@ -64,8 +64,9 @@ TEST(TarntraderCli, ExitCodesAndMessages) {
                              "--user",    "RMS2",
                              "--client",  "C000001",
                              "--wait-ms", "20000"};
-  // A wrong password is refused by the login tests; here the file reaches
-  // the login, or its reader's refusal reaches the user.
+  // A refused login (wrong password or unknown user: one answer) is the
+  // unknownUser run's; here the file reaches the login, or its reader's
+  // refusal reaches the user.
   const QString secret = home.filePath("rms2.pw"), readable = home.filePath("readable.pw");
   for (const auto& [file, mode] : {std::pair{secret, 0600}, {readable, 0644}}) {
     std::ofstream(file.toStdString()) << host_test::kRms2Password << "\n";

@@ -1,0 +1,40 @@
+// What a password file gives. Who may read it, and a login with its
+// password, a wrong one or none, are tarntrader's runs against a back-end
+// that wants one.
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <fstream>
+
+#include "host/password_file.h"
+
+namespace {
+
+TEST(PasswordFile, GivesItsFirstLine) {
+  QTemporaryDir dir;
+  ASSERT_TRUE(dir.isValid());
+  const struct {
+    const char* name;
+    const char* text;
+    mode_t mode;
+    std::optional<std::string> password;
+    const char* error;
+  } cases[] = {
+      {"crlfLine", "s3cret\r\nsecond line\n", 0600, "s3cret", ""},
+      {"emptyFirstLine", "\ns3cret\n", 0600, std::nullopt, "no password"},
+      {"missing", nullptr, 0, std::nullopt, "missing: "},
+  };
+  for (const auto& c : cases) {
+    const std::string path = (dir.path() + "/" + c.name).toStdString();
+    if (c.text) {
+      std::ofstream(path, std::ios::binary) << c.text;
+      ASSERT_EQ(chmod(path.c_str(), c.mode), 0);
+    }
+    std::string error;
+    EXPECT_EQ(host::ReadPasswordFile(path, &error), c.password) << c.name << ": " << error;
+    EXPECT_NE(error.find(c.error), std::string::npos) << c.name << ": " << error;
+  }
+}
+
+} // namespace
