@@ -1,13 +1,12 @@
 #include "tests/link/fake_backend.h"
 
-#include <algorithm>
+#include <gtest/gtest.h>
 
 #include "kdl/message.h"
 
 namespace linktest {
 
 FakeBackendControl* g_control = nullptr;
-std::vector<int> g_getControlCalls;
 
 namespace {
 
@@ -35,17 +34,8 @@ Fields Decode(std::string_view bytes) {
 
 } // namespace
 
-int FakeBackendControl::Attach(CBrioRxNotifierBase* receiver) {
-  attached.push_back(receiver);
-  return 1;
-}
-
-void FakeBackendControl::Detach(CBrioRxNotifierBase* receiver) {
-  detached.push_back(receiver);
-}
-
 int FakeBackendControl::Send(uint64_t* outSlot, KdlMsg* msg, int zero, KdlError* err) {
-  zeros.push_back(zero);
+  EXPECT_EQ(zero, 0) << "the back-end's send takes 0 as its third argument";
   if (failSends) {
     *err = KdlError{KDL_E_STATE, "fake back-end refuses"};
     return 0;
@@ -68,7 +58,7 @@ int FakeBackendControl::Send(uint64_t* outSlot, KdlMsg* msg, int zero, KdlError*
 extern "C" __attribute__((visibility("default"))) TarnBackendControl*
 GetBrioRxControl(int zero, CBrioRxNotifierBase* receiver) {
   using namespace linktest;
-  g_getControlCalls.push_back(zero);
+  EXPECT_EQ(zero, 0) << "GetBrioRxControl takes 0 as its first argument";
   if (g_control)
     g_control->Attach(receiver);
   return g_control;

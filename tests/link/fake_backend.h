@@ -14,25 +14,27 @@ namespace linktest {
 // One sent request, decoded field by field in wire order.
 using Fields = std::vector<std::pair<uint32_t, std::vector<std::string>>>;
 
+// Fails the test when the link passes anything but 0 where the host's
+// interface wants 0 (the send's third argument, GetBrioRxControl's first).
 class FakeBackendControl : public TarnBackendControl {
 public:
-  int Attach(CBrioRxNotifierBase* receiver) override;
-  void Detach(CBrioRxNotifierBase* receiver) override;
+  int Attach(CBrioRxNotifierBase* receiver) override {
+    attached = receiver;
+    return 1;
+  }
+  void Detach(CBrioRxNotifierBase* receiver) override { detached = receiver; }
   int IsConnected() const override { return 1; }
   int Send(uint64_t* outSlot, KdlMsg* msg, int zero, KdlError* err) override;
   void Release() override { ++released; }
 
   bool failSends = false;
   std::vector<Fields> sent;
-  std::vector<int> zeros; // the third argument of every send
-  std::vector<CBrioRxNotifierBase*> attached;
-  std::vector<CBrioRxNotifierBase*> detached;
+  CBrioRxNotifierBase* attached = nullptr;
+  CBrioRxNotifierBase* detached = nullptr;
   int released = 0;
 };
 
-// The control the exported GetBrioRxControl hands out (NULL: none), and the
-// first arguments it was called with.
+// The control the exported GetBrioRxControl hands out (NULL: none).
 extern FakeBackendControl* g_control;
-extern std::vector<int> g_getControlCalls;
 
 } // namespace linktest
