@@ -22,18 +22,6 @@ TEST(Message, RecorderSeesExactTextsAndRestoresPreviousSink) {
   vh::SetMessageSink(std::move(previous));
 }
 
-TEST(Message, NestedRecordersEachSeeOnlyTheirOwnTexts) {
-  vh::ScopedMessageRecorder outer;
-  {
-    vh::ScopedMessageRecorder inner;
-    vh::ShowMessage("inner");
-    EXPECT_EQ(inner.messages().size(), 1u);
-  }
-  vh::ShowMessage("outer");
-  ASSERT_EQ(outer.messages().size(), 1u);
-  EXPECT_EQ(outer.messages()[0], "outer");
-}
-
 // A program that installs no sink still tells its user: the text goes to
 // standard error.
 TEST(Message, WithoutASinkTheTextGoesToStandardError) {

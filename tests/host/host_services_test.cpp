@@ -1,8 +1,6 @@
 // The exported host services, called by name through HostProc exactly as the
-// plug-in calls them, against a small scrip master and real combo boxes.
-#include <QApplication>
-#include <QComboBox>
-#include <QDialog>
+// plug-in calls them, against a small scrip master. The scrip combos are
+// walked by the view's own end-to-end tests.
 #include <gtest/gtest.h>
 
 #include "common/host_proc.h"
@@ -22,7 +20,6 @@ protected:
     const char* const legs[][7] = {
         {"NSE", "ACME", "EQ", "ACME-EQ", "11", "INE000A01011", "500001"},
         {"NSE", "ACME", "BE", "ACME-BE", "12", "", ""},
-        {"NSE", "BOLT", "EQ", "BOLT-EQ", "21", "", ""},
         {"BSE", "500001", "A", "ACME", "500001", "INE000A01011", ""},
         {"BSE", "500009", "B", "ZED", "500009", "", ""},
     };
@@ -38,23 +35,7 @@ protected:
     h.user = {};
     h.user.id = "U1";
     h.user.rights = {"RMS View Holdings: Mark/UnMark"};
-    for (int id : {25001, 21002, 21003, 21008, 21010, 21011}) {
-      auto* c = new QComboBox(&dialog);
-      SetControlId(c, id);
-    }
   }
-  QComboBox* Combo(int id) { return qobject_cast<QComboBox*>(GetDlgItem(&dialog, id)); }
-  static QStringList Items(QComboBox* c) {
-    QStringList out;
-    for (int i = 0; i < c->count(); ++i)
-      out << c->itemText(i);
-    return out;
-  }
-  void FillNse(int mode) {
-    vh::HostProcAs<pu_fill_scrip_combos_with_bse_grp_fn>("pu_fill_scrip_combos_with_bse_grp")(
-        &dialog, 25001, 21002, 21003, 21010, 21011, 21008, mode);
-  }
-  QDialog dialog;
 };
 
 TEST_F(HostServices, ActionRightsFollowTheUser) {
@@ -64,22 +45,6 @@ TEST_F(HostServices, ActionRightsFollowTheUser) {
   EXPECT_EQ(enabled(nullptr), 0);
   host::TheHost().user.administrator = true;
   EXPECT_EQ(enabled("RMS View Holdings: Other"), 1);
-}
-
-// The view's own end-to-end tests walk both rows forward; here a row goes
-// back to "--" and empties.
-TEST_F(HostServices, NseRowCascadesAndEmptiesAgain) {
-  Combo(25001)->addItems({"--", "NSE"});
-  Combo(25001)->setCurrentIndex(1);
-  FillNse(0);
-  EXPECT_EQ(Combo(21002)->currentIndex(), -1);
-  Combo(21002)->setCurrentIndex(0);
-  FillNse(1);
-  EXPECT_EQ(Items(Combo(21003)), (QStringList{"ACME-BE", "ACME-EQ"}));
-  Combo(25001)->setCurrentIndex(0);
-  FillNse(0);
-  EXPECT_EQ(Combo(21002)->count(), 0);
-  EXPECT_EQ(Combo(21003)->count(), 0);
 }
 
 TEST_F(HostServices, ScripDetailsByEveryKindOfName) {

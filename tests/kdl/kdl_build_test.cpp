@@ -103,6 +103,9 @@ TEST(KdlBuild, MisuseFailsWithItsCode) {
   fails(kdl_ctor_primecb(nullptr, &err), KDL_E_ARG, "null handle address");
   fails(kdl_close_scratch(&scratch, &err), KDL_E_ARG, "close a null scratch");
   fails(kdl_start_msg(msg, foreign + 16, &err), KDL_E_ARG, "a buffer that is not ours");
+  fails(kdl_parse(nullptr, 4, &msg, &err), KDL_E_ARG, "parse without bytes");
+  fails(kdl_parse("abcd", 4, nullptr, &err), KDL_E_ARG, "parse without a handle address");
+  fails(kdl_parse_into(nullptr, "", 0, &err), KDL_E_ARG, "parse into no handle");
 
   ASSERT_TRUE(kdl_open_scratch(&scratch, 64, &err));
   ASSERT_TRUE(kdl_start_msg(msg, scratch, &err));

