@@ -40,24 +40,10 @@ protected:
   ScopedMessageRecorder recorder;
 };
 
-TEST_F(LinkTest, CreationTakesTheControlFromTheHostAndReleaseGivesItBack) {
-  CAlwGrpReqRx* receiver = nullptr;
-  {
-    CBackendLink link(&owner);
-    receiver = link.receiver();
-    EXPECT_EQ(link.control(), &control);
-    EXPECT_EQ(control.attached, receiver);
-    EXPECT_TRUE(recorder.messages().empty());
-    ASSERT_EQ(link.Send(UserPeerRequest("U9")), 1);
-    EXPECT_EQ(control.detached, nullptr);
-  }
-  EXPECT_EQ(control.detached, receiver);
-  EXPECT_EQ(control.released, 1);
-}
-
 // What a link that could not be made whole shows when it is made, and what
-// a request that cannot go out shows; nothing reaches the back-end. 4 bytes
-// of message plus 12 + length per single-value field.
+// a request that cannot go out shows; nothing reaches the back-end. A link
+// that had a control detaches its receiver and releases the control when it
+// goes. 4 bytes of message plus 12 + length per single-value field.
 TEST_F(LinkTest, FailuresReportTheirTextsAndSendNothing) {
   const auto margin =
       CLinkRequest("om_stock_margin_transfer")
@@ -90,15 +76,25 @@ TEST_F(LinkTest, FailuresReportTheirTextsAndSendNothing) {
     control.sent.clear();
     control.failSends = c.failSend;
     g_control = c.hasControl ? &control : nullptr;
-    g_failNothrowNew = c.failHandle;
-    CBackendLink link(&owner, c.scratch);
-    g_failNothrowNew = false;
-    EXPECT_EQ(recorder.messages(), c.atCreation) << c.name;
-    recorder.clear();
-    EXPECT_EQ(link.Send(c.request), 0) << c.name;
-    EXPECT_TRUE(control.sent.empty()) << c.name;
-    EXPECT_EQ(recorder.messages(), c.shown) << c.name;
-    EXPECT_EQ(recorder.statuses(), c.statuses) << c.name;
+    control.attached = control.detached = nullptr;
+    control.released = 0;
+    CAlwGrpReqRx* receiver = nullptr;
+    {
+      g_failNothrowNew = c.failHandle;
+      CBackendLink link(&owner, c.scratch);
+      g_failNothrowNew = false;
+      receiver = link.receiver();
+      EXPECT_EQ(recorder.messages(), c.atCreation) << c.name;
+      recorder.clear();
+      EXPECT_EQ(link.Send(c.request), 0) << c.name;
+      EXPECT_TRUE(control.sent.empty()) << c.name;
+      EXPECT_EQ(recorder.messages(), c.shown) << c.name;
+      EXPECT_EQ(recorder.statuses(), c.statuses) << c.name;
+      EXPECT_EQ(control.attached, c.hasControl ? receiver : nullptr) << c.name;
+      EXPECT_EQ(control.detached, nullptr) << c.name;
+    }
+    EXPECT_EQ(control.detached, c.hasControl ? receiver : nullptr) << c.name;
+    EXPECT_EQ(control.released, c.hasControl ? 1 : 0) << c.name;
   }
 }
 
