@@ -1,6 +1,6 @@
-// The exported host services, called by name through HostProc exactly as the
-// plug-in calls them, against a small scrip master. The scrip combos are
-// walked by the view's own end-to-end tests.
+// The scrip details service, called by name through HostProc exactly as the
+// plug-in calls it, against a small scrip master. The scrip combos and the
+// action rights are the view's own end-to-end tests'.
 #include <gtest/gtest.h>
 
 #include "common/host_proc.h"
@@ -32,20 +32,8 @@ protected:
       h.master.Add(leg);
     }
     h.master.Finish();
-    h.user = {};
-    h.user.id = "U1";
-    h.user.rights = {"RMS View Holdings: Mark/UnMark"};
   }
 };
-
-TEST_F(HostServices, ActionRightsFollowTheUser) {
-  auto enabled = vh::HostProcAs<pu_is_actionright_enabled_fn>("pu_is_actionright_enabled");
-  EXPECT_EQ(enabled("RMS View Holdings: Mark/UnMark"), 1);
-  EXPECT_EQ(enabled("RMS View Holdings: Other"), 0);
-  EXPECT_EQ(enabled(nullptr), 0);
-  host::TheHost().user.administrator = true;
-  EXPECT_EQ(enabled("RMS View Holdings: Other"), 1);
-}
 
 TEST_F(HostServices, ScripDetailsByEveryKindOfName) {
   auto details = vh::HostProcAs<pu_get_scrip_details_fn>("pu_get_scrip_details");

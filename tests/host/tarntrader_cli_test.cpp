@@ -14,48 +14,15 @@
 
 namespace {
 
-struct ProcessRun {
-  int exitCode = -1;
-  QString out;
-  QString err;
-};
-
-ProcessRun RunTarntrader(const QStringList& args, const QString& home) {
-  QProcess p;
-  QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-  env.remove("QT_QPA_PLATFORM"); // headless runs must choose offscreen themselves
-  env.remove("DISPLAY");
-  env.insert("HOME", home);
-  env.insert("XDG_DATA_HOME", home + "/data");
-  p.setProcessEnvironment(env);
-  p.start(TARNTRADER_PATH, args);
-  ProcessRun r;
-  if (!p.waitForFinished(60000)) {
-    p.kill();
-    p.waitForFinished();
-    r.err = "timed out";
-    return r;
-  }
-  r.exitCode = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -2;
-  r.out = QString::fromLocal8Bit(p.readAllStandardOutput());
-  r.err = QString::fromLocal8Bit(p.readAllStandardError());
-  return r;
-}
-
-quint16 ClosedPort() {
-  QTcpServer s;
-  s.listen(QHostAddress::LocalHost, 0);
-  const quint16 port = s.serverPort();
-  s.close();
-  return port;
-}
-
 TEST(TarntraderCli, ExitCodesAndMessages) {
   QTemporaryDir home;
   ASSERT_TRUE(home.isValid());
   const QString db = home.filePath("risk.db");
   const QStringList embedded{"--plugin", VIEWHOLDINGS_PATH, "--db", db, "--rows", "2000"};
-  const QString closed = QString("127.0.0.1:%1").arg(ClosedPort());
+  QTcpServer gone; // a port nothing listens on once it is closed
+  gone.listen(QHostAddress::LocalHost, 0);
+  const QString closed = QString("127.0.0.1:%1").arg(gone.serverPort());
+  gone.close();
   QTemporaryDir authStore;
   auto authServer = host_test::StartRiskd(authStore.path(), 1000, true);
   ASSERT_TRUE(authServer);
@@ -98,10 +65,21 @@ TEST(TarntraderCli, ExitCodesAndMessages) {
       {"noPasswordFile", withAuth, 1, "give --password-file"},
       // clang-format on
   };
+  QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+  env.remove("QT_QPA_PLATFORM"); // headless runs must choose offscreen themselves
+  env.remove("DISPLAY");
+  env.insert("HOME", home.path());
+  env.insert("XDG_DATA_HOME", home.filePath("data"));
   for (const auto& c : cases) {
-    const ProcessRun r = RunTarntrader(c.args, home.path());
-    EXPECT_EQ(r.exitCode, c.exitCode) << c.name << "\n" << r.err.toStdString();
-    const QString text = r.out + r.err;
+    QProcess p;
+    p.setProcessEnvironment(env);
+    p.setProcessChannelMode(QProcess::MergedChannels);
+    p.start(TARNTRADER_PATH, c.args);
+    EXPECT_TRUE(p.waitForFinished(60000)) << c.name << ": timed out";
+    const QString text = QString::fromLocal8Bit(p.readAll());
+    EXPECT_EQ(p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -2, c.exitCode)
+        << c.name << "\n"
+        << text.toStdString();
     EXPECT_TRUE(text.contains(c.outputPart)) << c.name << "\n" << text.toStdString();
   }
 }

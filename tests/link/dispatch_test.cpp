@@ -68,8 +68,6 @@ TEST(Dispatch, AnswersReachTheOwnerByNameAndStatus) {
       // The price sub-kind is read on records only.
       {"prices", 0, {Record("mrv_master", price), Record("mrv_master", {{kTagSubKind, "nse_ltp"}}),
        End("mrv_master", {{kTagSubKind, "junk"}})}, {"price 2 1234 INFY-EQ 7 99", "prices end"}},
-      {"unreadablePriceValues", 0, {Record("mrv_master", {{kTagSubKind, "BSE_LTP"}, {6, "x"},
-       {32, std::nullopt}})}, {"price 1 0  0 0"}},
       {"peerOnlyFromARecordWithTheValue", 0, {Record("om_get_user_peer_data", {{kTagPeerValue, ""}}),
        Record("om_get_user_peer_data"), End("om_get_user_peer_data", {{kTagPeerValue, "P8"}})},
        {"peer "}},
