@@ -30,21 +30,14 @@ namespace {
 
 using Strings = std::vector<std::string>;
 
-class LinkTest : public testing::Test {
-protected:
-  void SetUp() override { g_control = &control; }
-  void TearDown() override { g_control = nullptr; }
-
-  FakeBackendControl control;
-  RecordingOwner owner;
-  ScopedMessageRecorder recorder;
-};
-
 // What a link that could not be made whole shows when it is made, and what
 // a request that cannot go out shows; nothing reaches the back-end. A link
 // that had a control detaches its receiver and releases the control when it
 // goes. 4 bytes of message plus 12 + length per single-value field.
-TEST_F(LinkTest, FailuresReportTheirTextsAndSendNothing) {
+TEST(BackendLink, FailuresReportTheirTextsAndSendNothing) {
+  FakeBackendControl control;
+  RecordingOwner owner;
+  ScopedMessageRecorder recorder;
   const auto margin =
       CLinkRequest("om_stock_margin_transfer")
           .OnSendFailure("om_stock_margin_transfer Request Failure", Report::ShowAndStatus);
@@ -96,6 +89,7 @@ TEST_F(LinkTest, FailuresReportTheirTextsAndSendNothing) {
     EXPECT_EQ(control.detached, c.hasControl ? receiver : nullptr) << c.name;
     EXPECT_EQ(control.released, c.hasControl ? 1 : 0) << c.name;
   }
+  g_control = nullptr;
 }
 
 } // namespace
