@@ -11,31 +11,25 @@ namespace {
 
 using host::ScripLeg;
 
-class HostServices : public ::testing::Test {
-protected:
-  void SetUp() override {
-    auto& h = host::TheHost();
-    h.master.Clear();
-    // Segment, symbol, series, trading symbol, token, ISIN, BSE code.
-    const char* const legs[][7] = {
-        {"NSE", "ACME", "EQ", "ACME-EQ", "11", "INE000A01011", "500001"},
-        {"NSE", "ACME", "BE", "ACME-BE", "12", "", ""},
-        {"BSE", "500001", "A", "ACME", "500001", "INE000A01011", ""},
-        {"BSE", "500009", "B", "ZED", "500009", "", ""},
-    };
-    for (const auto& fields : legs) {
-      ScripLeg leg;
-      int i = 0;
-      for (auto f : {ScripLeg::Segment, ScripLeg::Symbol, ScripLeg::Series, ScripLeg::TradingSymbol,
-                     ScripLeg::Token, ScripLeg::Isin, ScripLeg::BseCode})
-        leg.field[f] = fields[i++];
-      h.master.Add(leg);
-    }
-    h.master.Finish();
+TEST(HostServices, ScripDetailsByEveryKindOfName) {
+  auto& h = host::TheHost();
+  h.master.Clear();
+  // Segment, symbol, series, trading symbol, token, ISIN, BSE code.
+  const char* const legs[][7] = {
+      {"NSE", "ACME", "EQ", "ACME-EQ", "11", "INE000A01011", "500001"},
+      {"NSE", "ACME", "BE", "ACME-BE", "12", "", ""},
+      {"BSE", "500001", "A", "ACME", "500001", "INE000A01011", ""},
+      {"BSE", "500009", "B", "ZED", "500009", "", ""},
+  };
+  for (const auto& fields : legs) {
+    ScripLeg leg;
+    int i = 0;
+    for (auto f : {ScripLeg::Segment, ScripLeg::Symbol, ScripLeg::Series, ScripLeg::TradingSymbol,
+                   ScripLeg::Token, ScripLeg::Isin, ScripLeg::BseCode})
+      leg.field[f] = fields[i++];
+    h.master.Add(leg);
   }
-};
-
-TEST_F(HostServices, ScripDetailsByEveryKindOfName) {
+  h.master.Finish();
   auto details = vh::HostProcAs<pu_get_scrip_details_fn>("pu_get_scrip_details");
   const struct {
     const char* name;

@@ -23,7 +23,6 @@ inline std::unique_ptr<riskd::RiskServer> StartRiskd(const QString& dir, int hol
   o.store.dbPath = (dir + "/risk.db").toStdString();
   o.store.sample.holdings = holdings;
   o.auth = auth;
-  o.refusedLoginDelay = std::chrono::milliseconds(50);
   o.log = [](const std::string&) {};
   std::string error;
   auto server = riskd::RiskServer::Start(o, &error);
