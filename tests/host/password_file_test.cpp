@@ -17,19 +17,18 @@ TEST(PasswordFile, GivesItsFirstLine) {
   const struct {
     const char* name;
     const char* text;
-    mode_t mode;
     std::optional<std::string> password;
     const char* error;
   } cases[] = {
-      {"crlfLine", "s3cret\r\nsecond line\n", 0600, "s3cret", ""},
-      {"emptyFirstLine", "\ns3cret\n", 0600, std::nullopt, "no password"},
-      {"missing", nullptr, 0, std::nullopt, "missing: "},
+      {"crlfLine", "s3cret\r\nsecond line\n", "s3cret", ""},
+      {"emptyFirstLine", "\ns3cret\n", std::nullopt, "no password"},
+      {"missing", nullptr, std::nullopt, "missing: "},
   };
   for (const auto& c : cases) {
     const std::string path = (dir.path() + "/" + c.name).toStdString();
     if (c.text) {
       std::ofstream(path, std::ios::binary) << c.text;
-      ASSERT_EQ(chmod(path.c_str(), c.mode), 0);
+      ASSERT_EQ(chmod(path.c_str(), 0600), 0);
     }
     std::string error;
     EXPECT_EQ(host::ReadPasswordFile(path, &error), c.password) << c.name << ": " << error;

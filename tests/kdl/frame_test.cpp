@@ -10,17 +10,6 @@ using namespace kdltest;
 
 namespace {
 
-std::vector<std::string> Split(kdl::FrameSplitter& s, const std::string& stream, size_t chunk) {
-  std::vector<std::string> out;
-  for (size_t at = 0; at < stream.size(); at += chunk) {
-    EXPECT_TRUE(s.Feed(stream.data() + at, std::min(chunk, stream.size() - at)));
-    std::string_view payload;
-    while (s.Next(&payload))
-      out.emplace_back(payload);
-  }
-  return out;
-}
-
 TEST(Frame, SplitsAStreamHoweverItArrives) {
   const std::vector<std::string> payloads = {"one", "", std::string(300, 'z'), "last"};
   std::string stream = "prefix"; // a frame is appended, never written over
@@ -30,7 +19,13 @@ TEST(Frame, SplitsAStreamHoweverItArrives) {
   stream.erase(0, 6);
   for (size_t chunk : {size_t{1}, size_t{3}, size_t{5}, size_t{64}, stream.size()}) {
     kdl::FrameSplitter s(1024);
-    EXPECT_EQ(Split(s, stream, chunk), payloads) << "chunks of " << chunk;
+    std::vector<std::string> split;
+    for (size_t at = 0; at < stream.size(); at += chunk) {
+      EXPECT_TRUE(s.Feed(stream.data() + at, std::min(chunk, stream.size() - at)));
+      for (std::string_view payload; s.Next(&payload);)
+        split.emplace_back(payload);
+    }
+    EXPECT_EQ(split, payloads) << "chunks of " << chunk;
     EXPECT_EQ(s.pending(), 0u);
   }
 }

@@ -100,11 +100,11 @@ TEST(KdlBuild, MisuseFailsWithItsCode) {
   fails(kdl_add_data(msg, 1, 2, nullptr, &err), KDL_E_ARG, "values without an array");
   EXPECT_TRUE(kdl_add_data(msg, 1, 1, &v, nullptr)) << "the error record is optional";
 
-  EXPECT_TRUE(kdl_close_scratch(&scratch, &err));
-  EXPECT_EQ(scratch, nullptr);
-  EXPECT_TRUE(kdl_dtor_primecb(&msg, &err));
-  EXPECT_EQ(msg, nullptr);
-  EXPECT_FALSE(kdl_dtor_primecb(&msg, &err));
+  // Closing and destroying empty the caller's pointers, so a second try fails.
+  ASSERT_TRUE(kdl_close_scratch(&scratch, &err));
+  ASSERT_TRUE(kdl_dtor_primecb(&msg, &err));
+  fails(kdl_close_scratch(&scratch, &err), KDL_E_ARG, "close twice");
+  fails(kdl_dtor_primecb(&msg, &err), KDL_E_ARG, "destroy twice");
 }
 
 TEST(KdlBuild, ParsedMessageIsReadOnlyAndMovesKeepOwnership) {

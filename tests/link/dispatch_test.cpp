@@ -4,7 +4,6 @@
 // and dialogs in the holdings tests.
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
 #include <vector>
 
