@@ -1,11 +1,10 @@
 // Randomised checks that the fast paths equal the plain ones: compiled
-// programs and compiled custom columns against text evaluation, number
-// reading against strtod, two-decimal formatting against printf.
+// custom columns (and so the compiled programs behind them) against text
+// evaluation, number reading against strtod, two-decimal formatting
+// against printf.
 #include "common/message.h"
-#include "grid/compiled_expression.h"
 #include "grid/custom_column.h"
 #include "grid/custom_column_detail.h"
-#include "grid/expression.h"
 #include "grid/expression_detail.h"
 #include "tests/grid/expression_test_grid.h"
 
@@ -20,8 +19,6 @@
 #include <vector>
 
 namespace {
-
-using vh::expr::TemplateChar;
 
 bool SameBits(double a, double b) {
   return std::memcmp(&a, &b, sizeof a) == 0;
@@ -91,66 +88,6 @@ public:
 private:
   std::mt19937 rng_;
 };
-
-struct Evaluated {
-  int code;
-  double value;
-};
-Evaluated EvaluateText(std::string_view text) {
-  double value = 0.125;
-  const int code = EvaluateExpression(text, value);
-  return {code, value};
-}
-
-TEST(ExpressionCompiled, ProgramsEvaluateLikeTheFilledInText) {
-  Generator gen(20240611);
-  int compiled = 0;
-  const int trials = 20000;
-  for (int trial = 0; trial < trials; ++trial) {
-    std::string templ, filled;
-    std::vector<TemplateChar> chars;
-    std::vector<double> numbers;
-    const std::string shape = gen.Expression([&]() {
-      std::string digits = gen.Digits();
-      const bool negative = gen.OneIn(3);
-      numbers.push_back(std::strtod(digits.c_str(), nullptr));
-      return std::string(negative ? "\x01" : "\x02") + digits + '\x03';
-    });
-    // Expand the markers into the template and the real text side by side.
-    int32_t cell = 0;
-    for (size_t i = 0; i < shape.size(); ++i) {
-      const char c = shape[i];
-      if (c != '\x01' && c != '\x02') {
-        templ += c;
-        filled += c;
-        chars.push_back({});
-        continue;
-      }
-      const size_t end = shape.find('\x03', i);
-      if (c == '\x01') {
-        templ += '-';
-        filled += '-';
-        chars.push_back({cell, false});
-      }
-      templ += '1';
-      chars.push_back({cell, true});
-      filled.append(shape, i + 1, end - i - 1);
-      ++cell;
-      i = end;
-    }
-    vh::expr::CompiledProgram program;
-    if (!program.Compile(templ, chars))
-      continue;
-    ++compiled;
-    double value = 0.125;
-    const int code = program.Run(numbers.data(), value);
-    const Evaluated expected = EvaluateText(filled);
-    ASSERT_EQ(code, expected.code) << filled;
-    ASSERT_TRUE(SameBits(value, expected.value)) << filled << " " << value;
-  }
-  // Merged digits are rare in these texts; nearly everything compiles.
-  EXPECT_GT(compiled, trials * 9 / 10);
-}
 
 TEST(ExpressionCompiled, CustomColumnsEqualTheTextPath) {
   Generator gen(77);
