@@ -47,16 +47,7 @@ protected:
     return grid;
   }
   // Right click on the rows, then the item called `text`.
-  void Menu(const char* text) {
-    QContextMenuEvent event(QContextMenuEvent::Mouse, {5, 5},
-                            grid_->viewport()->mapToGlobal(QPoint(5, 5)));
-    QApplication::sendEvent(grid_->viewport(), &event);
-    for (QAction* a : grid_->OpenMenu()->actions())
-      if (a->text() == text)
-        a->trigger();
-    if (grid_->OpenMenu())
-      grid_->OpenMenu()->close();
-  }
+  void Menu(const char* text) { MenuAt(grid_->viewport(), text); }
   template <typename Dialog> Dialog* Visible() {
     for (QWidget* w : QApplication::topLevelWidgets())
       if (auto* d = qobject_cast<Dialog*>(w); d && d->isVisible())
@@ -121,35 +112,6 @@ protected:
     return false;
   }
 };
-
-TEST_F(GridColumnEditingTest, EachModeHasItsCaptionButtonAndFocus) {
-  Filled();
-  Add("Value", R"("Qty" * "Close")");
-  const struct {
-    const char* look; // caption / confirm label / focus / focus after Tab
-    const char* png;
-  } cases[] = {
-      {"rmsholdview: Add Custom Columns/Add/1022/1009", "/udc_add.png"},
-      {"rmsholdview: Edit Custom Columns/Save/1011/1009", "/udc_edit.png"},
-      {"rmsholdview: Delete Custom Columns/Delete/1011/1009", "/udc_delete.png"},
-  };
-  for (size_t mode = 0; mode < std::size(cases); ++mode) {
-    Menu(kModeMenus[mode]);
-    auto* dialog = Visible<CUserDefinedColDlg>();
-    ASSERT_NE(dialog, nullptr);
-    const auto focused = [dialog] {
-      return dialog->focusWidget()->property(kControlIdProperty).toString();
-    };
-    const QString opened = focused();
-    QTest::keyClick(dialog->focusWidget(), Qt::Key_Tab);
-    EXPECT_EQ(
-        QString("%1/%2/%3/%4")
-            .arg(dialog->windowTitle(), Control<QPushButton>(kConfirm)->text(), opened, focused()),
-        cases[mode].look);
-    EXPECT_TRUE(dialog->grab().save(VH_SCREENSHOT_DIR + QString(cases[mode].png)));
-    dialog->reject();
-  }
-}
 
 TEST_F(GridColumnEditingTest, ButtonsBuildAColumnTheGridShowsAndEditTakesTheLastPress) {
   CFilterListCtrl& grid = Filled();
@@ -217,9 +179,24 @@ TEST_F(GridColumnEditingTest, ChecksSpeakInOrder) {
       {"operator without column", 0, "X", "", -1, kTimes, "Please select a Column Name"},
       {"End without column", 0, "X", "", -1, kEnd, "No column is selected"},
   };
+  // Per mode: caption, confirm label, focus on opening and after one Tab.
+  const char* const kLooks[] = {"rmsholdview: Add Custom Columns/Add/1022/1009",
+                                "rmsholdview: Edit Custom Columns/Save/1011/1009",
+                                "rmsholdview: Delete Custom Columns/Delete/1011/1009"};
+  const auto look = [this](QWidget* dialog) {
+    const auto focused = [dialog] {
+      return dialog->focusWidget()->property(kControlIdProperty).toString();
+    };
+    const QString opened = focused();
+    QTest::keyClick(dialog->focusWidget(), Qt::Key_Tab);
+    return QString("%1/%2/%3/%4")
+        .arg(dialog->windowTitle(), Control<QPushButton>(kConfirm)->text(), opened, focused());
+  };
   Add("Value", R"("Qty" * "Close")");
   for (const auto& c : cases) {
     Menu(kModeMenus[c.mode]);
+    ASSERT_NE(Visible<CUserDefinedColDlg>(), nullptr) << c.why;
+    EXPECT_EQ(look(Visible<CUserDefinedColDlg>()), kLooks[c.mode]) << c.why;
     Type(kNameEdit, c.name);
     Choose(c.combo);
     Type(kExpressionEdit, c.typed);
