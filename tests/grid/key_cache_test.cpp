@@ -300,46 +300,23 @@ TEST(KeyCache, KeyEdgesAgreeWithTheUncachedEngine) {
     const char* name;
     int type;
     std::vector<std::string> cells;
-    const std::vector<std::string>& filters;
     std::string laterText; // written into row 0 after the first round
   } cases[] = {
-      {"hexadecimal prefix without digits", 2, {"0x", "0x1A", "1"}, kBounds, "0x"},
+      {"hexadecimal prefix without digits", 2, {"0x", "0x1A", "1"}, "0x"},
       {"long column near its limits",
        4,
        {"9223372036854775807", "-9223372036854775808", "1"},
-       kBounds,
        "1e19"},
-      {"integers", 1, {"-3", "-2", "0", "2", "3", "2147483647", "-2147483648"}, kBounds, "2.5"},
-      {"decimals",
-       2,
-       {"-0.0", "0", "1.5", "-1.5", "2.5", "inf", "-inf", "nan", "1e300"},
-       kBounds,
-       "abc"},
-      {"eight bytes at most",
-       3,
-       {"abcdefgh", "abcdefg", "ABCDEFGH", "abc", "", "b"},
-       kTextFilters,
-       "zz"},
-      {"one of nine bytes",
-       3,
-       {"abcdefghi", "abcdefgh", "abcdefghj", "a", "abcdefgh"},
-       kTextFilters,
-       "a"},
-      {"zero and high bytes",
-       3,
-       {"a\0"s, "a", "a\0\0"s, "\x80", "\x7f", "a\x80"},
-       kTextFilters,
-       "\0"s},
-      {"a longer text arrives later",
-       3,
-       {"one", "two", "three", "t"},
-       kTextFilters,
-       "twenty-three"},
-      {"a shorter text arrives later", 3, {"eleven char", "two", "t"}, kTextFilters, "t"},
+      {"integers", 1, {"-3", "-2", "0", "2", "3", "2147483647", "-2147483648"}, "2.5"},
+      {"decimals", 2, {"-0.0", "0", "1.5", "-1.5", "2.5", "inf", "-inf", "nan", "1e300"}, "abc"},
+      {"eight bytes at most", 3, {"abcdefgh", "abcdefg", "ABCDEFGH", "abc", "", "b"}, "zz"},
+      {"one of nine bytes", 3, {"abcdefghi", "abcdefgh", "abcdefghj", "a", "abcdefgh"}, "a"},
+      {"zero and high bytes", 3, {"a\0"s, "a", "a\0\0"s, "\x80", "\x7f", "a\x80"}, "\0"s},
+      {"a longer text arrives later", 3, {"one", "two", "three", "t"}, "twenty-three"},
+      {"a shorter text arrives later", 3, {"eleven char", "two", "t"}, "t"},
       {"case folding at the letter edges",
        3,
        {"@x", "Ax", "Zx", "[x", "`x", "ax", "zx", "{x", "\xC1x", "\xDAx", "\xE1x"},
-       kTextFilters,
        "ZX"},
   };
   for (const auto& c : cases) {
@@ -352,7 +329,7 @@ TEST(KeyCache, KeyEdgesAgreeWithTheUncachedEngine) {
       twin.Both([](RowEngine& e) { e.SortOnColumn(0); });
       twin.SameRows("sorted");
       twin.Same([](RowEngine& e) { return e.DistinctValues(0); }, "distinct values");
-      for (const std::string& filter : c.filters) {
+      for (const std::string& filter : c.type == 3 ? kTextFilters : kBounds) {
         twin.Both([&](RowEngine& e) { e.SetFilter(0, filter, false); });
         twin.SameRows(filter);
       }
