@@ -251,19 +251,5 @@ TEST_F(EngineFixture, NegativeColumnGoesToTheDataSource) {
   }
 }
 
-TEST_F(EngineFixture, DistinctValuesOverTheDisplayedRows) {
-  table.rows.push_back({"d", "", "x"});
-  table.rows.push_back({"e", "9", "y"});
-  engine.InsertItem(0, "");
-  engine.SetItemData(3, 4);
-  engine.InsertItem(0, "");
-  engine.SetItemData(4, 0); // no data: skipped
-  EXPECT_EQ(engine.DistinctValues(2), (std::vector<std::string>{"x", "y"}));
-  EXPECT_EQ(engine.DistinctValues(1), (std::vector<std::string>{"2", "3", "-4"}));
-  engine.SetFilter(2, "x", false);
-  EXPECT_EQ(engine.ComboValues(0), (std::vector<std::string>{"--ALL-- ", "a", "c", "d"}));
-  EXPECT_TRUE(engine.DistinctValues(-1).empty());
-}
-
 } // namespace
 } // namespace vh
