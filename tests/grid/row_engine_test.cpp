@@ -141,25 +141,6 @@ TEST_F(EngineFixture, PositionsOutsideTheDisplay) {
   EXPECT_EQ(engine.RowCount(), 3u);
 }
 
-TEST_F(EngineFixture, ItemTextFollowsHeaderPositionsAndReverseFlag) {
-  engine.SetColumns(test::Columns({3, 2, 3}), 3, {2, 0, -1});
-  const struct {
-    bool reverse;
-    int position, displayColumn;
-    const char* text;
-  } cases[] = {
-      {false, 0, 0, "2"}, {false, 0, 1, ""}, {false, 2, 2, "c"}, {true, 0, 2, "c"},
-      {true, 2, 0, "2"},  {false, 3, 0, ""}, {false, 0, 5, ""},
-  };
-  for (const auto& c : cases) {
-    engine.SetReverseDisplay(c.reverse);
-    EXPECT_EQ(engine.GetItemText(c.position, c.displayColumn), c.text)
-        << c.reverse << " " << c.position << " " << c.displayColumn;
-  }
-  engine.SetItemData(1, 0);
-  EXPECT_EQ(engine.GetItemText(1, 0), "");
-}
-
 int PlainSource(uint64_t item, int column, std::string& text, CellStyle&) {
   text = "plain " + std::to_string(item) + "/" + std::to_string(column);
   return 1;
