@@ -362,47 +362,5 @@ TEST(KeyCache, CustomTextsMadeFromKeptValuesEqualTheComputedOnes) {
         "pass " + std::to_string(pass));
 }
 
-TEST(KeyCache, CheckModeReportsChangesTheOwnerDidNotAnnounce) {
-  // Columns: 0 integer, 1 decimal, 2 text, 3 custom "0"*"1", 4 custom "3"+"0".
-  Twin twin(WithCustom({1, 2, 3, 2, 2}, {" \"0\"*\"1\"", " \"3\"+\"0\""}), 3);
-  for (int r = 0; r < 40; ++r)
-    twin.table.rows.push_back(
-        {std::to_string(r % 7), std::to_string(r) + ".5", "t" + std::to_string(r % 5)});
-  RowEngine& engine = twin.cached;
-  test::LoadRows(engine, twin.table);
-  std::vector<std::pair<int, int>> mismatches;
-  engine.SetKeyMismatchHandler([&](int c, int d) { mismatches.emplace_back(c, d); });
-  const struct {
-    const char* name;
-    int column;
-    int passColumn; // the pass that must notice
-    bool announce;
-  } cases[] = {
-      {"integer cell, silent", 0, 0, false},
-      {"text cell, silent", 2, 2, false},
-      {"input of a custom column, silent", 1, 3, false},
-      {"input of a custom column of a custom column, silent", 0, 4, false},
-      {"integer cell, row announced", 0, 0, true},
-      {"input of a custom column, row announced", 1, 4, true},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    engine.AllRowsChanged();
-    engine.LargestRows(c.passColumn, 1);
-    mismatches.clear();
-    const int d = 17;
-    twin.table.rows[engine.ItemDataOfIndex(d) - 1][size_t(c.column)] += "1";
-    if (c.announce)
-      engine.RowChanged(d);
-    engine.LargestRows(c.passColumn, 1);
-    if (c.announce) {
-      EXPECT_TRUE(mismatches.empty());
-    } else {
-      ASSERT_EQ(mismatches.size(), 1u);
-      EXPECT_EQ(mismatches[0], std::make_pair(c.passColumn, d));
-    }
-  }
-}
-
 } // namespace
 } // namespace vh
