@@ -166,6 +166,7 @@ TEST_P(CustomColumn, Texts) {
       {"reference inside literal text", R"( 2*("9"+1))", "16.00"},
       {"digits merge with the reference", R"( 1"9")", "17.00"},
       {"column number read with atoi", R"( "5x"+" 0")", "13.00"},
+      {"a column below 0 (a hand-edited file) reads as empty", R"( "-1"+1)", "1.00"},
       // A division shows its error when the divisor, the text after the
       // first "/", evaluates to zero or not at all.
       {"zero divisor in parentheses", R"( 4/("5"-"5"))", kZero},

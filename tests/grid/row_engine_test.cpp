@@ -208,29 +208,5 @@ TEST_F(EngineFixture, CustomColumnsAreComputedNotStored) {
   EXPECT_EQ(engine.LargestRows(4, 1), (std::vector<int32_t>{1}));
 }
 
-// A column below 0 can only come from a hand-edited settings file. It goes to
-// the data source like any data column, and the source's "" reads as 0.
-int EmptyBelowZero(uint64_t, int column, std::string& text, CellStyle&) {
-  text = column < 0 ? "" : "4";
-  return 1;
-}
-
-TEST_F(EngineFixture, NegativeColumnGoesToTheDataSource) {
-  for (CustomColumnCompiler compile : {TextCustomColumn, CompileCustomColumn}) {
-    auto columns = test::Columns({3, 2, 3, 2, 2});
-    columns[3].strExpression = R"( "-1"+1)";
-    columns[4].strExpression = R"( "-1" "0")";
-    engine.SetOwnerDataSource(nullptr, nullptr);
-    engine.SetPlainDataSource(&EmptyBelowZero);
-    engine.SetColumns(columns, 3);
-    engine.SetCustomColumnCompiler(compile);
-    messages.clear();
-    EXPECT_EQ(engine.GetItemText(0, 3), "1.00");
-    EXPECT_EQ(engine.GetItemText(0, 4), "");
-    EXPECT_EQ(messages.messages(),
-              (std::vector<std::string>{std::string(kInvalidExpressionMessage)}));
-  }
-}
-
 } // namespace
 } // namespace vh
