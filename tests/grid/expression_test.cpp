@@ -244,10 +244,10 @@ public:
     return (OneIn(2) ? "-" : "") + Digits();
   }
 
-  // Expression text around references: a random walk over operands,
-  // operators, parentheses and spacing, with `reference` producing one
-  // reference (and returning its text).
-  template <typename Reference> std::string Expression(Reference reference) {
+  // A stored expression over 8 data columns and now and then one of 3 custom
+  // ones (cycles included): a random walk over operands, operators,
+  // parentheses and spacing.
+  std::string Expression() {
     static const char* const ops[] = {"*",  "/",  "-",  "+", "%", "\\", "^",  "<<", ">>", "&", "|",
                                       "&&", "||", "==", "<", ">", ">=", "<=", "!=", "=",  "--"};
     static const char* const constants[] = {"2",   "10",   "0.5", "3.25", "0",
@@ -264,7 +264,8 @@ public:
       }
       if (OneIn(5))
         text += OneIn(2) ? "-" : "+";
-      text += OneIn(3) ? std::string(Pick(constants)) : reference();
+      const size_t column = OneIn(8) ? 8 + Below(3) : Below(8);
+      text += OneIn(3) ? std::string(Pick(constants)) : "\"" + std::to_string(column) + "\"";
       if (open > 0 && OneIn(3)) {
         text += ")";
         --open;
@@ -292,11 +293,7 @@ TEST(ExpressionCompiled, CustomColumnsEqualTheTextPath) {
       t = gen.CellText();
     std::vector<std::string> stored(3);
     for (std::string& s : stored)
-      s = gen.Expression([&]() {
-        // Mostly data columns; now and then a custom one (cycles included).
-        const size_t column = gen.OneIn(8) ? 8 + gen.Below(3) : gen.Below(8);
-        return "\"" + std::to_string(column) + "\"";
-      });
+      s = gen.Expression();
     const int failing = gen.OneIn(20) ? 7 : -1;
     std::string seen[2];
     for (int path = 0; path < 2; ++path) {

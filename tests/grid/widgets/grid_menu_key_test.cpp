@@ -40,7 +40,6 @@ TEST_F(GridTest, MenusShowTheirItemsInOrderWithGreying) {
       {"headerRepositioning",
        kHeader | kReposition,
        {"Reposition Columns", "Fit to Data", "Fit to Header Size", "Fit to Window"}},
-      {"headerFixed", kHeader, {"Fit To Data", "Fit to Header Size", "Fit to Window"}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
