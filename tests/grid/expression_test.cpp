@@ -107,7 +107,7 @@ TEST(ExpressionEvaluate, ValuesAndCodes) {
       // 3: a sign or operand that is none (a minus splits an exponent)
       {"10 - - 2", kUntouched, 3}, {"-(3)", kUntouched, 3}, {"5 != 5", kUntouched, 3},
       {"1 + *2", kUntouched, 3}, {"1e-5", kUntouched, 3}, {"1,234", kUntouched, 3},
-      {"12abc", kUntouched, 3}, {"1..2", kUntouched, 3},
+      {"12abc", kUntouched, 3}, {"1..2", kUntouched, 3}, {"12345678901234567x", kUntouched, 3},
       // clang-format on
   };
   for (const auto& c : cases) {
