@@ -54,7 +54,10 @@ namespace {
 // Long enough that both passes allocate more than once.
 constexpr std::string_view kText = "(1 + 2) * 3 - 4 / 5 + 6 * (7 - 8) + 9 * 10 - 11 + 12 * 13";
 
-TEST(ExpressionFaults, ConversionFailureIsCodeFourEvaluationFailureKeepsTheValue) {
+// Fails allocation 1, 2, ... of a whole evaluation until one runs through.
+// A failed conversion is code 4; a failed evaluation is code 4 from
+// EvaluatePostfix but 0 from the whole-text call. Either keeps the value.
+TEST(ExpressionFaults, EveryFailedAllocationIsReportedAndKeepsTheValue) {
   double expected = 0;
   ASSERT_EQ(EvaluateExpression(kText, expected), 0);
   int conversionAllocations = 0;
@@ -74,7 +77,7 @@ TEST(ExpressionFaults, ConversionFailureIsCodeFourEvaluationFailureKeepsTheValue
     double value = -1;
     int code = 0;
     bool fired = false;
-    {
+    { // disarmed before the checks, which may allocate
       FailAllocation fail(n);
       code = EvaluateExpression(kText, value);
       fired = fail.Fired();
@@ -84,26 +87,18 @@ TEST(ExpressionFaults, ConversionFailureIsCodeFourEvaluationFailureKeepsTheValue
       EXPECT_EQ(value, expected);
       break;
     }
-    if (n <= conversionAllocations) {
-      EXPECT_EQ(code, 4) << "allocation " << n;
-    } else {
-      EXPECT_EQ(code, 0) << "allocation " << n;
-      evaluationFailed = true;
-    }
+    EXPECT_EQ(code, n <= conversionAllocations ? 4 : 0) << "allocation " << n;
     EXPECT_EQ(value, -1) << "allocation " << n;
+    evaluationFailed |= n > conversionAllocations;
   }
   EXPECT_TRUE(evaluationFailed);
-}
 
-TEST(ExpressionFaults, EvaluatePostfixAloneReportsFailure) {
   std::string postfix;
   ASSERT_EQ(ConvertToPostfix(kText, postfix), 0);
   double value = -1;
-  {
-    FailAllocation fail(1);
-    EXPECT_EQ(EvaluatePostfix(postfix, value), 4);
-    EXPECT_TRUE(fail.Fired());
-  }
+  FailAllocation fail(1);
+  EXPECT_EQ(EvaluatePostfix(postfix, value), 4);
+  EXPECT_TRUE(fail.Fired());
   EXPECT_EQ(value, -1);
 }
 

@@ -141,25 +141,6 @@ TEST_F(EngineFixture, PositionsOutsideTheDisplay) {
   EXPECT_EQ(engine.RowCount(), 3u);
 }
 
-TEST_F(EngineFixture, ItemTextFollowsHeaderPositionsAndReverseFlag) {
-  engine.SetColumns(test::Columns({3, 2, 3}), 3, {2, 0, -1});
-  const struct {
-    bool reverse;
-    int position, displayColumn;
-    const char* text;
-  } cases[] = {
-      {false, 0, 0, "2"}, {false, 0, 1, ""}, {false, 2, 2, "c"}, {true, 0, 2, "c"},
-      {true, 2, 0, "2"},  {false, 3, 0, ""}, {false, 0, 5, ""},
-  };
-  for (const auto& c : cases) {
-    engine.SetReverseDisplay(c.reverse);
-    EXPECT_EQ(engine.GetItemText(c.position, c.displayColumn), c.text)
-        << c.reverse << " " << c.position << " " << c.displayColumn;
-  }
-  engine.SetItemData(1, 0);
-  EXPECT_EQ(engine.GetItemText(1, 0), "");
-}
-
 int PlainSource(uint64_t item, int column, std::string& text, CellStyle&) {
   text = "plain " + std::to_string(item) + "/" + std::to_string(column);
   return 1;
@@ -225,44 +206,6 @@ TEST_F(EngineFixture, CustomColumnsAreComputedNotStored) {
   engine.SortOnColumn(3);
   EXPECT_EQ(engine.GetItemText(0, 3), "16.00");
   EXPECT_EQ(engine.LargestRows(4, 1), (std::vector<int32_t>{1}));
-}
-
-// A column below 0 can only come from a hand-edited settings file. It goes to
-// the data source like any data column, and the source's "" reads as 0.
-int EmptyBelowZero(uint64_t, int column, std::string& text, CellStyle&) {
-  text = column < 0 ? "" : "4";
-  return 1;
-}
-
-TEST_F(EngineFixture, NegativeColumnGoesToTheDataSource) {
-  for (CustomColumnCompiler compile : {TextCustomColumn, CompileCustomColumn}) {
-    auto columns = test::Columns({3, 2, 3, 2, 2});
-    columns[3].strExpression = R"( "-1"+1)";
-    columns[4].strExpression = R"( "-1" "0")";
-    engine.SetOwnerDataSource(nullptr, nullptr);
-    engine.SetPlainDataSource(&EmptyBelowZero);
-    engine.SetColumns(columns, 3);
-    engine.SetCustomColumnCompiler(compile);
-    messages.clear();
-    EXPECT_EQ(engine.GetItemText(0, 3), "1.00");
-    EXPECT_EQ(engine.GetItemText(0, 4), "");
-    EXPECT_EQ(messages.messages(),
-              (std::vector<std::string>{std::string(kInvalidExpressionMessage)}));
-  }
-}
-
-TEST_F(EngineFixture, DistinctValuesOverTheDisplayedRows) {
-  table.rows.push_back({"d", "", "x"});
-  table.rows.push_back({"e", "9", "y"});
-  engine.InsertItem(0, "");
-  engine.SetItemData(3, 4);
-  engine.InsertItem(0, "");
-  engine.SetItemData(4, 0); // no data: skipped
-  EXPECT_EQ(engine.DistinctValues(2), (std::vector<std::string>{"x", "y"}));
-  EXPECT_EQ(engine.DistinctValues(1), (std::vector<std::string>{"2", "3", "-4"}));
-  engine.SetFilter(2, "x", false);
-  EXPECT_EQ(engine.ComboValues(0), (std::vector<std::string>{"--ALL-- ", "a", "c", "d"}));
-  EXPECT_TRUE(engine.DistinctValues(-1).empty());
 }
 
 } // namespace

@@ -110,19 +110,23 @@ protected:
     return out;
   }
   // The menu a right click opens on `target`: each item's text, marked
-  // " [x]" when checked and " [grey]" when greyed.
-  Texts MenuAt(QWidget* target) {
+  // " [x]" when checked and " [grey]" when greyed. The item called
+  // `choose`, if any, is triggered.
+  Texts MenuAt(QWidget* target, const char* choose = nullptr) {
     QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(5, 5),
                             target->mapToGlobal(QPoint(5, 5)));
     QApplication::sendEvent(target, &event);
     Texts texts;
     QMenu* menu = grid_->OpenMenu();
-    for (QAction* a : menu ? menu->actions() : QList<QAction*>())
+    for (QAction* a : menu ? menu->actions() : QList<QAction*>()) {
+      if (choose && a->text() == choose)
+        a->trigger();
       if (!a->isSeparator())
         texts.push_back(a->text().toStdString() + (a->isChecked() ? " [x]" : "") +
                         (a->isEnabled() ? "" : " [grey]"));
-    if (menu)
-      menu->close();
+    }
+    if (grid_->OpenMenu())
+      grid_->OpenMenu()->close();
     return texts;
   }
 
