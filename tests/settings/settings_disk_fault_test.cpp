@@ -1,18 +1,18 @@
-// UserSetting.ini and DialogPos.ini on a disk that refuses writes, and with
-// contents no writer of ours produced: every failed save leaves the previous
-// file whole, and the next save after the fault is gone works.
+// The two settings files on a disk that refuses writes, behind writers that
+// fail or stall, with something else in their place, and with contents no
+// writer of ours produced: a failed save leaves the previous file whole, a
+// read gives what the code promises, and the next save once the fault is
+// gone works and changes nothing but its own line.
 //
-// The read-only disk is real: a small tmpfs mounted in a private mount
-// namespace of the test process. Where the kernel refuses such a namespace
-// those cases are skipped; the injected writer runs everywhere.
+// The read-only disk is real: a small tmpfs in a mount namespace of this
+// process alone, which only root may make; elsewhere those rows are skipped.
+#include <algorithm>
 #include <cerrno>
-#include <fcntl.h>
-#include <functional>
 #include <iostream>
-#include <optional>
 #include <sched.h>
 #include <string>
 #include <sys/mount.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
@@ -20,6 +20,7 @@
 
 #include "common/message.h"
 #include "settings/access_setting.h"
+#include "settings/column_profile.h"
 #include "settings/dialog_position.h"
 #include "settings/profile_io.h"
 #include "settings/settings_paths.h"
@@ -28,192 +29,47 @@
 namespace {
 
 using vh::test::ReadFile;
-using vh::test::TempDir;
 using vh::test::WriteFile;
+namespace fs = std::filesystem;
 
-bool WriteAll(const std::string& path, const std::string& text) {
-  const int fd = ::open(path.c_str(), O_WRONLY);
-  if (fd < 0)
-    return false;
-  const bool ok = ::write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
-  ::close(fd);
-  return ok;
+bool MountSmallDisk(const std::string& dir) {
+  static const bool isolated = ::geteuid() == 0 && ::unshare(CLONE_NEWNS) == 0 &&
+                               ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+  return isolated && ::mount("tmpfs", dir.c_str(), "tmpfs", 0, "size=65536,mode=0755") == 0;
 }
-
-// Root keeps root; anyone else maps themselves to root of a new user
-// namespace, which may then mount. False when the kernel forbids either.
-bool EnterPrivateMountNamespace() {
-  static const bool entered = [] {
-    const uid_t uid = ::geteuid();
-    const gid_t gid = ::getegid();
-    if (uid == 0) {
-      if (::unshare(CLONE_NEWNS) != 0)
-        return false;
-    } else {
-      if (::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0)
-        return false;
-      if (!WriteAll("/proc/self/setgroups", "deny") ||
-          !WriteAll("/proc/self/uid_map", "0 " + std::to_string(uid) + " 1") ||
-          !WriteAll("/proc/self/gid_map", "0 " + std::to_string(gid) + " 1"))
-        return false;
-    }
-    // Mounts made here must not reach the rest of the machine.
-    return ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
-  }();
-  return entered;
-}
-
-// A small tmpfs over `dir` for the lifetime of the object.
-class SmallDisk {
-public:
-  explicit SmallDisk(const std::string& dir) : dir_(dir) {
-    mounted_ = EnterPrivateMountNamespace() &&
-               ::mount("tmpfs", dir.c_str(), "tmpfs", 0, "size=65536,mode=0755") == 0;
-  }
-  ~SmallDisk() {
-    if (mounted_)
-      ::umount2(dir_.c_str(), MNT_DETACH);
-  }
-  SmallDisk(const SmallDisk&) = delete;
-  SmallDisk& operator=(const SmallDisk&) = delete;
-
-  bool mounted() const { return mounted_; }
-  bool SetReadOnly(bool readOnly) {
-    const unsigned long flags = MS_REMOUNT | (readOnly ? MS_RDONLY : 0);
-    return ::mount("tmpfs", dir_.c_str(), "tmpfs", flags, nullptr) == 0;
-  }
-
-private:
-  std::string dir_;
-  bool mounted_ = false;
-};
 
 // Writes half of what it is given once, then reports a full disk.
 ssize_t HalfThenFull(int fd, const void* data, size_t size) {
   static bool wrote = false;
-  if (!wrote && size > 1) {
-    wrote = true;
+  wrote = !wrote && size > 1;
+  if (wrote)
     return ::write(fd, data, size / 2);
-  }
-  wrote = false;
   errno = ENOSPC;
   return -1;
 }
 
-// What the two settings files look like to their users.
-struct SettingsFile {
-  const char* name;
-  std::string before;                   // the file on disk before the save
-  std::function<int()> save;            // 1 when the save reports success
-  std::function<std::string()> current; // the saved value as read back now
-  std::string oldValue;
-  std::string newValue;
-};
-
-SettingsFile UserSettings() {
-  return {"UserSetting.ini",
-          "[grid]\nCOLUMNPROFILE=0,0,80,1,-1,0\n",
-          [] {
-            std::string value = "2,0,95";
-            return vh::AccessColumnProfile(vh::kSettingWrite, "grid", value);
-          },
-          [] {
-            std::string value;
-            return vh::AccessColumnProfile(vh::kSettingLoad, "grid", value) ? value : "<none>";
-          },
-          "0,0,80,1,-1,0",
-          "2,0,95"};
+ssize_t OneByteAtATime(int fd, const void* data, size_t size) {
+  return ::write(fd, data, size > 0 ? 1 : 0);
 }
 
-SettingsFile DialogPositions() {
-  vh::sWindowPlacement placement;
-  placement.normalTop = 5;
-  placement.normalRight = 700;
-  return {"DialogPos.ini",
-          "[DIALOG_POSITION]\nView-Holding=10,20,300,400,-1,-1,-1,-1,1\n",
-          [placement] { return vh::WriteWindowPlacement("View-Holding", placement) ? 1 : 0; },
-          [] {
-            const auto p = vh::ReadWindowPlacement("View-Holding");
-            return p ? vh::FormatWindowPlacement(*p) : "<none>";
-          },
-          "10,20,300,400,-1,-1,-1,-1,1",
-          vh::FormatWindowPlacement(placement)};
+// Saves the new value of the column profile or of the window placement.
+bool Save(bool placement) {
+  if (placement)
+    return vh::WriteWindowPlacement("View-Holding", vh::sWindowPlacement{5, 0, 0, 700});
+  return vh::SaveColumnProfileEntries("grid", vh::ParseColumnProfile("2,0,95", 3), 3);
 }
 
-class SettingsDisk : public ::testing::Test {
-protected:
-  TempDir top_;
-  std::string dir_ = top_.file("settings");
-  void SetUp() override { ASSERT_TRUE(std::filesystem::create_directory(dir_)); }
-};
-
-// A full disk and a writer cut off half-way fail the same write; the
-// injected writer stands for both.
-TEST_F(SettingsDisk, FailedSavesLeaveThePreviousFileAndTheNextSaveWorks) {
-  const struct {
-    const char* name;
-    bool readOnly; // else the writer fails half-way
-    SettingsFile file;
-    bool missing = false;                   // no file before the save
-    std::vector<std::string> messages = {}; // shown by the failed save (and a load)
-  } cases[] = {
-      {"read-only, UserSetting.ini", true, UserSettings(), false, {"File Open Failed"}},
-      {"read-only, DialogPos.ini", true, DialogPositions()},
-      {"read-only, UserSetting.ini missing",
-       true,
-       UserSettings(),
-       true,
-       {"File Open Failed", "File Open Failed"}},
-      {"read-only, DialogPos.ini missing", true, DialogPositions(), true},
-      {"writer failing half-way, UserSetting.ini", false, UserSettings()},
-      {"writer failing half-way, DialogPos.ini", false, DialogPositions()},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    std::optional<SmallDisk> disk;
-    if (c.readOnly) {
-      disk.emplace(dir_);
-      if (!disk->mounted()) {
-        std::cout << "skipped (no private tmpfs here): " << c.name << "\n";
-        continue;
-      }
-    }
-    vh::ScopedSettingsPaths paths({dir_, dir_});
-    const std::string path = dir_ + "/" + c.file.name;
-    const std::string before = c.missing ? "" : c.file.before;
-    const std::string oldValue = c.missing ? "<none>" : c.file.oldValue;
-    if (!c.missing)
-      WriteFile(path, before);
-
-    // Turns the fault on or off; false when that did not work.
-    auto fault = [&](bool on) {
-      if (c.readOnly)
-        return disk->SetReadOnly(on);
-      profile::detail::SetWriteFunctionForTesting(on ? HalfThenFull : nullptr);
-      return true;
-    };
-    ASSERT_TRUE(fault(true));
-    {
-      vh::ScopedMessageRecorder recorder;
-      EXPECT_EQ(c.file.save(), 0);
-      EXPECT_EQ(c.file.current(), oldValue);
-      EXPECT_EQ(recorder.messages(), c.messages);
-      EXPECT_EQ(ReadFile(path), before) << "the previous file was touched";
-      EXPECT_EQ(std::filesystem::exists(path), !c.missing);
-      EXPECT_EQ(vh::test::CountOtherFiles(dir_, c.file.name), 0) << "temporary file left behind";
-    }
-    ASSERT_TRUE(fault(false));
-    EXPECT_EQ(c.file.save(), 1) << "no save once the fault is gone";
-    EXPECT_EQ(c.file.current(), c.file.newValue);
-    disk.reset();
-    std::filesystem::remove(path);
-  }
+// The value as its user reads it now, "<none>" when none.
+std::string Current(bool placement) {
+  std::string value = "<none>";
+  if (!placement)
+    return vh::AccessColumnProfile(vh::kSettingLoad, "grid", value) ? value : "<none>";
+  if (const auto p = vh::ReadWindowPlacement("View-Holding"))
+    value = vh::FormatWindowPlacement(*p);
+  return value;
 }
 
-// Files cut short, overwritten with noise, grown huge, or with lines longer
-// than any read buffer: reading gives what the code promises, and a save
-// afterwards adds its line without tearing anything else.
-TEST_F(SettingsDisk, DamagedFilesReadSafelyAndSurviveTheNextSave) {
+TEST(SettingsDisk, FaultsAndDamagedFilesLeaveEveryOtherLineWhole) {
   std::string noise;
   uint32_t state = 12345;
   for (int i = 0; i < 3000; ++i) {
@@ -224,58 +80,132 @@ TEST_F(SettingsDisk, DamagedFilesReadSafelyAndSurviveTheNextSave) {
   while (huge.size() < 4u << 20)
     huge += "[S" + std::to_string(huge.size()) + "]\nk=" + std::string(200, 'h') + "\n";
   const std::string longLine(5000, '7');
-  const std::string nul("[grid]\na=x\0y\nCOLUMNPROFILE=x\0y\n", 31);
-
-  const std::string position = "[DIALOG_POSITION]\nView-Holding=";
+  const std::string profile = "[grid]\nCOLUMNPROFILE=0,0,80,1,-1,0\n";
+  const std::string placed = "[DIALOG_POSITION]\nView-Holding=10,20,300,400,-1,-1,-1,-1,1\n";
+  enum Fault { None, ReadOnlyDisk, HalfWriter, ByteWriter, Directory, Fifo, ReadOnlyFile };
   const struct {
     const char* name;
-    bool user; // UserSetting.ini, else DialogPos.ini
-    std::string text;
-    std::string read; // the value read back, "<none>" when none
+    bool placement; // DialogPos.ini, else UserSetting.ini
+    Fault fault;
+    std::string text; // the file before; none when empty
+    std::string read; // the value read with the fault on
+    bool saves = false;
+    std::vector<std::string> messages = {};
   } cases[] = {
-      {"cut inside the value", true, "[grid]\nCOLUMNPROFILE=0,0,8", "0,0,8"},
-      {"cut inside the key", true, "[grid]\nCOLUMNPROF", "<none>"},
-      {"cut inside the header", true, "[x]\nk=1\n[gri", "<none>"},
-      {"cut between CR and LF", true, "[grid]\r\nCOLUMNPROFILE=1\r", "1"},
-      {"NULs inside values", true, nul, std::string("x\0y", 3)},
-      {"value after a long line", true, "[grid]\nk=" + longLine + "\nCOLUMNPROFILE=1\n", "1"},
-      {"noise then the value", true, noise + "\n[grid]\nCOLUMNPROFILE=1,1,1\n", "1,1,1"},
-      {"4 MB with the value last", true, huge + "[grid]\nCOLUMNPROFILE=0,0,80\n", "0,0,80"},
-      {"value over 4 KB is cut", true, "[grid]\nCOLUMNPROFILE=" + longLine + "\n",
-       longLine.substr(0, 4095)},
-      {"placement cut inside the value", false, position + "10,20,300,4", "<none>"},
-      {"placement padded past 4 KB", false, position + "1,2,3,4,5,6,7,8,1" + std::string(5000, ' '),
-       "1,2,3,4,5,6,7,8,1"},
+      {"read-only disk",
+       false,
+       ReadOnlyDisk,
+       profile,
+       "0,0,80,1,-1,0",
+       false,
+       {"File Open Failed", "Error while saving column profile"}},
+      {"read-only disk", true, ReadOnlyDisk, placed, "10,20,300,400,-1,-1,-1,-1,1"},
+      {"writer failing half-way",
+       false,
+       HalfWriter,
+       profile,
+       "0,0,80,1,-1,0",
+       false,
+       {"Error while saving column profile"}},
+      {"writer taking one byte at a time", true, ByteWriter, placed, "10,20,300,400,-1,-1,-1,-1,1",
+       true},
+      {"directory in its place",
+       false,
+       Directory,
+       "",
+       "<none>",
+       false,
+       {"File Open Failed", "File Open Failed", "Error while saving column profile"}},
+      {"fifo in its place", true, Fifo, "", "<none>"},
+      {"read-only file",
+       false,
+       ReadOnlyFile,
+       profile,
+       "0,0,80,1,-1,0",
+       false,
+       {"File Open Failed", "Error while saving column profile"}},
+      {"read-only file", true, ReadOnlyFile, placed, "10,20,300,400,-1,-1,-1,-1,1"},
+      {"cut between CR and LF", false, None, "[grid]\r\nCOLUMNPROFILE=1\r", "1", true},
+      {"NULs inside values", false, None, std::string("[grid]\na=x\0y\nCOLUMNPROFILE=x\0y\n", 31),
+       std::string("x\0y", 3), true},
+      {"noise then the value", false, None, noise + "\n[grid]\nCOLUMNPROFILE=1,1,1\n", "1,1,1",
+       true},
+      {"4 MB with the value last", false, None, huge + "[grid]\nCOLUMNPROFILE=0,0,80\n", "0,0,80",
+       true},
+      {"value over 4 KB is cut", false, None, "[grid]\nCOLUMNPROFILE=" + longLine + "\n",
+       longLine.substr(0, 4095), true},
+      {"placement padded past 4 KB", true, None,
+       "[DIALOG_POSITION]\nView-Holding=1,2,3,4,5,6,7,8,1" + std::string(5000, ' '),
+       "1,2,3,4,5,6,7,8,1", true},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
-    vh::ScopedSettingsPaths paths({dir_, dir_});
-    const SettingsFile file = c.user ? UserSettings() : DialogPositions();
-    const std::string path = dir_ + "/" + file.name;
-    WriteFile(path, c.text);
+    vh::test::TempDir dir;
+    const std::string path = dir.file(c.placement ? "DialogPos.ini" : "UserSetting.ini");
+    if (c.fault == ReadOnlyDisk && !MountSmallDisk(dir.path())) {
+      std::cout << "skipped (no private tmpfs here): " << c.name << "\n";
+      continue;
+    }
+    vh::ScopedSettingsPaths paths({dir.path().string(), dir.path().string()});
+    if (!c.text.empty())
+      WriteFile(path, c.text);
+    // Turns the fault on or off; false when that did not work.
+    auto fault = [&](bool on) {
+      switch (c.fault) {
+      case None:
+        return true;
+      case ReadOnlyDisk:
+        return ::mount("tmpfs", dir.path().c_str(), "tmpfs", MS_REMOUNT | (on ? MS_RDONLY : 0),
+                       nullptr) == 0;
+      case HalfWriter:
+      case ByteWriter:
+        profile::detail::SetWriteFunctionForTesting(!on                     ? nullptr
+                                                    : c.fault == HalfWriter ? HalfThenFull
+                                                                            : OneByteAtATime);
+        return true;
+      case Directory:
+        return on ? fs::create_directory(path) : fs::remove(path);
+      case Fifo:
+        return on ? ::mkfifo(path.c_str(), 0644) == 0 : fs::remove(path);
+      case ReadOnlyFile: // a replaced file keeps the mode it has
+        return ::chmod(path.c_str(), on ? 0444 : 0640) == 0;
+      }
+      return false;
+    };
+    ASSERT_TRUE(fault(true));
+    const fs::file_type type = fs::symlink_status(path).type();
     {
       vh::ScopedMessageRecorder recorder;
-      EXPECT_EQ(file.current(), c.read);
-      EXPECT_TRUE(recorder.messages().empty());
+      EXPECT_EQ(Current(c.placement), c.read);
+      EXPECT_EQ(Save(c.placement), c.saves);
+      EXPECT_EQ(recorder.messages(), c.messages);
     }
-    ASSERT_EQ(file.save(), 1);
-    EXPECT_EQ(file.current(), file.newValue);
-    // Whatever the save changed, it changed in one place: the old text is
+    EXPECT_EQ(fs::symlink_status(path).type(), type) << "the save replaced what it refused";
+    if (!c.saves && type == fs::file_type::regular) {
+      EXPECT_EQ(ReadFile(path), c.text) << "the previous file was touched";
+    }
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir.path()), {}),
+              type == fs::file_type::not_found ? 0 : 1)
+        << "temporary file left behind";
+    ASSERT_TRUE(fault(false));
+    struct stat st {};
+    const mode_t mode = ::stat(path.c_str(), &st) == 0 ? st.st_mode & 0777 : 0644;
+    EXPECT_TRUE(c.saves || Save(c.placement)) << "no save once the fault is gone";
+    EXPECT_EQ(Current(c.placement), c.placement ? "5,0,0,700,-1,-1,-1,-1,1" : "2,0,95");
+    ASSERT_EQ(::stat(path.c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, mode);
+    // Whatever the saves changed, they changed in one place: the old text is
     // a prefix and a suffix of the new one, with only the edit between.
     const std::string after = ReadFile(path);
-    size_t prefix = 0;
-    while (prefix < c.text.size() && prefix < after.size() && c.text[prefix] == after[prefix])
-      ++prefix;
-    size_t suffix = 0;
-    while (suffix < c.text.size() - prefix && suffix < after.size() - prefix &&
-           c.text[c.text.size() - 1 - suffix] == after[after.size() - 1 - suffix])
-      ++suffix;
-    const std::string removed = c.text.substr(prefix, c.text.size() - prefix - suffix);
-    const std::string added = after.substr(prefix, after.size() - prefix - suffix);
-    EXPECT_EQ(removed.find('\n'), std::string::npos) << "a line beside the edited one was lost";
-    EXPECT_LE(added.size(), removed.size() + file.newValue.size() + 64);
-    EXPECT_EQ(vh::test::CountOtherFiles(dir_, file.name), 0);
-    std::filesystem::remove(path);
+    const auto [oldFrom, newFrom] =
+        std::mismatch(c.text.begin(), c.text.end(), after.begin(), after.end());
+    const auto [oldTo, newTo] = std::mismatch(c.text.rbegin(), std::make_reverse_iterator(oldFrom),
+                                              after.rbegin(), std::make_reverse_iterator(newFrom));
+    EXPECT_EQ(std::find(oldFrom, oldTo.base(), '\n'), oldTo.base())
+        << "a line beside the edited one was lost";
+    EXPECT_LE(newTo.base() - newFrom, oldTo.base() - oldFrom + 64);
+    if (c.fault == ReadOnlyDisk)
+      ::umount2(dir.path().c_str(), MNT_DETACH);
   }
 }
 

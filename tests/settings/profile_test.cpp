@@ -1,0 +1,184 @@
+// Reading and writing single values of an INI file: the line rules over a
+// fixture in each of the three line breaks a file may use, how a caller's
+// buffer is filled, and where edits land.
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "settings/profile.h"
+#include "tests/settings/temp_dir.h"
+
+namespace {
+
+using namespace std::string_literals;
+using vh::test::Get;
+using vh::test::ReadFile;
+using vh::test::TempDir;
+using vh::test::WriteFile;
+
+std::string WithBreaks(const std::string& text, const std::string& lineBreak) {
+  std::string out;
+  for (char c : text)
+    c == '\n' ? out.append(lineBreak) : out.append(1, c);
+  return out;
+}
+
+int Put(const char* section, const char* key, const char* value, const std::string& file) {
+  return profile::WritePrivateProfileStringA(section, key, value, file.c_str());
+}
+
+class ProfileRead : public ::testing::TestWithParam<const char*> {
+protected:
+  void SetUp() override {
+    const std::string text = ReadFile(VH_SETTINGS_FIXTURES "/read_rules.ini");
+    ASSERT_FALSE(text.empty());
+    WriteFile(file_, WithBreaks(text, GetParam()));
+  }
+  TempDir dir_;
+  std::string file_ = dir_.file("read_rules.ini");
+};
+
+// A null key lists the keys of a section, a null section every section.
+TEST_P(ProfileRead, ValuesAndListsFillTheBufferByTheLineRules) {
+  const struct {
+    const char* name;
+    const char* section;
+    const char* key;
+    std::string bytes; // the buffer up to its final NUL
+    uint32_t size = 256;
+    const char* def = "<default>";
+    int count = -1; // the result, when not bytes.size()
+  } cases[] = {
+      {"names ignore case", "GENERAL", "plain", "value"},
+      {"caller spaces around names dropped", "  General ", " Plain  ", "value"},
+      {"caller tab is part of the name", "\tGeneral", "Plain", "<default>"},
+      {"blanks around key and value dropped", "General", "Spaced", "padded value"},
+      {"tabs around value dropped", "General", "Tabbed", "tab value"},
+      {"double quotes removed, inner blanks kept", "General", "DQuoted", " keep inner blanks "},
+      {"single quotes removed", "General", "SQuoted", "single"},
+      {"unmatched quotes kept", "General", "Mixed", "\"open'"},
+      {"only the outer pair goes", "General", "Inner", "a\"b"},
+      {"a lone quote stays", "General", "Lone", "\""},
+      {"empty value is found, not defaulted", "General", "Empty", ""},
+      {"line without = is no key", "General", "Bare line", "<default>"},
+      {"indented comment is no key", "General", "Indented", "<default>"},
+      {"semicolon later in a value is kept", "General", "Semi", "value ;not a comment"},
+      {"first duplicate key wins", "General", "Dup", "first"},
+      {"first duplicate section wins", "general", "Plain", "value"},
+      {"lines before the first section are in none", "", "orphan", "<default>"},
+      {"blanks inside brackets and text after them ignored", "Padded Section", "Key", "in padded"},
+      {"header without closing bracket", "NoClose", "Key", "in unclosed"},
+      {"last line without a break", "Last", "Final", "no line break"},
+      {"value fits exactly", "General", "Plain", "value", 6},
+      {"value cut to size-1", "General", "Plain", "valu", 5},
+      {"default cut too", "General", "none", "dfl", 4, "dflt"},
+      {"default's trailing spaces trimmed", "General", "none", "dflt", 9, "dflt  "},
+      {"default's leading spaces and tab kept", "General", "none", " d\t", 9, " d\t"},
+      {"null default is empty", "General", "none", "", 9, nullptr},
+      {"every section, duplicates included", nullptr, "k",
+       "General\0general\0Padded Section\0NoClose\0Last\0"s},
+      {"keys of the first section only, no bare line", "general", nullptr,
+       "Plain\0Spaced\0Tabbed\0DQuoted\0SQuoted\0Mixed\0Inner\0Twice\0Lone\0Empty\0Semi\0Hash#\0"
+       "Dup\0Dup\0"s},
+      {"list cut to size-2 and two NULs", nullptr, "k", "G\0"s, 3, "", 1},
+      {"list in one byte", nullptr, "k", "", 1, "", 0},
+      {"no keys: two NULs", "Nowhere", nullptr, "\0"s, 8, "", 0},
+  };
+  for (const auto& c : cases) {
+    std::vector<char> buf(c.size + 4, '#');
+    const uint32_t n = profile::GetPrivateProfileStringA(c.section, c.key, c.def, buf.data(),
+                                                         c.size, file_.c_str());
+    const std::string expected = c.bytes + '\0';
+    EXPECT_EQ(n, c.count < 0 ? c.bytes.size() : size_t(c.count)) << c.name;
+    EXPECT_EQ(std::string(buf.data(), expected.size()), expected) << c.name;
+    EXPECT_EQ(buf[c.size], '#') << c.name << ": wrote past the buffer";
+  }
+  char untouched = '#';
+  EXPECT_EQ(profile::GetPrivateProfileStringA("General", "Plain", "", &untouched, 0, file_.c_str()),
+            0u);
+  EXPECT_EQ(untouched, '#');
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    LineBreaks, ProfileRead, ::testing::Values("\n", "\r\n", "\r"), [](const auto& info) {
+      return std::string(info.index == 0 ? "Lf" : info.index == 1 ? "Crlf" : "Cr");
+    });
+
+// Edits over a file with comments, blank lines and a duplicate section,
+// compared byte for byte with the golden file.
+TEST(ProfileWrite, EditsLandWhereExpectedAndTheRestStays) {
+  TempDir dir;
+  const std::string file = dir.file("w.ini");
+  WriteFile(file, WithBreaks(ReadFile(VH_SETTINGS_FIXTURES "/write_base.ini"), "\r\n"));
+  EXPECT_EQ(Put("a", "ONE", "uno", file), 1);
+  EXPECT_EQ(Put("A", "two", "2", file), 1);
+  EXPECT_EQ(Put("B", "k", "v", file), 1);
+  EXPECT_EQ(Put("C", "x", " spaced ", file), 1);
+  EXPECT_EQ(Put("New", "k", "v", file), 1);
+  EXPECT_EQ(Put("A", "one", nullptr, file), 1);
+  EXPECT_EQ(Put("B", nullptr, nullptr, file), 1);
+  EXPECT_EQ(ReadFile(file),
+            WithBreaks(ReadFile(VH_SETTINGS_FIXTURES "/write_base.golden"), "\r\n"));
+  // The key deleted from the first [A] is not found in the second one.
+  EXPECT_EQ(Get("A", "one", file), "<default>");
+}
+
+// Every line written ends with CR LF, whatever the file's other lines use.
+// Refused writes leave "[S]\nk=1\n" as it was.
+TEST(ProfileWrite, SmallEdits) {
+  const std::string start = "[S]\nk=1\n";
+  const struct {
+    const char* name;
+    std::string before; // empty: no file
+    const char* section;
+    const char* key;
+    const char* value;
+    std::string after;
+    int result = 1;
+  } cases[] = {
+      {"new file", "", "S", "k", "v", "[S]\r\nk=v\r\n"},
+      {"new key after a last line without break", "[S]\nk=1", "S", "n", "2", "[S]\nk=1\r\nn=2\r\n"},
+      {"a final CR is a break already", "[S]\r\nk=1\r", "S", "n", "2", "[S]\r\nk=1\rn=2\r\n"},
+      {"CR-only file: key found and replaced", "[S]\rk=1\rm=2\r", "S", "k", "9",
+       "[S]\rk=9\r\nm=2\r"},
+      {"replaced last line gets a break", "[S]\nk=1", "S", "k", "9", "[S]\nk=9\r\n"},
+      {"new section after a last line without break", "[S]\r\nk=1", "T", "n", "2",
+       "[S]\r\nk=1\r\n[T]\r\nn=2\r\n"},
+      {"caller spaces dropped from names", "", "  S ", " k ", "v", "[S]\r\nk=v\r\n"},
+      {"line without = is no key: a new one follows it", "[S]\nflag\n", "S", "flag", "1",
+       "[S]\nflag\nflag=1\r\n"},
+      {"first duplicate key changed", "[S]\nk=1\nk=2\n", "S", "K", "3", "[S]\nk=3\r\nk=2\n"},
+      {"keyless section: after its comment, before its blank", "[S]\n;c\n\n[T]\n", "S", "k", "v",
+       "[S]\n;c\nk=v\r\n\n[T]\n"},
+      {"comment key written as a comment line", "[S]\r\na=1\r\n;c=old\r\n", "S", ";c", "v",
+       "[S]\r\na=1\r\n;c=v\r\n;c=old\r\n"},
+      {"comment key deletion changes nothing", "[S]\n;c=v\n", "S", ";c", nullptr, "[S]\n;c=v\n"},
+      {"key deletion in a missing file leaves it empty", "", "S", "k", nullptr, ""},
+      {"section deletion in a missing file leaves it empty", "", "S", nullptr, nullptr, ""},
+      {"break in value", start, "S", "k", "a\nb", start, 0},
+      {"carriage return in key", start, "S", "k\rj", "v", start, 0},
+      {"break in section", start, "S\n", "k", "v", start, 0},
+      {"no section", start, nullptr, "k", "v", start, 0},
+      {"bracket in section", start, "S]x", "k", "v", start, 0},
+      {"tab around section", start, "S\t", "k", "v", start, 0},
+      {"equals in key", start, "S", "k=j", "v", start, 0},
+      {"key that reads as a header", start, "S", "[k", "v", start, 0},
+      {"tab around key", start, "S", "\tk", "v", start, 0},
+  };
+  for (const auto& c : cases) {
+    TempDir dir;
+    const std::string file = dir.file("s.ini");
+    if (!c.before.empty())
+      WriteFile(file, c.before);
+    EXPECT_EQ(Put(c.section, c.key, c.value, file), c.result) << c.name;
+    EXPECT_EQ(ReadFile(file), c.after) << c.name;
+    EXPECT_TRUE(std::filesystem::exists(file)) << c.name;
+    if (c.key && c.key[0] == ';') {
+      EXPECT_EQ(Get(c.section, c.key, file), "<default>") << c.name << ": a comment was read";
+    }
+  }
+  EXPECT_EQ(profile::WritePrivateProfileStringA("S", "k", "v", nullptr), 0);
+}
+
+} // namespace
