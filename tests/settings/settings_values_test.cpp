@@ -5,6 +5,7 @@
 // reads as.
 #include <climits>
 #include <string>
+#include <sys/stat.h>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -113,10 +114,9 @@ struct SettingsFiles : ::testing::Test {
 // Column profiles are read from the grid settings directory, every other
 // setting value from the command-line one.
 TEST_F(SettingsFiles, AccessOutcomes) {
-  WriteFile(cmd.file("U.ini"),
-            "[S]\nempty=\nliteral=Key not found\nlong=" + std::string(5000, 'x') + "\n");
-  WriteFile(grid.file("UserSetting.ini"), "[p]\nCOLUMNPROFILE=0,0,80\n");
-  ASSERT_TRUE(std::filesystem::create_directory(cmd.file("Dir.ini")));
+  WriteFile(cmd.file("U.ini"), "[S]\nempty=\nlong=" + std::string(5000, 'x') + "\n");
+  WriteFile(grid.file("UserSetting.ini"),
+            "[p]\nCOLUMNPROFILE=0,0,80\n[long]\nCOLUMNPROFILE=" + std::string(5000, 'x') + "\n");
   const struct {
     const char* name;
     bool profile; // a column profile, else a value of U.ini
@@ -126,15 +126,15 @@ TEST_F(SettingsFiles, AccessOutcomes) {
     std::string value; // value after the call, which starts as "before"
   } cases[] = {
       {"missing key empties the value", false, vh::kSettingRead, "none", 0, ""},
-      {"stored default text counts as missing", false, vh::kSettingRead, "literal", 0, ""},
       {"empty value leaves it untouched", false, vh::kSettingRead, "empty", 0, "before"},
       {"long value cut to 4,094 characters", false, vh::kSettingRead, "long", 1,
        std::string(4094, 'x')},
       {"load mode is not for setting values", false, vh::kSettingLoad, "long", 0, "before"},
-      {"profile names in any case", true, vh::kSettingLoad, "P", 1, "0,0,80"},
       {"missing profile reads its default text", true, vh::kSettingLoad, "q", 0,
        "Settings not found"},
       {"read mode is not for profiles", true, vh::kSettingRead, "p", 0, "before"},
+      {"long profile cut to 4,095 characters", true, vh::kSettingLoad, "long", 1,
+       std::string(4095, 'x')},
   };
   for (const auto& c : cases) {
     std::string value = "before";
@@ -144,12 +144,22 @@ TEST_F(SettingsFiles, AccessOutcomes) {
         << c.name;
     EXPECT_EQ(value, c.value) << c.name;
   }
+  // Files that cannot be opened as the routine needs them. A read-only file
+  // counts as such even for root, who could open it.
+  WriteFile(cmd.file("Locked.ini"), "[S]\nk=1\n");
+  ASSERT_EQ(::chmod(cmd.file("Locked.ini").c_str(), 0444), 0);
   std::string value = "v";
   EXPECT_EQ(vh::AccessSettingValue(vh::kSettingRead, "S", "k", value, "Missing.ini"), 0);
-  EXPECT_EQ(vh::AccessSettingValue(vh::kSettingWrite, "S", "k", value, "Dir.ini"), 0);
+  EXPECT_EQ(vh::AccessSettingValue(vh::kSettingWrite, "S", "k", value, "Locked.ini"), 0);
   EXPECT_FALSE(std::filesystem::exists(cmd.file("Missing.ini")));
-  EXPECT_EQ(recorder.statuses(), (Texts{"Did not detect Missing.ini", "Did not detect Dir.ini"}));
-  EXPECT_TRUE(recorder.messages().empty());
+  EXPECT_EQ(recorder.statuses(),
+            (Texts{"Did not detect Missing.ini", "Did not detect Locked.ini"}));
+  ASSERT_TRUE(std::filesystem::create_directories(cmd.file("dir/UserSetting.ini")));
+  vh::ScopedSettingsPaths unusable({cmd.file("dir"), ""});
+  EXPECT_EQ(vh::AccessColumnProfile(vh::kSettingLoad, "p", value), 0);
+  EXPECT_FALSE(vh::SaveColumnProfileEntries("p", {}, 3));
+  EXPECT_EQ(recorder.messages(),
+            (Texts{"File Open Failed", "File Open Failed", "Error while saving column profile"}));
   // A host started without a directory in its path looks at the root.
   EXPECT_EQ(vh::DirectoryOfPath("/opt/tarn/tarntrader"), "/opt/tarn");
   EXPECT_EQ(vh::DirectoryOfPath("tarntrader"), "");
