@@ -64,35 +64,28 @@ TEST(SettingsValues, ReadAndWrittenBack) {
     const char* value;
     const char* reformatted;
   } cases[] = {
-      {"no keywords", Appearance, "0,FF00,Arial,10,-1", "0,FF00,Arial,10"},
       {"keyword without colour drops all", Appearance, "0,FF00,Arial,10,2,buy,FF,sell",
        "0,FF00,Arial,10,2,"},
       {"keywords lower-cased", Appearance, "0,FF00,MS Shell Dlg 2,8,3,BUY,ff,sell,FF0000,",
        "0,FF00,MS Shell Dlg 2,8,3,buy,FF,sell,FF0000, buy sell on"},
       {"keyword column alone", Appearance, "FFFFFF,0,F,9,4,", "FFFFFF,0,F,9,4,"},
       {"short value keeps the defaults", Appearance, "C0C0C0", "C0C0C0,FF00,MS Shell Dlg 2,8"},
-      {"junk is 0, colours cut to 32 bits", Appearance, "zz,1FFFFFFFF,F,9,-1", "0,FFFFFFFF,F,9"},
       {"comma in a face name breaks it", Appearance, "0,0,Arial, Bold,9,-1", "0,0,Arial, Bold,9,"},
       {"built-in columns", Columns, "0,0,80,1,-1,0,2,1,95", "0,0,80,1,-1,0,2,1,95"},
       {"custom then built-in", Columns, "3,0,60,Net#\"1\"*2#Qty*2,0,1,70",
        "3,0,60,Net#\"1\"*2#Qty*2,0,1,70"},
       {"cut definition drops the column", Columns, "0,0,80,3,1,120,Net#\"1\"*", "0,0,80"},
       {"cut triple stops quietly", Columns, "0,0,80,1,-1", "0,0,80"},
-      {"empty and junk fields read as 0", Columns, "0,,,x,y,z", "0,0,0,0,0,0"},
       {"rule's key replaces its fifth field", Alert, "Net|less than or equal to|100|5|Other",
        "Net|less than or equal to|100|5|Key"},
       {"short rule leaves fields empty", Alert, "Net|x", "Net|x|||Key"},
       {"deleted rule", Alert, " ", "no rule"},
-      {"nine fields", Placement, "10,20,300,400,-1,-1,-32000,-32000,3",
-       "10,20,300,400,-1,-1,-32000,-32000,3"},
       {"eight fields restore", Placement, "10,20,300,400,1,2,3,4", "10,20,300,400,1,2,3,4,1"},
       {"seven do not", Placement, "10,20,300,400,1,2,3", "too few"},
       {"extra fields ignored", Placement, "1,2,3,4,5,6,7,8,9,10,11", "1,2,3,4,5,6,7,8,9"},
       {"empty pieces skipped", Placement, "1,,2,3,4,5,6,7,8,", "1,2,3,4,5,6,7,8,1"},
       {"blank after a comma", Placement, "10, 20,300,400,-1,-1,-1,-1,1", "malformed"},
       {"minus inside a field", Placement, "10,2-0,300,400,-1,-1,-1,-1,1", "malformed"},
-      {"bad field before too few", Placement, "x", "malformed"},
-      {"lone minus reads as 0", Placement, "-,0,0,0,0,0,0,0,0", "0,0,0,0,0,0,0,0,0"},
       {"numbers clamped to int", Placement, "99999999999,-99999999999,0,0,0,0,0,0,0",
        "2147483647,-2147483648,0,0,0,0,0,0,0"},
   };
@@ -117,45 +110,44 @@ TEST_F(SettingsFiles, AccessOutcomes) {
   WriteFile(cmd.file("U.ini"), "[S]\nempty=\nlong=" + std::string(5000, 'x') + "\n");
   WriteFile(grid.file("UserSetting.ini"),
             "[p]\nCOLUMNPROFILE=0,0,80\n[long]\nCOLUMNPROFILE=" + std::string(5000, 'x') + "\n");
+  // A read-only file cannot be opened as the routines need it, even by root.
+  WriteFile(cmd.file("Locked.ini"), "[S]\nk=1\n");
+  ASSERT_EQ(::chmod(cmd.file("Locked.ini").c_str(), 0444), 0);
   const struct {
     const char* name;
-    bool profile; // a column profile, else a value of U.ini
+    const char* file; // nullptr: the column profile, else a setting value of this file
     int mode;
     const char* key;
     int result;
     std::string value; // value after the call, which starts as "before"
   } cases[] = {
-      {"missing key empties the value", false, vh::kSettingRead, "none", 0, ""},
-      {"empty value leaves it untouched", false, vh::kSettingRead, "empty", 0, "before"},
-      {"long value cut to 4,094 characters", false, vh::kSettingRead, "long", 1,
+      {"missing key empties the value", "U.ini", vh::kSettingRead, "none", 0, ""},
+      {"empty value leaves it untouched", "U.ini", vh::kSettingRead, "empty", 0, "before"},
+      {"long value cut to 4,094 characters", "U.ini", vh::kSettingRead, "long", 1,
        std::string(4094, 'x')},
-      {"load mode is not for setting values", false, vh::kSettingLoad, "long", 0, "before"},
-      {"missing profile reads its default text", true, vh::kSettingLoad, "q", 0,
+      {"load mode is not for setting values", "U.ini", vh::kSettingLoad, "long", 0, "before"},
+      {"missing file", "Missing.ini", vh::kSettingRead, "k", 0, "before"},
+      {"read-only file", "Locked.ini", vh::kSettingWrite, "k", 0, "before"},
+      {"missing profile reads its default text", nullptr, vh::kSettingLoad, "q", 0,
        "Settings not found"},
-      {"read mode is not for profiles", true, vh::kSettingRead, "p", 0, "before"},
-      {"long profile cut to 4,095 characters", true, vh::kSettingLoad, "long", 1,
+      {"read mode is not for profiles", nullptr, vh::kSettingRead, "p", 0, "before"},
+      {"long profile cut to 4,095 characters", nullptr, vh::kSettingLoad, "long", 1,
        std::string(4095, 'x')},
   };
   for (const auto& c : cases) {
     std::string value = "before";
-    EXPECT_EQ(c.profile ? vh::AccessColumnProfile(c.mode, c.key, value)
-                        : vh::AccessSettingValue(c.mode, "S", c.key, value, "U.ini"),
+    EXPECT_EQ(c.file ? vh::AccessSettingValue(c.mode, "S", c.key, value, c.file)
+                     : vh::AccessColumnProfile(c.mode, c.key, value),
               c.result)
         << c.name;
     EXPECT_EQ(value, c.value) << c.name;
   }
-  // Files that cannot be opened as the routine needs them. A read-only file
-  // counts as such even for root, who could open it.
-  WriteFile(cmd.file("Locked.ini"), "[S]\nk=1\n");
-  ASSERT_EQ(::chmod(cmd.file("Locked.ini").c_str(), 0444), 0);
-  std::string value = "v";
-  EXPECT_EQ(vh::AccessSettingValue(vh::kSettingRead, "S", "k", value, "Missing.ini"), 0);
-  EXPECT_EQ(vh::AccessSettingValue(vh::kSettingWrite, "S", "k", value, "Locked.ini"), 0);
   EXPECT_FALSE(std::filesystem::exists(cmd.file("Missing.ini")));
   EXPECT_EQ(recorder.statuses(),
             (Texts{"Did not detect Missing.ini", "Did not detect Locked.ini"}));
   ASSERT_TRUE(std::filesystem::create_directories(cmd.file("dir/UserSetting.ini")));
   vh::ScopedSettingsPaths unusable({cmd.file("dir"), ""});
+  std::string value;
   EXPECT_EQ(vh::AccessColumnProfile(vh::kSettingLoad, "p", value), 0);
   EXPECT_FALSE(vh::SaveColumnProfileEntries("p", {}, 3));
   EXPECT_EQ(recorder.messages(),
@@ -168,10 +160,9 @@ TEST_F(SettingsFiles, AccessOutcomes) {
 }
 
 TEST_F(SettingsFiles, ListAppearanceLoadsPerGridWithDefaultsForTheRest) {
-  vh::sListAppearance a = vh::ParseListAppearance("1,2,X,3");
+  vh::sListAppearance a;
   EXPECT_FALSE(vh::LoadListAppearance("g", 1, a));
   EXPECT_FALSE(std::filesystem::exists(grid.file("UserSetting.ini"))) << "a read made the file";
-  EXPECT_EQ(vh::FormatListAppearance(a), vh::FormatListAppearance(vh::DefaultListAppearance()));
   // A value cut by the read buffer loses the keyword whose colour lies past
   // the 999th character, and with it every keyword.
   std::string cut = "0,0,F,8,1,";
