@@ -25,7 +25,7 @@ using vh::test::ReadFile;
 using vh::test::WriteFile;
 using Texts = std::vector<std::string>;
 
-enum class Grammar { Appearance, Columns, Alert, Placement };
+enum class Grammar { Appearance, Columns, Placement };
 
 // `value` parsed and formatted again. An appearance adds its keywords as
 // parsed (the formatter lower-cases them once more) and " on" when they
@@ -41,10 +41,6 @@ std::string Reformat(Grammar grammar, const std::string& value) {
   }
   case Grammar::Columns:
     return vh::FormatColumnProfile(vh::ParseColumnProfile(value, 3), 3);
-  case Grammar::Alert: {
-    const auto rule = vh::ParseAlertRule("Key", value);
-    return rule ? vh::FormatAlertRule(*rule) : "no rule";
-  }
   case Grammar::Placement: {
     vh::sWindowPlacement p;
     const vh::PlacementParse result = vh::ParseWindowPlacement(value, p);
@@ -76,10 +72,6 @@ TEST(SettingsValues, ReadAndWrittenBack) {
        "3,0,60,Net#\"1\"*2#Qty*2,0,1,70"},
       {"cut definition drops the column", Columns, "0,0,80,3,1,120,Net#\"1\"*", "0,0,80"},
       {"cut triple stops quietly", Columns, "0,0,80,1,-1", "0,0,80"},
-      {"rule's key replaces its fifth field", Alert, "Net|less than or equal to|100|5|Other",
-       "Net|less than or equal to|100|5|Key"},
-      {"short rule leaves fields empty", Alert, "Net|x", "Net|x|||Key"},
-      {"deleted rule", Alert, " ", "no rule"},
       {"eight fields restore", Placement, "10,20,300,400,1,2,3,4", "10,20,300,400,1,2,3,4,1"},
       {"seven do not", Placement, "10,20,300,400,1,2,3", "too few"},
       {"extra fields ignored", Placement, "1,2,3,4,5,6,7,8,9,10,11", "1,2,3,4,5,6,7,8,9"},
@@ -182,6 +174,12 @@ TEST_F(SettingsFiles, AlertRulesAndTitle) {
   EXPECT_EQ(
       ReadFile(cmd.file("UserSetting.ini")),
       "[CUSTOMIZE_WINDOW]\r\nNet Value=Net Value|greater than or equal to|2.5|7|Net Value\r\n");
+  // Read back in the order written, the key taken from the reader; a short
+  // value leaves the rest empty, a blank one is no rule.
+  EXPECT_EQ(vh::FormatAlertRule(vh::ReadAlertRule("net value").value()),
+            "Net Value|greater than or equal to|2.5|7|net value");
+  EXPECT_EQ(vh::FormatAlertRule(vh::ParseAlertRule("K", "Net|x").value()), "Net|x|||K");
+  EXPECT_FALSE(vh::ParseAlertRule("K", " "));
   ASSERT_TRUE(vh::DeleteAlertRule("Net Value"));
   EXPECT_EQ(ReadFile(cmd.file("UserSetting.ini")), "[CUSTOMIZE_WINDOW]\r\nNet Value= \r\n");
   EXPECT_FALSE(vh::ReadAlertRule("Net Value"));
