@@ -24,11 +24,8 @@ TEST(DialogPositionWindow, SavedPlacementRestoresOtherWindows) {
   // Top before left, bottom before right, both edges exclusive.
   const QRect g = first.geometry();
   EXPECT_EQ(vh::test::ReadFile(file),
-            QString("[DIALOG_POSITION]\r\nW=%1,%2,%3,%4,-1,-1,-1,-1,1\r\n")
-                .arg(g.top())
-                .arg(g.left())
-                .arg(g.top() + 200)
-                .arg(g.left() + 300)
+            QString::asprintf("[DIALOG_POSITION]\r\nW=%d,%d,%d,%d,-1,-1,-1,-1,1\r\n", g.top(),
+                              g.left(), g.top() + 200, g.left() + 300)
                 .toStdString());
   QDialog resizable;
   QDialog fixed;
