@@ -48,7 +48,6 @@ TEST(ProfileRead, ValuesAndListsFillTheBufferByTheLineRules) {
     const char* def = "<default>";
     int count = -1; // the result, when not bytes.size()
   } cases[] = {
-      {"names ignore case", "GENERAL", "plain", "value"},
       {"caller spaces around names dropped", "  General ", " Plain  ", "value"},
       {"blanks around key and value dropped", "General", "Spaced", "padded value"},
       {"tabs around value dropped", "General", "Tabbed", "tab value"},
@@ -57,10 +56,9 @@ TEST(ProfileRead, ValuesAndListsFillTheBufferByTheLineRules) {
       {"unmatched quotes kept", "General", "Mixed", "\"open'"},
       {"a lone quote stays", "General", "Lone", "\""},
       {"line without = is no key", "General", "Bare line", "<default>"},
-      {"indented comment is no key", "General", "Indented", "<default>"},
-      {"comment is no key", "General", ";Hidden", "<default>"},
+      {"comment, indented or not, is no key", "General", ";Indented", "<default>"},
       {"first duplicate key wins", "General", "Dup", "first"},
-      {"first duplicate section wins", "general", "Plain", "value"},
+      {"names ignore case, first duplicate section wins", "general", "PLAIN", "value"},
       {"lines before the first section are in none", "", "orphan", "<default>"},
       {"blanks inside brackets and text after them ignored", "Padded Section", "Key", "in padded"},
       {"header without closing bracket", "NoClose", "Key", "in unclosed"},
