@@ -1,5 +1,6 @@
-// A fresh directory per test, removed afterwards (the back-end tests use it
-// too), and whole-file and profile helpers shared by the settings tests.
+// A fresh directory per test, removed afterwards, whole-file helpers, and a
+// profile read for tests that check a value rather than the file's bytes;
+// the grid, dialog and back-end tests use them too.
 #pragma once
 
 #include <filesystem>
