@@ -29,7 +29,8 @@ TEST(DialogPositionWindow, SavedPlacementRestoresOtherWindows) {
                 .toStdString());
   QDialog resizable;
   QDialog fixed;
-  fixed.setFixedSize(70, 80);
+  fixed.setWindowFlag(Qt::MSWindowsFixedSizeDialogHint); // no sizing border
+  fixed.resize(70, 80);
   vh::RestoreDialogPosition(&resizable, "W");
   vh::RestoreDialogPosition(&fixed, "W");
   vh::RestoreDialogPosition(nullptr, "W");
