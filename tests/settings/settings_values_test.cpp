@@ -66,7 +66,7 @@ TEST(SettingsValues, ReadAndWrittenBack) {
        "0,FF00,MS Shell Dlg 2,8,3,buy,FF,sell,FF0000, buy sell on"},
       {"keyword column alone", Appearance, "FFFFFF,0,F,9,4,", "FFFFFF,0,F,9,4,"},
       {"short value keeps the defaults", Appearance, "C0C0C0", "C0C0C0,FF00,MS Shell Dlg 2,8"},
-      {"comma in a face name breaks it", Appearance, "0,0,Arial, Bold,9,-1", "0,0,Arial, Bold,9,"},
+      {"comma in a face name breaks it", Appearance, "0,0,Arial, Bold,9", "0,0,Arial, Bold,9,"},
       {"built-in columns", Columns, "0,0,80,1,-1,0,2,1,95", "0,0,80,1,-1,0,2,1,95"},
       {"custom then built-in", Columns, "3,0,60,Net#\"1\"*2#Qty*2,0,1,70",
        "3,0,60,Net#\"1\"*2#Qty*2,0,1,70"},
@@ -78,6 +78,7 @@ TEST(SettingsValues, ReadAndWrittenBack) {
       {"empty pieces skipped", Placement, "1,,2,3,4,5,6,7,8,", "1,2,3,4,5,6,7,8,1"},
       {"blank after a comma", Placement, "10, 20,300,400,-1,-1,-1,-1,1", "malformed"},
       {"minus inside a field", Placement, "10,2-0,300,400,-1,-1,-1,-1,1", "malformed"},
+      {"bad field before too few", Placement, "x", "malformed"},
       {"numbers clamped to int", Placement, "99999999999,-99999999999,0,0,0,0,0,0,0",
        "2147483647,-2147483648,0,0,0,0,0,0,0"},
   };
