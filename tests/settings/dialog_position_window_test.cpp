@@ -4,86 +4,45 @@
 
 #include <gtest/gtest.h>
 
-#include "common/message.h"
-#include "settings/dialog_position.h"
 #include "settings/dialog_position_window.h"
 #include "settings/settings_paths.h"
 #include "tests/settings/temp_dir.h"
 
 namespace {
 
-class DialogPositionWindow : public ::testing::Test {
-protected:
-  void Store(const std::string& name, const std::string& value) {
-    vh::test::WriteFile(cmd_.file("DialogPos.ini"),
-                        "[DIALOG_POSITION]\n" + name + "=" + value + "\n");
-  }
-  vh::test::TempDir cmd_;
-  vh::ScopedSettingsPaths paths_{{"", cmd_.path().string()}};
-  vh::ScopedMessageRecorder recorder_;
-};
-
-TEST_F(DialogPositionWindow, SavedPlacementRestoresAnotherWindow) {
+TEST(DialogPositionWindow, SavedPlacementRestoresOtherWindows) {
+  vh::test::TempDir cmd;
+  vh::ScopedSettingsPaths paths({"", cmd.path().string()});
+  const std::string file = cmd.file("DialogPos.ini");
   QDialog first;
   first.setGeometry(40, 50, 300, 200);
   first.show();
-  vh::SaveDialogPosition(&first, "View-Holding");
+  vh::SaveDialogPosition(&first, "");
+  vh::SaveDialogPosition(nullptr, "W");
+  EXPECT_FALSE(std::filesystem::exists(file)) << "saved without a name or a window";
+  vh::SaveDialogPosition(&first, "W");
+  // Top before left, bottom before right, both edges exclusive.
   const QRect g = first.geometry();
-  EXPECT_EQ(vh::test::ReadFile(cmd_.file("DialogPos.ini")),
-            QString("[DIALOG_POSITION]\r\nView-Holding=%1,%2,%3,%4,-1,-1,-1,-1,1\r\n")
-                .arg(g.top())
-                .arg(g.left())
-                .arg(g.top() + 200)
-                .arg(g.left() + 300)
+  EXPECT_EQ(vh::test::ReadFile(file),
+            QString::asprintf("[DIALOG_POSITION]\r\nW=%d,%d,%d,%d,-1,-1,-1,-1,1\r\n", g.top(),
+                              g.left(), g.top() + 200, g.left() + 300)
                 .toStdString());
-  QDialog second;
-  second.setGeometry(0, 0, 100, 100);
-  vh::RestoreDialogPosition(&second, "View-Holding");
-  EXPECT_EQ(second.geometry(), first.geometry());
-}
-
-TEST_F(DialogPositionWindow, FixedSizeWindowsOnlyMove) {
-  Store("Fixed", "50,40,250,340,-1,-1,-1,-1,1");
-  QDialog fixed;
-  fixed.setFixedSize(120, 80);
-  vh::RestoreDialogPosition(&fixed, "Fixed");
-  EXPECT_EQ(fixed.geometry(), QRect(40, 50, 120, 80));
-
   QDialog resizable;
-  resizable.resize(120, 80);
-  vh::RestoreDialogPosition(&resizable, "Fixed");
-  EXPECT_EQ(resizable.geometry(), QRect(40, 50, 300, 200));
-}
-
-// Every value the reader refuses takes one path here: seven fields stand for all.
-TEST_F(DialogPositionWindow, UnusableValuesKeepTheWindowWhereItIs) {
-  Store("W", "50,40,250,340,1,1,1");
-  QDialog w;
-  w.setGeometry(5, 6, 70, 80);
-  vh::RestoreDialogPosition(&w, "W");
-  vh::RestoreDialogPosition(&w, "");
+  QDialog fixed;
+  fixed.setWindowFlag(Qt::MSWindowsFixedSizeDialogHint); // no sizing border
+  fixed.resize(70, 80);
+  vh::RestoreDialogPosition(&resizable, "W");
+  vh::RestoreDialogPosition(&fixed, "W");
   vh::RestoreDialogPosition(nullptr, "W");
-  EXPECT_EQ(w.geometry(), QRect(5, 6, 70, 80));
-}
-
-TEST_F(DialogPositionWindow, ExtremeRectanglesDoNotBreakTheWindow) {
-  Store("Huge", "-2147483648,-2147483648,2147483647,2147483647,0,0,0,0,1");
-  QDialog w;
-  vh::RestoreDialogPosition(&w, "Huge"); // the extent is taken wide, then capped
-  EXPECT_EQ(w.size(), QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX));
-  Store("Inverted", "100,100,0,0,0,0,0,0,1");
-  vh::RestoreDialogPosition(&w, "Inverted");
-  EXPECT_EQ(w.pos(), QPoint(100, 100));
-}
-
-TEST_F(DialogPositionWindow, WindowsNeverShownAreNotSaved) {
-  QDialog never;
-  vh::SaveDialogPosition(&never, "Never");
-  vh::SaveDialogPosition(nullptr, "Null");
-  QDialog shown;
-  shown.show();
-  vh::SaveDialogPosition(&shown, "");
-  EXPECT_FALSE(std::filesystem::exists(cmd_.file("DialogPos.ini")));
+  EXPECT_EQ(resizable.geometry(), g);
+  EXPECT_EQ(fixed.geometry(), QRect(g.topLeft(), QSize(70, 80)));
+  // A file may hold any numbers: the extent is taken wide, then capped.
+  vh::test::WriteFile(file, "[DIALOG_POSITION]\nHuge=-2147483648,-2147483648,2147483647,2147483647,"
+                            "0,0,0,0,1\nInverted=100,100,0,0,0,0,0,0,1\n");
+  vh::RestoreDialogPosition(&resizable, "Huge");
+  EXPECT_EQ(resizable.size(), QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX));
+  vh::RestoreDialogPosition(&resizable, "Inverted");
+  EXPECT_EQ(resizable.geometry(), QRect(100, 100, 0, 0));
 }
 
 } // namespace

@@ -1,5 +1,6 @@
-// A fresh directory per test, removed afterwards (the back-end tests use it
-// too), and whole-file and profile helpers shared by the settings tests.
+// A fresh directory per test, removed afterwards, whole-file helpers, and a
+// profile read for tests that check a value rather than the file's bytes;
+// the grid, dialog and back-end tests use them too.
 #pragma once
 
 #include <filesystem>
@@ -23,8 +24,6 @@ public:
   }
   ~TempDir() {
     std::error_code ec;
-    std::filesystem::permissions(path_, std::filesystem::perms::owner_all,
-                                 std::filesystem::perm_options::add, ec);
     std::filesystem::remove_all(path_, ec);
   }
   TempDir(const TempDir&) = delete;
@@ -45,27 +44,6 @@ inline void WriteFile(const std::string& path, const std::string& content) {
 inline std::string ReadFile(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-// Files beside `dir` other than `keep`: temporaries a write left behind.
-inline int CountOtherFiles(const std::filesystem::path& dir, const std::string& keep) {
-  int n = 0;
-  for (const auto& e : std::filesystem::directory_iterator(dir))
-    n += e.path().filename() != keep;
-  return n;
-}
-
-// `text` with every "\n" turned into `lineBreak`.
-inline std::string WithBreaks(const std::string& text, const std::string& lineBreak) {
-  std::string out;
-  for (char c : text)
-    c == '\n' ? out.append(lineBreak) : out.append(1, c);
-  return out;
-}
-
-// Writes `value` (null: deletes) under `key` (null: the whole section); 1 on success.
-inline int Put(const char* section, const char* key, const char* value, const std::string& file) {
-  return profile::WritePrivateProfileStringA(section, key, value, file.c_str());
 }
 
 // The value of `key` in `section` of `file`, "<default>" when absent, read
