@@ -4,6 +4,7 @@
 // database's rows and comes back after a restart; a mark from the row
 // menu's command that the next answer shows; the lien report of the
 // store's rows.
+#include <QApplication>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QTabBar>
@@ -24,6 +25,7 @@
 #include "holdings/view/view_hold_ids.h"
 #include "plugin/tarn_host_api.h"
 #include "tests/holdings/view/view_fixture.h"
+#include "tests/widgets/screenshot.h"
 
 namespace vh::test {
 namespace {
@@ -174,7 +176,16 @@ TEST_F(FeaturesE2E, AMarkFromTheRowMenuShowsInTheNextAnswer) {
   ASSERT_TRUE(dialog && dialog->isVisible());
   EXPECT_EQ(dialog->windowTitle(), "FO Marking");
   auto* quantity = qobject_cast<QLineEdit*>(GetDlgItem(dialog, kEditMarkQuantity));
+  if (qEnvironmentVariableIsSet("VH_SCREENSHOTS")) {
+    EXPECT_TRUE(SaveScreenshot(*dialog, "mark_unmark"));
+  }
+  // A refusal keeps the dialog open, the focus on the quantity.
   quantity->clear();
+  QApplication::setActiveWindow(dialog);
+  ASSERT_TRUE(Click(dialog, kButtonMarkSubmit));
+  EXPECT_EQ(messages, std::vector<std::string>{kQuantityZeroMessage});
+  EXPECT_TRUE(dialog->isVisible() && QApplication::focusWidget() == quantity);
+  messages.clear();
   QTest::keyClicks(quantity, "+1");
   ASSERT_TRUE(Click(dialog, kButtonMarkSubmit));
   EXPECT_FALSE(dialog->isVisible());
@@ -186,6 +197,10 @@ TEST_F(FeaturesE2E, AMarkFromTheRowMenuShowsInTheNextAnswer) {
   for (int r = 0; r < grid->Engine().DisplayedCount(); ++r)
     shown = shown || cells(r) == expected;
   EXPECT_TRUE(shown);
+  // Without a selected row the command opens nothing.
+  grid->clearSelection();
+  view->OnMarkCommand(kCmdUnmarkCur);
+  EXPECT_FALSE(dialog->isVisible());
 }
 
 // The view's report buttons, each opening one dialog; the lien report
@@ -241,6 +256,9 @@ TEST_F(FeaturesE2E, TheReportButtonsAndTheLienReport) {
   lien->resize(lien->size() + QSize(120, 60));
   EXPECT_EQ(list->geometry(), list0.adjusted(0, 0, 120, 60));
   EXPECT_EQ(cancel->geometry(), cancel0.translated(120, 0));
+  if (qEnvironmentVariableIsSet("VH_SCREENSHOTS")) {
+    EXPECT_TRUE(SaveScreenshot(*lien, "lien_report"));
+  }
   ASSERT_TRUE(Click(lien, CLienReport::kIdCancel));
   EXPECT_FALSE(lien->isVisible());
 }
