@@ -5,7 +5,6 @@
 
 #include <array>
 
-#include "common/message.h"
 #include "grid/custom_column.h"
 #include "holdings/alert_pass.h"
 #include "holdings/engine_alert_source.h"
@@ -51,7 +50,6 @@ struct Rule {
 using Hits = std::vector<std::string>;
 
 TEST(AlertPass, RulesSelectExactlyTheMatchingRows) {
-  ScopedMessageRecorder recorder;
   Records records;
   records.rows = {{"C1", "I1", "10", "5"}, // Value 50
                   {"C2", "I2", "20", "2.5"},
