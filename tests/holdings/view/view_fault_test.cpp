@@ -7,33 +7,25 @@
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QProcess>
-#include <QSignalSpy>
 #include <QTest>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <csignal>
 #include <functional>
 
-#include "common/message.h"
 #include "grid/row_engine.h"
 #include "grid/widgets/filter_list_ctrl.h"
-#include "holdings/holdings_columns.h"
 #include "holdings/view/view_hold.h"
 #include "holdings/view/view_hold_ids.h"
-#include "host/backend_control.h"
-#include "host/host_context.h"
-#include "host/startup_loader.h"
 #include "riskd/setup.h"
 #include "riskd/sqlite.h"
-#include "settings/settings_paths.h"
 #include "view_fixture.h"
 #include "widgets/filter_header.h"
 
 namespace vh::test {
 namespace {
 
-constexpr const char* kBigScrip = "h.scrip_id = 1";
+constexpr const char* kBigScrip = "s.id = 1";
 
 // `clients` new clients each hold scrip 1 in two products.
 bool MakeStore(const std::string& db, int clients) {
@@ -82,79 +74,46 @@ public:
     process_.waitForFinished(10000);
   }
   quint16 port() const { return port_; }
-  ~Riskd() { Kill(SIGKILL); }
 
 private:
   QProcess process_;
   quint16 port_ = 0;
 };
 
-struct Suite {
-  QTemporaryDir dir;
-  std::string db = dir.filePath("risk.db").toStdString();
-  Riskd riskd;
-  host::BackendControl control;
-  std::vector<Row> expected; // scrip 1's rows
-};
-
-template <int kClients> class WithRiskd : public ::testing::Test {
+template <int kClients> class WithRiskd : public BackendFixture {
 protected:
-  static inline Suite* suite = nullptr;
+  static inline std::string db;
+  static inline Riskd* riskd = nullptr;
+  static inline std::vector<Row> expected; // scrip 1's rows
 
   static void SetUpTestSuite() {
-    suite = new Suite;
-    ASSERT_TRUE(MakeStore(suite->db, kClients));
-    ASSERT_TRUE(suite->riskd.Start(suite->db));
-    suite->control.Start("127.0.0.1", suite->riskd.port());
-    host::HostContext& h = host::TheHost();
-    h.control = &suite->control;
-    host::StartupLoader loader(suite->control, "RMS1", h.master, h.user);
-    QSignalSpy ready(&loader, &host::StartupLoader::ready_);
-    ASSERT_TRUE(ready.wait(60000));
+    db = NewSuite();
+    riskd = new Riskd;
+    ASSERT_TRUE(MakeStore(db, kClients) && riskd->Start(db));
+    Connect(riskd->port());
     if constexpr (kClients <= 100000) // a million rows of texts would not fit the machine
-      suite->expected = DatabaseRows(suite->db, kBigScrip);
+      expected = DatabaseRows(kBigScrip);
   }
   static void TearDownTestSuite() {
-    suite->control.Stop();
-    host::TheHost().control = nullptr;
-    delete suite;
+    BackendFixture::TearDownTestSuite();
+    riskd->Kill(SIGKILL);
+    delete riskd;
   }
-  void SetUp() override {
-    ASSERT_TRUE(suite && suite->control.IsConnected());
-    const std::string dir = settings_.path().toStdString();
-    paths_ = std::make_unique<ScopedSettingsPaths>(SettingsPaths{dir, dir});
-    SetMessageSink([this](std::string_view text) { messages.emplace_back(text); });
-  }
-  void TearDown() override { SetMessageSink(nullptr); }
 
   // A view for user RMS1 with scrip 1 picked, as a user would.
   std::unique_ptr<CViewHold> OpenOnBigScrip() {
     auto view = std::make_unique<CViewHold>();
     view->Initialise("RMS1", 0);
-    const std::string symbol = DatabaseText(suite->db, "SELECT nse_symbol FROM scrip WHERE id=1");
-    const std::string series = DatabaseText(suite->db, "SELECT nse_series FROM scrip WHERE id=1");
-    EXPECT_TRUE(Pick(view.get(), kComboNseExchange, "NSE") &&
-                Pick(view.get(), kComboNseSymbol, symbol) &&
-                Pick(view.get(), kComboNseSeries, symbol + "-" + series));
+    EXPECT_TRUE(SelectNse(view.get(), FindScrip(kBigScrip)));
     return view;
-  }
-  static bool Connected(bool up) {
-    return QTest::qWaitFor([&] { return (suite->control.IsConnected() != 0) == up; }, 20000);
   }
   // The whole answer of a fresh "View Hold/Pos".
   static void ExpectFullAnswer(CViewHold& view, const char* when) {
     ASSERT_TRUE(Click(&view, kButtonViewHoldPos)) << when;
     ASSERT_TRUE(WaitForAnswers(view)) << when << ": the answer never ended";
     const std::vector<Row> rows = GridRows(view);
-    EXPECT_TRUE(rows == suite->expected)
-        << when << ": " << rows.size() << " rows shown of " << suite->expected.size();
+    EXPECT_TRUE(rows == expected) << when << ": " << rows.size() << " rows of " << expected.size();
   }
-
-  std::vector<std::string> messages;
-
-private:
-  QTemporaryDir settings_;
-  std::unique_ptr<ScopedSettingsPaths> paths_;
 };
 
 class ViewFaultTest : public WithRiskd<50000> {};
@@ -176,26 +135,24 @@ TEST_F(ViewFaultTest, TheNextRequestWorksAfterTheBackEndComesBack) {
     } else {
       ExpectFullAnswer(*view, c.name);
     }
-    suite->riskd.Kill(c.signal);
+    riskd->Kill(c.signal);
     ASSERT_TRUE(Connected(false)) << c.name;
     QTest::qWait(1000); // what had arrived is still being shown
     const std::vector<Row> kept = GridRows(*view);
     EXPECT_FALSE(kept.empty()) << c.name;
-    EXPECT_TRUE(
-        std::includes(suite->expected.begin(), suite->expected.end(), kept.begin(), kept.end()))
+    EXPECT_TRUE(std::includes(expected.begin(), expected.end(), kept.begin(), kept.end()))
         << c.name << ": a row the database does not hold";
     if (c.midAnswer) {
-      EXPECT_LT(kept.size(), suite->expected.size()) << "the kill came after the whole answer";
+      EXPECT_LT(kept.size(), expected.size()) << "the kill came after the whole answer";
     }
-    ASSERT_TRUE(suite->riskd.Start(suite->db)) << c.name;
-    ASSERT_TRUE(Connected(true)) << c.name;
+    ASSERT_TRUE(riskd->Start(db) && Connected(true)) << c.name;
     ExpectFullAnswer(*view, c.name);
     EXPECT_EQ(messages, std::vector<std::string>{}) << c.name;
   }
 }
 
 TEST_F(ViewFaultTest, AViewOpenedWhileTheBackEndIsDownWorksOnceItIsUp) {
-  suite->riskd.Kill(SIGTERM);
+  riskd->Kill(SIGTERM);
   ASSERT_TRUE(Connected(false));
   auto view = OpenOnBigScrip();
   ASSERT_TRUE(Click(view.get(), kButtonViewHoldPos));
@@ -203,8 +160,7 @@ TEST_F(ViewFaultTest, AViewOpenedWhileTheBackEndIsDownWorksOnceItIsUp) {
   EXPECT_EQ(messages, (std::vector<std::string>{"om_get_user_peer_data Request Failure",
                                                 "display_holding_detail Request Failure"}));
   EXPECT_EQ(view->HoldingsGrid()->DisplayedRowCount(), 0);
-  ASSERT_TRUE(suite->riskd.Start(suite->db));
-  ASSERT_TRUE(Connected(true));
+  ASSERT_TRUE(riskd->Start(db) && Connected(true));
   ExpectFullAnswer(*view, "after the back-end came up");
 }
 
@@ -267,11 +223,10 @@ TEST_F(ViewFloodTest, DISABLED_AMillionRecordsWhileTheUserFiltersAndSorts) {
   engine.SortOnColumn(kQuantity);
   engine.SortOnColumn(kQuantity);
   EXPECT_EQ(liveOrder, Column(grid, kQuantity));
-  const std::vector<Row> fresh = GridRows(*view);
-  EXPECT_TRUE(live == fresh);
-  EXPECT_TRUE(fresh == DatabaseRows(suite->db, "h.scrip_id = 1 AND h.client_id LIKE 'F0012%'"))
-      << fresh.size() << " rows";
-  EXPECT_EQ(fresh.size(), 2000u);
+  EXPECT_TRUE(live == GridRows(*view));
+  EXPECT_TRUE(live == DatabaseRows("s.id = 1 AND h.client_id LIKE 'F0012%'"))
+      << live.size() << " rows";
+  EXPECT_EQ(live.size(), 2000u);
 }
 
 } // namespace

@@ -27,7 +27,7 @@ namespace {
 struct Suite {
   QTemporaryDir dir;
   std::string db = dir.filePath("risk.db").toStdString();
-  std::unique_ptr<riskd::RiskServer> server;
+  std::unique_ptr<riskd::RiskServer> server; // when in this process
   host::BackendControl control;
 };
 Suite* suite = nullptr;
@@ -125,21 +125,33 @@ bool WaitForAnswers(CViewHold& view) {
   return QTest::qWaitFor([&] { return view.Core().outstandingAnswers() == 0; }, 20000);
 }
 
-void BackendFixture::SetUpTestSuite() {
+std::string BackendFixture::NewSuite() {
   suite = new Suite;
+  return suite->db;
+}
+
+void BackendFixture::Connect(uint16_t port) {
+  suite->control.Start("127.0.0.1", port);
+  host::HostContext& h = host::TheHost();
+  h.control = &suite->control;
+  host::StartupLoader loader(suite->control, "RMS1", h.master, h.user);
+  QSignalSpy ready(&loader, &host::StartupLoader::ready_);
+  ASSERT_TRUE(ready.wait(60000));
+}
+
+bool BackendFixture::Connected(bool up) {
+  return QTest::qWaitFor([&] { return (suite->control.IsConnected() != 0) == up; }, 20000);
+}
+
+void BackendFixture::SetUpTestSuite() {
   riskd::RiskServerOptions o;
-  o.store.dbPath = suite->db;
+  o.store.dbPath = NewSuite();
   o.store.sample.holdings = 4000;
   o.log = [](const std::string&) {};
   std::string error;
   suite->server = riskd::RiskServer::Start(o, &error);
   ASSERT_TRUE(suite->server) << error;
-  suite->control.Start("127.0.0.1", suite->server->port());
-  host::HostContext& h = host::TheHost();
-  h.control = &suite->control;
-  host::StartupLoader loader(suite->control, "RMS1", h.master, h.user);
-  QSignalSpy ready(&loader, &host::StartupLoader::ready_);
-  ASSERT_TRUE(ready.wait(20000));
+  Connect(suite->server->port());
 }
 
 void BackendFixture::TearDownTestSuite() {
@@ -149,7 +161,7 @@ void BackendFixture::TearDownTestSuite() {
 }
 
 void BackendFixture::SetUp() {
-  ASSERT_TRUE(suite && suite->server);
+  ASSERT_TRUE(suite && Connected(true));
   const std::string dir = settingsDir_.path().toStdString();
   paths_ = std::make_unique<ScopedSettingsPaths>(SettingsPaths{dir, dir});
   SetMessageSink([this](std::string_view text) { messages.emplace_back(text); });

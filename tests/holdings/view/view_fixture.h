@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <memory>
 #include <set>
 #include <string>
@@ -52,10 +53,19 @@ bool WaitForAnswers(CViewHold& view);
 
 class BackendFixture : public ::testing::Test {
 protected:
+  // A tarn-riskd in this process over a sample database; user RMS1 logged in.
   static void SetUpTestSuite();
   static void TearDownTestSuite();
   void SetUp() override;
   void TearDown() override;
+
+  // For suites that run their own back-end: a fresh suite folder and the
+  // path its database goes to; then the host connected to `port` as RMS1,
+  // its start-up data loaded (a failed assertion when it cannot be).
+  static std::string NewSuite();
+  static void Connect(uint16_t port);
+  // Waits until the host's connection is up (or down); false on a timeout.
+  static bool Connected(bool up);
 
   // A view initialised as the plug-in does for user RMS1; with
   // `everyOtherClient` combo 9013 offers every other client only.
