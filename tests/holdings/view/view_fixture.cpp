@@ -27,7 +27,8 @@ namespace {
 struct Suite {
   QTemporaryDir dir;
   std::string db = dir.filePath("risk.db").toStdString();
-  std::unique_ptr<riskd::RiskServer> server; // when in this process
+  std::unique_ptr<riskd::RiskServer> server;
+  uint16_t port = 0; // the first start's, kept for the restarts
   host::BackendControl control;
 };
 Suite* suite = nullptr;
@@ -125,13 +126,10 @@ bool WaitForAnswers(CViewHold& view) {
   return QTest::qWaitFor([&] { return view.Core().outstandingAnswers() == 0; }, 20000);
 }
 
-std::string BackendFixture::NewSuite() {
+void BackendFixture::StartSuite(const std::function<bool(const std::string& db)>& prepare) {
   suite = new Suite;
-  return suite->db;
-}
-
-void BackendFixture::Connect(uint16_t port) {
-  suite->control.Start("127.0.0.1", port);
+  ASSERT_TRUE((!prepare || prepare(suite->db)) && StartBackend());
+  suite->control.Start("127.0.0.1", suite->server->port());
   host::HostContext& h = host::TheHost();
   h.control = &suite->control;
   host::StartupLoader loader(suite->control, "RMS1", h.master, h.user);
@@ -139,19 +137,26 @@ void BackendFixture::Connect(uint16_t port) {
   ASSERT_TRUE(ready.wait(60000));
 }
 
-bool BackendFixture::Connected(bool up) {
-  return QTest::qWaitFor([&] { return (suite->control.IsConnected() != 0) == up; }, 20000);
+void BackendFixture::StopBackend() {
+  suite->server.reset();
 }
 
-void BackendFixture::SetUpTestSuite() {
+bool BackendFixture::StartBackend() {
   riskd::RiskServerOptions o;
-  o.store.dbPath = NewSuite();
+  o.store.dbPath = suite->db;
   o.store.sample.holdings = 4000;
+  o.port = suite->port;
   o.log = [](const std::string&) {};
   std::string error;
   suite->server = riskd::RiskServer::Start(o, &error);
-  ASSERT_TRUE(suite->server) << error;
-  Connect(suite->server->port());
+  EXPECT_TRUE(suite->server) << error;
+  if (suite->server)
+    suite->port = suite->server->port();
+  return suite->server != nullptr;
+}
+
+bool BackendFixture::Connected(bool up) {
+  return QTest::qWaitFor([&] { return (suite->control.IsConnected() != 0) == up; }, 20000);
 }
 
 void BackendFixture::TearDownTestSuite() {

@@ -7,7 +7,7 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
-#include <cstdint>
+#include <functional>
 #include <memory>
 #include <set>
 #include <string>
@@ -54,16 +54,17 @@ bool WaitForAnswers(CViewHold& view);
 class BackendFixture : public ::testing::Test {
 protected:
   // A tarn-riskd in this process over a sample database; user RMS1 logged in.
-  static void SetUpTestSuite();
+  static void SetUpTestSuite() { StartSuite({}); }
   static void TearDownTestSuite();
   void SetUp() override;
   void TearDown() override;
 
-  // For suites that run their own back-end: a fresh suite folder and the
-  // path its database goes to; then the host connected to `port` as RMS1,
-  // its start-up data loaded (a failed assertion when it cannot be).
-  static std::string NewSuite();
-  static void Connect(uint16_t port);
+  // The same over a database `prepare` made first (false: not made).
+  static void StartSuite(const std::function<bool(const std::string& db)>& prepare);
+  // Stops the back-end (every connection closed) or starts it again on its
+  // port; StartBackend is false when it does not come up.
+  static void StopBackend();
+  static bool StartBackend();
   // Waits until the host's connection is up (or down); false on a timeout.
   static bool Connected(bool up);
 
