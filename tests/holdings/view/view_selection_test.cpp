@@ -9,6 +9,7 @@
 #include "holdings/view/view_hold_ids.h"
 #include "kdl/message.h"
 #include "tests/holdings/view/view_fixture.h"
+#include "tests/kdl/wire_bytes.h"
 
 namespace vh::test {
 namespace {
@@ -52,18 +53,15 @@ TEST_F(ViewSelection, TheSelectedRowsRecordIsKeptUntilTheNextAnswer) {
 // The view's answers are read one after another through one reused
 // message: a refused message must leave nothing behind for the next.
 TEST(ReusedMessage, RefusesRepeatedTagsAndReadsTheNextAnswerWhole) {
-  // Fields 1000, 1001, ...; the builder merges repeats, so the first and
-  // last tags are rewritten in the bytes.
+  // Fields tagged 1000, 1001, ... (the first and last as given), each
+  // holding its position.
   const auto build = [](uint32_t fields, uint32_t firstTag, uint32_t lastTag) {
-    kdl::Message m(1u << 16);
+    std::string bytes = kdltest::U32(fields);
     for (uint32_t i = 0; i < fields; ++i)
-      m.Add(1000 + i, std::to_string(i));
-    std::string bytes(m.Serialise());
-    const size_t last = bytes.size() - 12 - std::to_string(fields - 1).size();
-    for (int b = 0; b < 4; ++b) {
-      bytes[4 + b] = char(firstTag >> (8 * b));
-      bytes[last + b] = char(lastTag >> (8 * b));
-    }
+      bytes += kdltest::FieldBytes(i == 0           ? firstTag
+                                   : i + 1 < fields ? 1000 + i
+                                                    : lastTag,
+                                   {std::to_string(i)});
     return bytes;
   };
   const struct {
