@@ -14,18 +14,6 @@ using linktest::AnswerFields;
 
 namespace {
 
-// Every scrip is known; its ISIN names the symbol asked.
-struct LookupLog {
-  std::vector<std::string> calls;
-  ScripDetailsLookup Lookup() {
-    return [this](std::string_view segment, std::string_view symbol, ScripDetailFields& out) {
-      calls.push_back(std::string(segment) + " " + std::string(symbol));
-      out[kScripIsin] = "IN:" + std::string(symbol);
-      return true;
-    };
-  }
-};
-
 // The 18 column texts, then the hidden NSE token, 63003 and scrip detail,
 // joined by "|"; then the sums of the CSE layout, when filled.
 std::string Texts(const CViewHoldings& r, const HoldingsStore& s) {
@@ -118,17 +106,24 @@ TEST(FillHoldingRecord, FromAnswerFields) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
+    // Every scrip is known; its ISIN names the symbol asked.
+    std::vector<std::string> lookups;
+    const ScripDetailsLookup lookup = [&](std::string_view segment, std::string_view symbol,
+                                          ScripDetailFields& out) {
+      lookups.push_back(std::string(segment) + " " + std::string(symbol));
+      out[kScripIsin] = "IN:" + std::string(symbol);
+      return true;
+    };
     HoldingsStore store;
-    LookupLog log;
     CViewHoldings r;
     if (!c.before.empty()) {
       kdl::Message first = Answer(c.before);
-      FillHoldingRecord(first.get(), r, store, log.Lookup());
+      FillHoldingRecord(first.get(), r, store, lookup);
     }
     kdl::Message m = Answer(c.fields);
-    EXPECT_EQ(FillHoldingRecord(m.get(), r, store, log.Lookup(), c.cse), 1);
+    EXPECT_EQ(FillHoldingRecord(m.get(), r, store, lookup, c.cse), 1);
     EXPECT_EQ(Texts(r, store), c.texts);
-    EXPECT_EQ(log.calls, c.lookups);
+    EXPECT_EQ(lookups, c.lookups);
     if (c.cse) { // the CSE symbol has its price slot
       store.ApplyPrice(kExchangeCse, "CSESCRIP", 4321, 0, 0);
       EXPECT_EQ(store.Price(r, kExchangeCse), 4321);

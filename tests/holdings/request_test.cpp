@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -11,30 +12,12 @@ namespace {
 
 // Scrip details of the host: only these scrips have a BSE code.
 bool Details(std::string_view segment, std::string_view symbol, ScripDetailFields& out) {
-  if (segment == "nse_cm" && symbol == "ABCD-BE")
-    out[kScripBseCode] = "500001";
-  else if (segment == "bse_cm" && symbol == "ABCD")
-    out[kScripBseCode] = "500002";
-  else
-    return false;
-  return true;
-}
-
-HoldSelection Scrip(const char* nse, const char* bse, uint32_t userType = 2,
-                    const char* symbol = "ABCD-BE") {
-  HoldSelection s{false, {}, {}, symbol, "ABCD", {}, "U1", userType, "P9"};
-  if (nse)
-    s.nseExchange = nse;
-  if (bse)
-    s.bseExchange = bse;
-  return s;
-}
-
-HoldSelection Client(std::optional<std::string> id) {
-  HoldSelection s = Scrip("NSE", "BSE", 0);
-  s.clientMode = true;
-  s.clientId = std::move(id);
-  return s;
+  static const std::map<std::string, std::string> codes{{"nse_cm ABCD-BE", "500001"},
+                                                        {"bse_cm ABCD", "500002"}};
+  const auto it = codes.find(std::string(segment) + " " + std::string(symbol));
+  if (it != codes.end())
+    out[kScripBseCode] = it->second;
+  return it != codes.end();
 }
 
 // The request's fields in the order they go out, "tag=text" joined by blanks.
@@ -46,14 +29,14 @@ TEST(HoldingRequest, FieldsInOrderOrTheMessagePerSelection) {
     const char* fields;
   } cases[] = {
       // clang-format off
-      {"bothLegsSendTheTradingSymbolAndBothCodes", Scrip("NSE", "BSE"), "",
+      {"bothLegsSendTheTradingSymbolAndBothCodes", {false, "NSE", "BSE", "ABCD-BE", "ABCD", {}, "U1", 2, "P9"}, "",
        "63001=nse_cm 10100=ABCD-BE 63003=500001 63001=bse_cm 10100=ABCD 63003=500002 31003=U1 64056=P9"},
-      {"unknownScripSendsNoCodeNorPeerAboveType2", Scrip("NSE", "--", 3, "ZZ-EQ"), "",
+      {"unknownScripSendsNoCodeNorPeerAboveType2", {false, "NSE", "--", "ZZ-EQ", "", {}, "U1", 3, "P9"}, "",
        "63001=nse_cm 10100=ZZ-EQ 31003=U1"},
-      {"cseAsksTwoBoards", Scrip("CSE", "--", 0, "CC"), "",
+      {"cseAsksTwoBoards", {false, "CSE", "--", "CC", "", {}, "U1", 0, "P9"}, "",
        "63001=cse_cm 10100=CC-BL 10100=CC-TM 31003=U1 64056=P9"},
-      {"clientModeSendsNoPeer", Client("C7"), "", "54001=C7 31003=U1"},
-      {"noBseExchange", Scrip("NSE", nullptr), kMsgSpecifyExchange, ""},
+      {"clientModeSendsNoPeer", {true, "NSE", "BSE", "", "", "C7", "U1", 0, "P9"}, "", "54001=C7 31003=U1"},
+      {"noBseExchange", {false, "NSE", std::nullopt, "ABCD-BE", "", {}, "U1", 0, "P9"}, kMsgSpecifyExchange, ""},
       // clang-format on
   };
   for (const auto& c : cases) {
