@@ -26,18 +26,13 @@ struct FakeHost : ViewHoldHost {
   int nseLookups = 0;
 };
 
-// The grid: client ids of its rows, newest first, as the reverse-display
-// grid shows them.
+// The grid: its records in the order inserted.
 struct FakeGrid : HoldingsGridSink {
-  void ClearRows() override { rows.clear(), pending.clear(); }
-  void InsertRecord(CViewHoldings* r) override { pending.push_back(r); }
-  void FlushRecords() override {
-    for (CViewHoldings* r : pending)
-      rows.insert(rows.begin(), r);
-    pending.clear();
-  }
+  void ClearRows() override { rows.clear(); }
+  void InsertRecord(CViewHoldings* r) override { rows.push_back(r); }
+  void FlushRecords() override {}
   void OnPriceSlotChanged(uint32_t slot) override { slots.push_back(slot); }
-  std::vector<CViewHoldings*> rows, pending;
+  std::vector<CViewHoldings*> rows;
   std::vector<uint32_t> slots;
 };
 
@@ -74,12 +69,13 @@ struct ViewHoldCoreTest : ::testing::Test {
   CViewHoldCore core{host, grid};
 };
 
-TEST_F(ViewHoldCoreTest, KeepsOnlyListedClientsNewestFirst) {
+// Listed ids match whatever their case; nothing else does.
+TEST_F(ViewHoldCoreTest, KeepsOnlyListedClients) {
   ASSERT_EQ(core.ViewHoldPos({true, {}, {}, "", "", "C1", "", 0, ""}), 1);
   for (const char* id : {"C1", "C2", "x", "", "C1 ", "c4"})
     Holding(id);
   HoldingsEnd();
-  EXPECT_EQ(Clients(), (std::vector<std::string>{"c4", "C2", "C1"}));
+  EXPECT_EQ(Clients(), (std::vector<std::string>{"C1", "C2", "c4"}));
   EXPECT_EQ(core.droppedRecords(), 3u);
   EXPECT_EQ(core.outstandingAnswers(), 0);
 }
@@ -106,7 +102,7 @@ TEST_F(ViewHoldCoreTest, PriceTicksReachEveryRowOfTheSymbol) {
                    std::to_string(s.Price(*r, kExchangeBse)) + "/" +
                    std::to_string(s.SecondPrice(*r, kExchangeNse)) + "/" +
                    std::to_string(s.SharedPriceValue(*r)));
-  EXPECT_EQ(seen, (std::vector<std::string>{"0/0/0/0", "0/202/0/2", "101/0/7/1", "101/0/7/1"}));
+  EXPECT_EQ(seen, (std::vector<std::string>{"101/0/7/1", "101/0/7/1", "0/202/0/2", "0/0/0/0"}));
   EXPECT_EQ(grid.slots.size(), 2u);
   EXPECT_EQ(s.PriceSlotCount(), 3u);
 }
