@@ -1,7 +1,8 @@
-// One real tarn-riskd on a loopback port with a small sample database, the
-// host services loaded from it, and helpers that drive a CViewHold through
-// its controls and read the database the answers come from. Every holdings
-// view test over real sockets shares it.
+// One real tarn-riskd, in the test's process, on a loopback port over a small
+// sample database (or one a suite makes), the host services loaded from it,
+// and helpers that drive a CViewHold through its controls and read the
+// database the answers come from. Every holdings view test over real
+// sockets shares it.
 #pragma once
 
 #include <QTemporaryDir>
