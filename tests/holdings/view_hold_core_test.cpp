@@ -56,12 +56,6 @@ struct ViewHoldCoreTest : ::testing::Test {
     Deliver("display_holding_detail", {{54001, client}, {63001, segment}, {63100, symbol}});
   }
   void HoldingsEnd() { Deliver("display_holding_detail", {}, "3"); }
-  std::vector<std::string> Clients() const {
-    std::vector<std::string> ids;
-    for (const CViewHoldings* r : grid.rows)
-      ids.emplace_back(r->clientId.View(core.store().texts()));
-    return ids;
-  }
 
   linktest::FakeBackendControl control;
   FakeHost host;
@@ -75,7 +69,10 @@ TEST_F(ViewHoldCoreTest, KeepsOnlyListedClients) {
   for (const char* id : {"C1", "C2", "x", "", "C1 ", "c4"})
     Holding(id);
   HoldingsEnd();
-  EXPECT_EQ(Clients(), (std::vector<std::string>{"C1", "C2", "c4"}));
+  std::vector<std::string> kept;
+  for (const CViewHoldings* r : grid.rows)
+    kept.emplace_back(r->clientId.View(core.store().texts()));
+  EXPECT_EQ(kept, (std::vector<std::string>{"C1", "C2", "c4"}));
   EXPECT_EQ(core.droppedRecords(), 3u);
   EXPECT_EQ(core.outstandingAnswers(), 0);
 }
