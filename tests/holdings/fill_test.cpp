@@ -1,10 +1,11 @@
 #include <gtest/gtest.h>
 
-#include <climits>
+#include <cstdio>
 #include <string>
 #include <vector>
 
 #include "holdings/holdings_columns.h"
+#include "link/envelope.h"
 #include "tests/link/answers.h"
 
 using namespace vh;
@@ -13,27 +14,23 @@ using linktest::AnswerFields;
 
 namespace {
 
-// Every scrip is known; its ISIN names the segment and symbol asked.
-struct LookupLog {
-  std::vector<std::string> calls;
-  ScripDetailsLookup Lookup() {
-    return [this](std::string_view segment, std::string_view symbol, ScripDetailFields& out) {
-      calls.push_back(std::string(segment) + " " + std::string(symbol));
-      out[kScripIsin] = "IN:" + std::string(symbol);
-      return true;
-    };
-  }
-};
-
-// The 18 column texts, then the hidden NSE token, 63003 and scrip detail.
-std::vector<std::string> Texts(const CViewHoldings& r, const HoldingsStore& s) {
-  std::vector<std::string> t;
-  std::string scratch;
+// The 18 column texts, then the hidden NSE token, 63003 and scrip detail,
+// joined by "|"; then the sums of the CSE layout, when filled.
+std::string Texts(const CViewHoldings& r, const HoldingsStore& s) {
+  std::string joined, scratch;
   for (int c = 0; c < kHoldingsColumnCount; ++c)
-    t.emplace_back(HoldingCellView(r, s, c, scratch));
-  for (TextId id : {r.nseToken, r.value63003, r.scripDetail})
-    t.emplace_back(s.Text(id));
-  return t;
+    joined += std::string(HoldingCellView(r, s, c, scratch)) + "|";
+  for (TextId id : {r.nseToken, r.value63003})
+    joined += std::string(s.Text(id)) + "|";
+  joined += s.Text(r.scripDetail);
+  if (r.cse) {
+    char sums[128];
+    std::snprintf(sums, sizeof sums, " cse %u %u %.4f %.4f %.4f", r.cse->firstQuantity,
+                  r.cse->secondQuantity, r.cse->firstAverage, r.cse->secondAverage,
+                  r.cse->value64298);
+    joined += sums;
+  }
+  return joined;
 }
 
 const AnswerFields kNseLeg{{63001, "nse_cm"}, {63100, "ABCD-EQ"}, {10100, "22"}};
@@ -46,99 +43,114 @@ AnswerFields Join(std::initializer_list<AnswerFields> parts) {
   return all;
 }
 
+// The CSE layout: per value of 64276 the quantity sums and quantity-weighted
+// averages of (64276, 64277) and (64272, 64273).
+AnswerFields Cse(std::vector<const char*> q1, std::vector<const char*> p1,
+                 std::vector<const char*> q2, std::vector<const char*> p2) {
+  AnswerFields f = Join({{{63001, "cse_cm"}, {63100, "CSESCRIP"}, {10100, "777"}}});
+  for (const auto& [tag, values] : {std::pair{64276, q1}, {64277, p1}, {64272, q2}, {64273, p2}})
+    for (const char* v : values)
+      f.push_back({uint32_t(tag), v});
+  return f;
+}
+
 TEST(FillHoldingRecord, FromAnswerFields) {
-  // Expected: the 18 columns, then NSE token, 63003 and scrip detail.
+  const std::string longId(40, 'k');
   const struct {
     const char* name;
     AnswerFields fields;
-    const char* texts;
+    std::string texts;
     std::vector<std::string> lookups;
+    AnswerFields before = {}; // a first fill of the same record
+    bool cse = false;
   } cases[] = {
       // clang-format off
-      {"NseLegSplitsAtTheDash", Join({kNseLeg}),
+      {"nseLegSplitsAtTheDash", Join({kNseLeg}),
        "C1||EQ|ABCD||||||||||||---|---|0.00|22||IN:ABCD-EQ", {"nse_cm ABCD-EQ"}},
-      {"TwoDashesSplitAtTheLast", Join({{{63001, "nse_cm"}, {63100, "AB-CD-BE"}}}),
+      {"twoDashesSplitAtTheLast", Join({{{63001, "nse_cm"}, {63100, "AB-CD-BE"}}}),
        "C1||BE|AB-CD||||||||||||---|---|0.00|||IN:AB-CD-BE", {"nse_cm AB-CD-BE"}},
-      {"DashOnBseIsBseLegWhole", Join({{{63001, "bse_cm"}, {63100, "AB-CD"}, {10100, "7"}}}),
+      {"dashOnBseIsBseLegWhole", Join({{{63001, "bse_cm"}, {63100, "AB-CD"}, {10100, "7"}}}),
        "C1||||7|AB-CD||||||||||---|---|0.00|||IN:AB-CD", {"bse_cm AB-CD"}},
-      {"NoDashOnNseSegmentIsBseLeg", Join({{{63001, "nse_cm"}, {63100, "ABCD"}}}),
+      {"noDashOnNseSegmentIsBseLeg", Join({{{63001, "nse_cm"}, {63100, "ABCD"}}}),
        "C1|||||ABCD||||||||||---|---|0.00|||IN:ABCD", {"bse_cm ABCD"}},
-      {"LaterLegWinsScripDetail", Join({kNseLeg, kBseLeg}),
+      {"laterLegWinsScripDetail", Join({kNseLeg, kBseLeg}),
        "C1||EQ|ABCD|500001|ABCD||||||||||---|---|0.00|22||IN:ABCD", {"nse_cm ABCD-EQ", "bse_cm ABCD"}},
-      {"SecondLegEmptySymbolStops", Join({kNseLeg, {{63001, "bse_cm"}, {63100, ""}, {10100, "9"}}}),
+      {"secondLegEmptySymbolStops", Join({kNseLeg, {{63001, "bse_cm"}, {63100, ""}, {10100, "9"}}}),
        "C1||EQ|ABCD||||||||||||---|---|0.00|22||IN:ABCD-EQ", {"nse_cm ABCD-EQ"}},
-      {"SecondLegWithoutSegmentStops", Join({kNseLeg, {{63100, "XYZ"}}}),
+      {"secondLegWithoutSegmentStops", Join({kNseLeg, {{63100, "XYZ"}}}),
        "C1||EQ|ABCD||||||||||||---|---|0.00|22||IN:ABCD-EQ", {"nse_cm ABCD-EQ"}},
-      {"FirstLegNeverStops", Join({}), "C1|||||||||||||||---|---|0.00|||IN:", {"bse_cm "}},
+      // The close price wraps on overflow and shows in single precision.
+      {"firstLegNeverStops", Join({{{59351, "-2147483648"}}}),
+       "C1|||||||||||||||---|---|-21474836.00|||IN:", {"bse_cm "}},
       // Every visible column is compared with the database by the view's
       // end-to-end test; the hidden 63003 and the odd values are not.
-      {"CodesAndOddNumbers",
+      {"codesAndOddNumbers",
        Join({kBseLeg, {{63003, "X3"}, {64172, "abc"}, {64171, "3"}, {59351, "123456701"}}}),
        "C1||||500001|ABCD||||||||||0.00||1234567.00||X3|IN:ABCD", {"bse_cm ABCD"}},
+      // A refill keeps what it cannot read, adds the close price and asks
+      // the host once per scrip.
+      {"refill", {{54001, longId}, {63100, "AB-EQ"}, {59351, "-105"}},
+       longId + "||EQ|AB|||5|||||||||---|---|-0.05|||IN:AB-EQ", {"nse_cm AB-EQ"},
+       {{54001, "C2"}, {63100, "AB-EQ"}, {64044, "5"}, {64171, "2"}, {59351, "100"}}},
+      {"cseTwoLots", Cse({"10", "30"}, {"1.5", "2.5"}, {"5", "5"}, {"4", "6"}),
+       "C1|||||||||||||||---|---|0.00|||IN:CSESCRIP cse 40 10 2.2500 5.0000 0.0000",
+       {"cse_cm CSESCRIP"}, {}, true},
+      // A failed whole-number read weighs with the number read before it.
+      {"cseMissingSecondQuantity", Cse({"10", "20"}, {"1", "2"}, {"3"}, {"2", "3"}),
+       "C1|||||||||||||||---|---|0.00|||IN:CSESCRIP cse 30 23 1.6667 2.8696 0.0000",
+       {"cse_cm CSESCRIP"}, {}, true},
+      {"cseNoLots", Join({{{63001, "cse_cm"}, {63100, "CSESCRIP"}, {64298, "7.25"}}}),
+       "C1|||||||||||||||---|---|0.00|||IN:CSESCRIP cse 0 0 0.0000 0.0000 7.2500",
+       {"cse_cm CSESCRIP"}, {}, true},
       // clang-format on
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
+    // Every scrip is known; its ISIN names the symbol asked.
+    std::vector<std::string> lookups;
+    const ScripDetailsLookup lookup = [&](std::string_view segment, std::string_view symbol,
+                                          ScripDetailFields& out) {
+      lookups.push_back(std::string(segment) + " " + std::string(symbol));
+      out[kScripIsin] = "IN:" + std::string(symbol);
+      return true;
+    };
     HoldingsStore store;
-    LookupLog log;
     CViewHoldings r;
+    if (!c.before.empty()) {
+      kdl::Message first = Answer(c.before);
+      FillHoldingRecord(first.get(), r, store, lookup);
+    }
     kdl::Message m = Answer(c.fields);
-    EXPECT_EQ(FillHoldingRecord(m.get(), r, store, log.Lookup()), 1);
-    std::string joined;
-    for (const std::string& t : Texts(r, store))
-      joined += (joined.empty() ? "" : "|") + t;
-    EXPECT_EQ(joined, c.texts);
-    EXPECT_EQ(log.calls, c.lookups);
+    EXPECT_EQ(FillHoldingRecord(m.get(), r, store, lookup, c.cse), 1);
+    EXPECT_EQ(Texts(r, store), c.texts);
+    EXPECT_EQ(lookups, c.lookups);
+    if (c.cse) { // the CSE symbol has its price slot
+      store.ApplyPrice(kExchangeCse, "CSESCRIP", 4321, 0, 0);
+      EXPECT_EQ(store.Price(r, kExchangeCse), 4321);
+    }
   }
 }
 
-TEST(FillHoldingRecord, RefillKeepsUnreadFieldsAddsCloseAndCachesLookups) {
-  HoldingsStore store;
-  LookupLog log;
-  CViewHoldings r;
-  const std::string longId(40, 'k');
-  kdl::Message first =
-      Answer({{54001, longId}, {63100, "AB-EQ"}, {64044, "5"}, {64171, "2"}, {59351, "100"}});
-  kdl::Message second = Answer({{54001, "C2"}, {63100, "AB-EQ"}, {59351, "-30"}});
-  FillHoldingRecord(first.get(), r, store, log.Lookup());
-  EXPECT_EQ(Texts(r, store)[0], longId);
-  FillHoldingRecord(second.get(), r, store, log.Lookup());
-  const std::vector<std::string> t = Texts(r, store);
-  EXPECT_EQ(t[0], "C2");
-  EXPECT_EQ(t[kColFirstQuantity], "5");
-  EXPECT_EQ(t[kColCollateralType], "---");
-  EXPECT_EQ(t[kColClosePrice], "0.70");
-  EXPECT_EQ(log.calls, std::vector<std::string>{"nse_cm AB-EQ"});
-}
-
-TEST(HoldingCells, ClosePriceInSinglePrecisionAndColumnsOutOfRange) {
-  const struct {
-    int32_t hundredths;
-    const char* text;
-  } prices[] = {{-5, "-0.05"}, {123456701, "1234567.00"}, {INT32_MIN, "-21474836.00"}};
-  for (const auto& p : prices)
-    EXPECT_EQ(FormatClosePrice(p.hundredths), p.text) << p.hundredths;
-
+TEST(HoldingCells, ColumnsOutOfRangeAndNoRecordAreEmpty) {
   HoldingsStore store;
   CViewHoldings* r = store.NewRecord();
   kdl::Message m = Answer({{54001, "C9"}, {64435, "4"}});
   FillHoldingRecord(m.get(), *r, store, {});
   HoldingsCellSource source(store);
   const uint64_t item = HoldingsCellSource::ItemData(r);
-  for (const auto& [column, item0, text] :
-       std::vector<std::tuple<int, uint64_t, std::string>>{{0, item, "C9"},
-                                                           {14, item, "4"},
-                                                           {17, item, "0.00"},
-                                                           {18, item, ""},
-                                                           {-1, item, ""},
-                                                           {0, 0, ""}}) {
+  const struct {
+    int column;
+    uint64_t item;
+    const char* text;
+  } cells[] = {{14, item, "4"}, {18, item, ""}, {-1, item, ""}, {0, 0, ""}};
+  for (const auto& c : cells) {
     std::string owned = "stale";
     std::string_view view = "stale";
     CellStyle style;
-    EXPECT_EQ(HoldingsCellSource::CellText(&source, item0, column, owned, style), 1);
-    EXPECT_EQ(HoldingsCellSource::CellView(&source, item0, column, view), 1);
-    EXPECT_EQ(owned, text) << column;
-    EXPECT_EQ(view, text) << column;
+    EXPECT_EQ(HoldingsCellSource::CellText(&source, c.item, c.column, owned, style), 1);
+    EXPECT_EQ(HoldingsCellSource::CellView(&source, c.item, c.column, view), 1);
+    EXPECT_EQ(owned, c.text) << c.column;
+    EXPECT_EQ(view, c.text) << c.column;
   }
 }
 

@@ -26,18 +26,13 @@ struct FakeHost : ViewHoldHost {
   int nseLookups = 0;
 };
 
-// The grid: client ids of its rows, newest first, as the reverse-display
-// grid shows them.
+// The grid: its records in the order inserted.
 struct FakeGrid : HoldingsGridSink {
-  void ClearRows() override { rows.clear(), pending.clear(); }
-  void InsertRecord(CViewHoldings* r) override { pending.push_back(r); }
-  void FlushRecords() override {
-    for (CViewHoldings* r : pending)
-      rows.insert(rows.begin(), r);
-    pending.clear();
-  }
+  void ClearRows() override { rows.clear(); }
+  void InsertRecord(CViewHoldings* r) override { rows.push_back(r); }
+  void FlushRecords() override {}
   void OnPriceSlotChanged(uint32_t slot) override { slots.push_back(slot); }
-  std::vector<CViewHoldings*> rows, pending;
+  std::vector<CViewHoldings*> rows;
   std::vector<uint32_t> slots;
 };
 
@@ -61,15 +56,6 @@ struct ViewHoldCoreTest : ::testing::Test {
     Deliver("display_holding_detail", {{54001, client}, {63001, segment}, {63100, symbol}});
   }
   void HoldingsEnd() { Deliver("display_holding_detail", {}, "3"); }
-  std::vector<std::string> Clients() const {
-    std::vector<std::string> ids;
-    for (const CViewHoldings* r : grid.rows)
-      ids.emplace_back(r->clientId.View(core.store().texts()));
-    return ids;
-  }
-  static HoldSelection ClientSelection(const char* id) {
-    return {true, {}, {}, "", "", id, "", 0, ""};
-  }
 
   linktest::FakeBackendControl control;
   FakeHost host;
@@ -77,12 +63,16 @@ struct ViewHoldCoreTest : ::testing::Test {
   CViewHoldCore core{host, grid};
 };
 
-TEST_F(ViewHoldCoreTest, KeepsOnlyListedClientsNewestFirst) {
-  ASSERT_EQ(core.ViewHoldPos(ClientSelection("C1")), 1);
+// Listed ids match whatever their case; nothing else does.
+TEST_F(ViewHoldCoreTest, KeepsOnlyListedClients) {
+  ASSERT_EQ(core.ViewHoldPos({true, {}, {}, "", "", "C1", "", 0, ""}), 1);
   for (const char* id : {"C1", "C2", "x", "", "C1 ", "c4"})
     Holding(id);
   HoldingsEnd();
-  EXPECT_EQ(Clients(), (std::vector<std::string>{"c4", "C2", "C1"}));
+  std::vector<std::string> kept;
+  for (const CViewHoldings* r : grid.rows)
+    kept.emplace_back(r->clientId.View(core.store().texts()));
+  EXPECT_EQ(kept, (std::vector<std::string>{"C1", "C2", "c4"}));
   EXPECT_EQ(core.droppedRecords(), 3u);
   EXPECT_EQ(core.outstandingAnswers(), 0);
 }
@@ -109,7 +99,7 @@ TEST_F(ViewHoldCoreTest, PriceTicksReachEveryRowOfTheSymbol) {
                    std::to_string(s.Price(*r, kExchangeBse)) + "/" +
                    std::to_string(s.SecondPrice(*r, kExchangeNse)) + "/" +
                    std::to_string(s.SharedPriceValue(*r)));
-  EXPECT_EQ(seen, (std::vector<std::string>{"0/0/0/0", "0/202/0/2", "101/0/7/1", "101/0/7/1"}));
+  EXPECT_EQ(seen, (std::vector<std::string>{"101/0/7/1", "101/0/7/1", "0/202/0/2", "0/0/0/0"}));
   EXPECT_EQ(grid.slots.size(), 2u);
   EXPECT_EQ(s.PriceSlotCount(), 3u);
 }
@@ -146,14 +136,15 @@ TEST_F(ViewHoldCoreTest, PresentValuesReplacedByKeyAndStaleKeysDropped) {
   EXPECT_EQ(core.presentValues().Find("C1", "XYZ", ""), nullptr);
 }
 
-// The view's end-to-end tests cover Load BSE and the peer value; no
-// back-end sends position trees, so they are delivered here.
+// No back-end sends position trees, so they are delivered here. With four
+// client ids, five records complete NSE (with a symbol lookup) but not BSE,
+// which completes only at exactly the count.
 TEST_F(ViewHoldCoreTest, PositionTreesCompletePerExchange) {
-  EXPECT_EQ(core.ClientIdCount(), 4);
-  for (int i = 0; i < 4; ++i)
-    Deliver("mrv_positions_scp_show_tree", {{kTagSubKind, "NSE"}});
-  Deliver("mrv_positions_scp_show_tree", {{kTagSubKind, "NSE"}}, "3");
-  Deliver("mrv_positions_scp_show_tree", {{kTagSubKind, "BSE"}}, "3");
+  for (const char* exchange : {"NSE", "BSE"}) {
+    for (int i = 0; i < 5; ++i)
+      Deliver("mrv_positions_scp_show_tree", {{kTagSubKind, exchange}});
+    Deliver("mrv_positions_scp_show_tree", {{kTagSubKind, exchange}}, "3");
+  }
   EXPECT_EQ(core.positionsCompleted(kExchangeNse), 1);
   EXPECT_EQ(core.positionsCompleted(kExchangeBse), 0);
   EXPECT_EQ(host.nseLookups, 1);

@@ -28,6 +28,7 @@ struct Suite {
   QTemporaryDir dir;
   std::string db = dir.filePath("risk.db").toStdString();
   std::unique_ptr<riskd::RiskServer> server;
+  uint16_t port = 0; // the first start's, kept for the restarts
   host::BackendControl control;
 };
 Suite* suite = nullptr;
@@ -125,21 +126,37 @@ bool WaitForAnswers(CViewHold& view) {
   return QTest::qWaitFor([&] { return view.Core().outstandingAnswers() == 0; }, 20000);
 }
 
-void BackendFixture::SetUpTestSuite() {
+void BackendFixture::StartSuite(const std::function<bool(const std::string& db)>& prepare) {
   suite = new Suite;
-  riskd::RiskServerOptions o;
-  o.store.dbPath = suite->db;
-  o.store.sample.holdings = 4000;
-  o.log = [](const std::string&) {};
-  std::string error;
-  suite->server = riskd::RiskServer::Start(o, &error);
-  ASSERT_TRUE(suite->server) << error;
+  ASSERT_TRUE((!prepare || prepare(suite->db)) && StartBackend());
   suite->control.Start("127.0.0.1", suite->server->port());
   host::HostContext& h = host::TheHost();
   h.control = &suite->control;
   host::StartupLoader loader(suite->control, "RMS1", h.master, h.user);
   QSignalSpy ready(&loader, &host::StartupLoader::ready_);
-  ASSERT_TRUE(ready.wait(20000));
+  ASSERT_TRUE(ready.wait(60000));
+}
+
+void BackendFixture::StopBackend() {
+  suite->server.reset();
+}
+
+bool BackendFixture::StartBackend() {
+  riskd::RiskServerOptions o;
+  o.store.dbPath = suite->db;
+  o.store.sample.holdings = 4000;
+  o.port = suite->port;
+  o.log = [](const std::string&) {};
+  std::string error;
+  suite->server = riskd::RiskServer::Start(o, &error);
+  EXPECT_TRUE(suite->server) << error;
+  if (suite->server)
+    suite->port = suite->server->port();
+  return suite->server != nullptr;
+}
+
+bool BackendFixture::Connected(bool up) {
+  return QTest::qWaitFor([&] { return (suite->control.IsConnected() != 0) == up; }, 20000);
 }
 
 void BackendFixture::TearDownTestSuite() {
@@ -149,7 +166,7 @@ void BackendFixture::TearDownTestSuite() {
 }
 
 void BackendFixture::SetUp() {
-  ASSERT_TRUE(suite && suite->server);
+  ASSERT_TRUE(suite && Connected(true));
   const std::string dir = settingsDir_.path().toStdString();
   paths_ = std::make_unique<ScopedSettingsPaths>(SettingsPaths{dir, dir});
   SetMessageSink([this](std::string_view text) { messages.emplace_back(text); });

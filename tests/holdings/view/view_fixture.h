@@ -1,12 +1,14 @@
-// One real tarn-riskd on a loopback port with a small sample database, the
-// host services loaded from it, and helpers that drive a CViewHold through
-// its controls and read the database the answers come from. Every holdings
-// view test over real sockets shares it.
+// One real tarn-riskd, in the test's process, on a loopback port over a small
+// sample database (or one a suite makes), the host services loaded from it,
+// and helpers that drive a CViewHold through its controls and read the
+// database the answers come from. Every holdings view test over real
+// sockets shares it.
 #pragma once
 
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <set>
 #include <string>
@@ -52,10 +54,20 @@ bool WaitForAnswers(CViewHold& view);
 
 class BackendFixture : public ::testing::Test {
 protected:
-  static void SetUpTestSuite();
+  // A tarn-riskd in this process over a sample database; user RMS1 logged in.
+  static void SetUpTestSuite() { StartSuite({}); }
   static void TearDownTestSuite();
   void SetUp() override;
   void TearDown() override;
+
+  // The same over a database `prepare` made first (false: not made).
+  static void StartSuite(const std::function<bool(const std::string& db)>& prepare);
+  // Stops the back-end (every connection closed) or starts it again on its
+  // port; StartBackend is false when it does not come up.
+  static void StopBackend();
+  static bool StartBackend();
+  // Waits until the host's connection is up (or down); false on a timeout.
+  static bool Connected(bool up);
 
   // A view initialised as the plug-in does for user RMS1; with
   // `everyOtherClient` combo 9013 offers every other client only.

@@ -1,5 +1,5 @@
 // The holdings grid's selection bookkeeping, through mouse clicks on the
-// real grid over a tarn-riskd answer; and the CSE record layout.
+// real grid over a tarn-riskd answer; and the message the answers are read into.
 #include <QTest>
 #include <gtest/gtest.h>
 
@@ -7,11 +7,9 @@
 #include "grid/widgets/filter_list_model.h"
 #include "holdings/view/view_hold.h"
 #include "holdings/view/view_hold_ids.h"
-#include "holdings/view_holdings.h"
 #include "kdl/message.h"
-#include "kdl/tags.h"
-#include "link/envelope.h"
 #include "tests/holdings/view/view_fixture.h"
+#include "tests/kdl/wire_bytes.h"
 
 namespace vh::test {
 namespace {
@@ -52,73 +50,18 @@ TEST_F(ViewSelection, TheSelectedRowsRecordIsKeptUntilTheNextAnswer) {
   EXPECT_EQ(view->SelectedRecord(), nullptr) << "a new answer starts without a selection";
 }
 
-// The CSE layout: one leg, then per value of 64276 the quantity sums and
-// the quantity-weighted averages, where a failed whole-number read weighs
-// with the number read before it.
-TEST(CseLayout, SumsAndWeightedAverages) {
-  using Values = std::vector<const char*>;
-  const struct {
-    const char* name;
-    Values q1, p1, q2, p2;
-    const char* v64298;
-    uint32_t sum1, sum2;
-    double avg1, avg2, value;
-  } cases[] = {
-      // clang-format off
-      {"twoLots", {"10", "30"}, {"1.5", "2.5"}, {"5", "5"}, {"4", "6"}, "7.25", 40, 10, 2.25, 5, 7.25},
-      {"missingSecondQuantityWeighsWithTheFirst",
-       {"10", "20"}, {"1", "2"}, {"3"}, {"2", "3"}, nullptr, 30, 23, 50.0 / 30, 66.0 / 23, 0},
-      {"noLots", {}, {}, {}, {}, "1", 0, 0, 0, 0, 1},
-      // clang-format on
-  };
-  for (const auto& c : cases) {
-    kdl::Message m;
-    m.Add(kTagClientId, "C1");
-    m.Add(kTagSegment, "cse_cm");
-    m.Add(63100, "CSESCRIP");
-    m.Add(10100, "777");
-    const std::pair<uint32_t, const Values*> lists[] = {
-        {64276, &c.q1}, {64277, &c.p1}, {64272, &c.q2}, {64273, &c.p2}};
-    for (const auto& [tag, values] : lists)
-      for (const char* v : *values)
-        m.Add(tag, v);
-    if (c.v64298)
-      m.Add(64298, c.v64298);
-    HoldingsStore store;
-    const ScripDetailsLookup lookup = [](std::string_view segment, std::string_view,
-                                         ScripDetailFields& out) {
-      out[kScripIsin] = segment == "cse_cm" ? "INECSE" : "";
-      return true;
-    };
-    CViewHoldings r;
-    ASSERT_TRUE(FillHoldingRecord(m.get(), r, store, lookup, true) && r.cse) << c.name;
-    EXPECT_EQ(r.cse->firstQuantity, c.sum1) << c.name;
-    EXPECT_EQ(r.cse->secondQuantity, c.sum2) << c.name;
-    EXPECT_DOUBLE_EQ(r.cse->firstAverage, c.avg1) << c.name;
-    EXPECT_DOUBLE_EQ(r.cse->secondAverage, c.avg2) << c.name;
-    EXPECT_DOUBLE_EQ(r.cse->value64298, c.value) << c.name;
-    EXPECT_EQ(store.Text(r.cseSymbol), "CSESCRIP") << c.name;
-    EXPECT_EQ(store.Text(r.scripDetail), "INECSE") << c.name;
-    store.ApplyPrice(kExchangeCse, "CSESCRIP", 4321, 0, 0);
-    EXPECT_EQ(store.Price(r, kExchangeCse), 4321) << c.name;
-  }
-}
-
 // The view's answers are read one after another through one reused
 // message: a refused message must leave nothing behind for the next.
 TEST(ReusedMessage, RefusesRepeatedTagsAndReadsTheNextAnswerWhole) {
-  // Fields 1000, 1001, ...; the builder merges repeats, so the first and
-  // last tags are rewritten in the bytes.
+  // Fields tagged 1000, 1001, ... (the first and last as given), each
+  // holding its position.
   const auto build = [](uint32_t fields, uint32_t firstTag, uint32_t lastTag) {
-    kdl::Message m(1u << 16);
+    std::string bytes = kdltest::U32(fields);
     for (uint32_t i = 0; i < fields; ++i)
-      m.Add(1000 + i, std::to_string(i));
-    std::string bytes(m.Serialise());
-    const size_t last = bytes.size() - 12 - std::to_string(fields - 1).size();
-    for (int b = 0; b < 4; ++b) {
-      bytes[4 + b] = char(firstTag >> (8 * b));
-      bytes[last + b] = char(lastTag >> (8 * b));
-    }
+      bytes += kdltest::FieldBytes(i == 0           ? firstTag
+                                   : i + 1 < fields ? 1000 + i
+                                                    : lastTag,
+                                   {std::to_string(i)});
     return bytes;
   };
   const struct {
