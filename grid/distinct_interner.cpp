@@ -1,7 +1,5 @@
 #include "grid/distinct_interner.h"
 
-#include "grid/text_hash.h"
-
 #include <algorithm>
 #include <cstring>
 #include <numeric>
@@ -10,7 +8,7 @@ namespace vh {
 
 // Together the words read cover every byte of a text of up to 8 bytes, so
 // head and length tell such texts apart.
-uint64_t TextInterner::Head(std::string_view text) {
+inline uint64_t TextInterner::Head(std::string_view text) {
   const char* p = text.data();
   const size_t n = text.size();
   if (n >= 8)
@@ -22,54 +20,52 @@ uint64_t TextInterner::Head(std::string_view text) {
   return 0;
 }
 
+// Texts longer than 8 bytes: their last 8, which with the head cover every
+// byte of a text of up to 16.
+inline uint64_t TextInterner::Tail(std::string_view text) {
+  return text.size() > 8 ? Load8(text.data() + text.size() - 8) : 0;
+}
+
 // The length (longer texts all count as 65535) and 16 more bits of hash.
-uint32_t TextInterner::Tag(std::string_view text, uint32_t hash) {
+inline uint32_t TextInterner::Tag(std::string_view text, uint32_t hash) {
   return uint32_t(std::min<size_t>(text.size(), 0xFFFF)) << 16 | (hash >> 16);
 }
 
-void TextInterner::Place(uint32_t id, uint64_t head, uint32_t tag, uint32_t hash) {
+void TextInterner::Place(uint32_t id, std::string_view text, uint32_t hash) {
   const size_t mask = table_.size() - 1;
   size_t slot = hash & mask;
   while (table_[slot].id != 0)
     slot = (slot + 1) & mask;
-  table_[slot] = Slot{head, id + 1, tag};
+  table_[slot] = Slot{Head(text), Tail(text), id + 1, Tag(text, hash)};
 }
 
 void TextInterner::Grow() {
-  table_.assign(table_.empty() ? 64 : table_.size() * 2, Slot{0, 0, 0});
-  for (uint32_t id = 0; id < spans_.size(); ++id) {
-    const std::string_view text = Text(id);
-    Place(id, Head(text), Tag(text, spans_[id].hash), spans_[id].hash);
-  }
-}
-
-uint32_t TextInterner::Hash(std::string_view text) {
-  return HashText(text);
+  table_.assign(table_.empty() ? 64 : table_.size() * 2, Slot{0, 0, 0, 0});
+  for (uint32_t id = 0; id < spans_.size(); ++id)
+    Place(id, Text(id), spans_[id].hash);
 }
 
 uint32_t TextInterner::Intern(std::string_view text, uint32_t hash) {
   if ((spans_.size() + 1) * 2 > table_.size())
     Grow();
   const uint64_t head = Head(text);
+  const uint64_t tail = Tail(text);
   const uint32_t tag = Tag(text, hash);
   const size_t mask = table_.size() - 1;
   size_t slot = hash & mask;
   while (table_[slot].id != 0) {
     const Slot& s = table_[slot];
-    if (s.head == head && s.tag == tag) {
-      const uint32_t id = s.id - 1;
-      // Equal tags mean equal lengths; the head holds the first 8 bytes.
-      const size_t n = text.size();
-      if (n <= 8 || (n <= 16 ? Load8(Text(id).data() + n - 8) == Load8(text.data() + n - 8)
-                             : Text(id) == text))
-        return id;
-    }
+    // Equal tags mean equal lengths, and head and tail then hold every
+    // byte of a text of up to 16.
+    if (s.head == head && s.tail == tail && s.tag == tag &&
+        (text.size() <= 16 || Text(s.id - 1) == text))
+      return s.id - 1;
     slot = (slot + 1) & mask;
   }
   const uint32_t id = uint32_t(spans_.size());
   spans_.push_back(Span{buffer_.size(), uint32_t(text.size()), hash});
   buffer_.append(text);
-  table_[slot] = Slot{head, id + 1, tag};
+  table_[slot] = Slot{head, tail, id + 1, tag};
   return id;
 }
 

@@ -4,6 +4,8 @@
 // so a million lookups allocate only when a new text appears.
 #pragma once
 
+#include "grid/text_hash.h"
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -18,7 +20,7 @@ public:
   // The same with `hash` == Hash(text) known: a caller interning many
   // texts hashes a few ahead and Prefetches their slots.
   uint32_t Intern(std::string_view text, uint32_t hash);
-  static uint32_t Hash(std::string_view text);
+  static uint32_t Hash(std::string_view text) { return HashText(text); }
   void Prefetch(uint32_t hash) const {
     if (!table_.empty())
       __builtin_prefetch(&table_[hash & (table_.size() - 1)]);
@@ -44,17 +46,20 @@ private:
     uint32_t length;
     uint32_t hash;
   };
-  // A table slot holds a text's first bytes, so that a text of up to 8
-  // bytes is found without reading the spans or the buffer: most cell
-  // texts are that short, and a million lookups then miss the cache once.
+  // A table slot holds a text's first and last eight bytes, so that a text
+  // of up to 16 bytes (symbols with their series, client ids, codes) is
+  // found without reading the spans or the buffer: a million lookups then
+  // touch only the table.
   struct Slot {
     uint64_t head;
+    uint64_t tail;
     uint32_t id; // id + 1, 0 for empty
     uint32_t tag;
   };
   static uint64_t Head(std::string_view text);
+  static uint64_t Tail(std::string_view text);
   static uint32_t Tag(std::string_view text, uint32_t hash);
-  void Place(uint32_t id, uint64_t head, uint32_t tag, uint32_t hash);
+  void Place(uint32_t id, std::string_view text, uint32_t hash);
   void Grow();
 
   std::string buffer_;

@@ -113,12 +113,17 @@ void RowEngine::Filter() {
   }
   const bool exact = exactFlags_ != 0;
   std::vector<FilterKeys> cached;
+  // The only filter may choose its rows while its column's cache is built.
+  std::vector<int32_t>* sweepMap = active.size() == 1 ? &map_ : nullptr;
   for (const auto& filter : active)
-    cached.push_back(PrepareFilterKeys(filter.first, filter.second, exact));
+    cached.push_back(PrepareFilterKeys(filter.first, filter.second, exact, sweepMap));
   std::string scratch;
   // One filter read from its cache runs in a loop of its own.
   const bool oneCached = active.size() == 1 && cached[0].mode != FilterKeys::Mode::kTexts;
-  if (oneCached)
+  const bool swept = oneCached && cached[0].swept;
+  if (!swept)
+    map_.clear(); // what a sweep that did not cover every row left
+  if (oneCached && !swept)
     FilterOneCached(cached[0], active[0].second, exact, items_, map_);
   for (size_t d = 0; !oneCached && d < items_.size(); ++d) {
     const uint64_t item = items_[d];

@@ -136,6 +136,20 @@ struct FilterKeys {
   // kShortPrefixes: per alternative, the bytes that must match and their
   // lower-cased value.
   std::vector<std::pair<uint64_t, uint64_t>> prefixes;
+  // kIds: the pass's rows were chosen while the cache was built (FilterSweep).
+  bool swept = false;
+};
+
+// The only filter of a pass, riding along the first build of its column's
+// numbered texts: each text is matched when it is first numbered and each
+// row's verdict appended as the row is read, so a cold pass reads every
+// cell once, as an uncached one does, and leaves the cache behind.
+struct FilterSweep {
+  const FilterPattern* pattern = nullptr;
+  bool exact = false;
+  std::vector<int32_t>* map = nullptr;
+  std::vector<uint8_t> verdicts; // per text number: 1 miss, 2 match
+  size_t rows = 0;               // rows swept so far
 };
 
 // The filter's verdict for store slot `slot` from the cache (any mode but

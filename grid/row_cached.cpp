@@ -166,6 +166,18 @@ void FilterOneCached(FilterKeys& filter, const FilterPattern& pattern, bool exac
     }
     return;
   }
+  if (filter.mode == FilterKeys::Mode::kIds) {
+    // Every distinct text is matched up front, so the loop over the rows
+    // reads two small arrays and calls nothing.
+    const uint32_t* id = keys.ids.data();
+    std::vector<uint8_t>& verdicts = filter.verdicts;
+    for (uint32_t t = 0; t < verdicts.size(); ++t)
+      verdicts[t] = pattern.Matches(keys.texts.Text(t), exact) ? 2 : 1;
+    for (size_t d = 0; d < n; ++d)
+      if (verdicts[id[d]] == 2 && items[d] != 0)
+        map.push_back(int32_t(d));
+    return;
+  }
   if (filter.mode == FilterKeys::Mode::kNumbers) { // long columns
     for (size_t d = 0; d < n; ++d)
       if (items[d] != 0 && pattern.MatchesNumber(NumberOfKey(keys.type, keys.keys[d])))
@@ -179,7 +191,8 @@ void FilterOneCached(FilterKeys& filter, const FilterPattern& pattern, bool exac
 
 // --- cached passes -----------------------------------------------------------------
 
-FilterKeys RowEngine::PrepareFilterKeys(int column, const FilterPattern& pattern, bool exact) {
+FilterKeys RowEngine::PrepareFilterKeys(int column, const FilterPattern& pattern, bool exact,
+                                        std::vector<int32_t>* sweepMap) {
   FilterKeys filter;
   const sTarnColInfo* info = ColumnInfo(column);
   if (!info)
@@ -188,7 +201,8 @@ FilterKeys RowEngine::PrepareFilterKeys(int column, const FilterPattern& pattern
   // A number column keeps no texts: only number-only filters can use it.
   if (column < dataColumnCount_ && IsNumberType(info->nType) && !numbers)
     return filter;
-  filter.keys = PassKeys(column);
+  FilterSweep sweep{&pattern, exact, sweepMap, {}, 0};
+  filter.keys = PassKeys(column, sweepMap ? &sweep : nullptr);
   if (!filter.keys)
     return filter;
   switch (filter.keys->kind) {
@@ -212,6 +226,7 @@ FilterKeys RowEngine::PrepareFilterKeys(int column, const FilterPattern& pattern
   }
   case ColumnKeys::Kind::kText:
     filter.mode = FilterKeys::Mode::kIds;
+    filter.swept = sweepMap && sweep.rows == filter.keys->Slots();
     filter.verdicts.assign(filter.keys->texts.Size(), 0);
     break;
   case ColumnKeys::Kind::kNumber:

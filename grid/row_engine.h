@@ -29,6 +29,7 @@ class TextInterner;
 class KeyCache;
 struct ColumnKeys;
 struct FilterKeys;
+struct FilterSweep;
 struct FreshKey;
 class FilterPattern;
 
@@ -293,8 +294,8 @@ private:
   std::vector<uint32_t> OrderByDateTime(int column, size_t n, int direction);
 
   // Key caches (grid/row_keys.cpp, grid/row_cached.cpp).
-  ColumnKeys* PassKeys(int column);
-  std::unique_ptr<ColumnKeys> ReadColumnKeys(int column);
+  ColumnKeys* PassKeys(int column, FilterSweep* sweep = nullptr);
+  std::unique_ptr<ColumnKeys> ReadColumnKeys(int column, FilterSweep* sweep);
   bool ReadSlotKey(ColumnKeys& keys, int column, uint32_t slot, FreshKey& out,
                    std::string& scratch);
   uint64_t ReadCellForm(uint64_t itemData, int column, std::string& scratch);
@@ -304,7 +305,8 @@ private:
   bool ReadCustomSlot(ColumnKeys& keys, int column, uint32_t slot,
                       const std::vector<const uint64_t*>& inputs, FreshKey& out,
                       std::string& scratch);
-  FilterKeys PrepareFilterKeys(int column, const FilterPattern& pattern, bool exact);
+  FilterKeys PrepareFilterKeys(int column, const FilterPattern& pattern, bool exact,
+                               std::vector<int32_t>* sweepMap);
   void VerifyKeys(ColumnKeys& keys, int column);
   bool CustomDependsOn(int custom, int column, std::vector<char>& seen) const;
   void ForgetKeys(int column);

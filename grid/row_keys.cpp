@@ -233,7 +233,20 @@ bool RowEngine::ReadCustomSlot(ColumnKeys& keys, int column, uint32_t slot,
   return ReadSlotKey(keys, column, slot, out, scratch);
 }
 
-std::unique_ptr<ColumnKeys> RowEngine::ReadColumnKeys(int column) {
+namespace {
+
+void SweepRow(FilterSweep& sweep, uint32_t slot, uint32_t id, std::string_view text, bool hasItem) {
+  // Texts are numbered in order of first appearance: a new one is the next.
+  if (id == sweep.verdicts.size())
+    sweep.verdicts.push_back(sweep.pattern->Matches(text, sweep.exact) ? 2 : 1);
+  if (hasItem && sweep.verdicts[id] == 2)
+    sweep.map->push_back(int32_t(slot));
+  ++sweep.rows;
+}
+
+} // namespace
+
+std::unique_ptr<ColumnKeys> RowEngine::ReadColumnKeys(int column, FilterSweep* sweep) {
   auto keys = std::make_unique<ColumnKeys>();
   keys->type = columns_[size_t(column)].nType;
   if (column >= dataColumnCount_) {
@@ -247,9 +260,7 @@ std::unique_ptr<ColumnKeys> RowEngine::ReadColumnKeys(int column) {
         IsNumberType(keys->type) ? ColumnKeys::Kind::kNumber : ColumnKeys::Kind::kShortText;
   }
   const size_t n = items_.size();
-  if (keys->kind == ColumnKeys::Kind::kText)
-    keys->ids.resize(n);
-  else
+  if (keys->kind != ColumnKeys::Kind::kShortText)
     keys->keys.resize(n);
   std::optional<MessageCounter> messages;
   if (keys->kind == ColumnKeys::Kind::kCustom)
@@ -258,18 +269,21 @@ std::unique_ptr<ColumnKeys> RowEngine::ReadColumnKeys(int column) {
   FreshKey fresh;
   if (keys->kind == ColumnKeys::Kind::kShortText) {
     // Short texts need no table of texts at all; the first longer one
-    // sends the column to numbered texts.
+    // sends the column to numbered texts. Keys are appended, not zeroed
+    // first, so a column that turns out long never touches most of them.
+    keys->keys.reserve(n);
     bool allShort = true;
     for (uint32_t d = 0; d < n && allShort; ++d) {
       const uint64_t item = items_[d];
-      allShort = ShortTextKey(item != 0 ? PassText(item, column, scratch) : std::string_view(),
-                              keys->keys[d]);
+      uint64_t key = 0;
+      allShort =
+          ShortTextKey(item != 0 ? PassText(item, column, scratch) : std::string_view(), key);
+      keys->keys.push_back(key);
     }
     if (allShort)
       return keys;
     keys->kind = ColumnKeys::Kind::kText;
     std::vector<uint64_t>().swap(keys->keys);
-    keys->ids.resize(n);
   }
   if (keys->kind == ColumnKeys::Kind::kText) {
     // Once the distinct texts outgrow the processor's cache, a few rows are
@@ -278,6 +292,7 @@ std::unique_ptr<ColumnKeys> RowEngine::ReadColumnKeys(int column) {
     constexpr uint32_t kAhead = 16;
     constexpr size_t kTextsInCache = 16384;
     constexpr size_t kShort = 16;
+    keys->ids.reserve(n);
     char shortTexts[kAhead][kShort];
     std::string longTexts[kAhead];
     std::string_view texts[kAhead];
@@ -285,8 +300,11 @@ std::unique_ptr<ColumnKeys> RowEngine::ReadColumnKeys(int column) {
     for (uint32_t d = 0; d < n;) {
       if (keys->texts.Size() < kTextsInCache) {
         const uint64_t item = items_[d];
-        keys->ids[d++] =
-            keys->texts.Intern(item != 0 ? PassText(item, column, scratch) : std::string_view());
+        const std::string_view text = item != 0 ? PassText(item, column, scratch) : "";
+        keys->ids.push_back(keys->texts.Intern(text));
+        if (sweep)
+          SweepRow(*sweep, d, keys->ids.back(), text, item != 0);
+        ++d;
         continue;
       }
       const uint32_t count = std::min<uint32_t>(kAhead, uint32_t(n) - d);
@@ -302,8 +320,11 @@ std::unique_ptr<ColumnKeys> RowEngine::ReadColumnKeys(int column) {
         hashes[i] = TextInterner::Hash(texts[i]);
         keys->texts.Prefetch(hashes[i]);
       }
-      for (uint32_t i = 0; i < count; ++i)
-        keys->ids[d + i] = keys->texts.Intern(texts[i], hashes[i]);
+      for (uint32_t i = 0; i < count; ++i) {
+        keys->ids.push_back(keys->texts.Intern(texts[i], hashes[i]));
+        if (sweep)
+          SweepRow(*sweep, d + i, keys->ids.back(), texts[i], items_[d + i] != 0);
+      }
       d += count;
     }
     return keys;
@@ -368,7 +389,7 @@ void RowEngine::VerifyKeys(ColumnKeys& keys, int column) {
   }
 }
 
-ColumnKeys* RowEngine::PassKeys(int column) {
+ColumnKeys* RowEngine::PassKeys(int column, FilterSweep* sweep) {
   if (keyCacheLimit_ == 0 || !keyCache_ || !HasDataSource() || column < 0 ||
       column >= ColumnCount())
     return nullptr;
@@ -412,7 +433,7 @@ ColumnKeys* RowEngine::PassKeys(int column) {
       keys->dirty.clear();
   }
   if (!keys) {
-    std::unique_ptr<ColumnKeys> read = ReadColumnKeys(column);
+    std::unique_ptr<ColumnKeys> read = ReadColumnKeys(column, sweep);
     if (!read)
       return nullptr;
     keys = &keyCache_->Install(column, std::move(read));
