@@ -235,7 +235,8 @@ bool RowEngine::ReadCustomSlot(ColumnKeys& keys, int column, uint32_t slot,
 
 namespace {
 
-void SweepRow(FilterSweep& sweep, uint32_t slot, uint32_t id, std::string_view text, bool hasItem) {
+inline void SweepRow(FilterSweep& sweep, uint32_t slot, uint32_t id, std::string_view text,
+                     bool hasItem) {
   // Texts are numbered in order of first appearance: a new one is the next.
   if (id == sweep.verdicts.size())
     sweep.verdicts.push_back(sweep.pattern->Matches(text, sweep.exact) ? 2 : 1);
