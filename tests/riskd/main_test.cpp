@@ -1,4 +1,4 @@
-// The tarn-riskd executable: arguments, --summary, SIGTERM.
+// The tarn-riskd executable: arguments, --summary, passwords, SIGTERM.
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <vector>
 
+#include "riskd/passwords.h"
 #include "tests/riskd/riskd_fixture.h"
 
 namespace riskd_test {
@@ -21,9 +22,12 @@ struct ProcessResult {
   std::string out;
 };
 
-ProcessResult RunRiskd(const std::string& args) {
+// Runs tarn-riskd with `args` and `input` on its standard input.
+ProcessResult RunRiskd(const std::string& args, const std::string& input = "") {
   ProcessResult r;
-  FILE* p = popen((std::string(TARN_RISKD_EXE) + " " + args + " 2>/dev/null").c_str(), "r");
+  const std::string command =
+      "printf '%s' '" + input + "' | " TARN_RISKD_EXE " " + args + " 2>/dev/null";
+  FILE* p = popen(command.c_str(), "r");
   if (!p)
     return r;
   char buf[4096];
@@ -50,14 +54,41 @@ TEST(RiskdMain, SummaryIsTheSameForTheSameSeed) {
   EXPECT_EQ(std::count(first.out.begin(), first.out.end(), '\n'), 6 + 10 + 10) << first.out;
 }
 
-TEST(RiskdMain, RefusesBadArguments) {
-  for (const char* args :
-       {"", "--summary", "--db x.db", "--db x.db --listen 1.2.3.4", "--db x.db --summary --rows -5",
-        "--db x.db --bogus 1 --summary", "--db x.db --listen 127.0.0.1:0 --summary",
-        // A password is read from standard input, never taken from the command line.
-        "--db x.db --set-password RMS1 secret"}) {
-    EXPECT_EQ(RunRiskd(args).status, 2 << 8) << args;
-  }
+TEST(RiskdMain, ExitStatusAndPasswordsFromStandardInput) {
+  TempDir dir;
+  const std::string setPassword = "--db " + dir.file("p.db") + " --rows 100 --set-password ";
+  const struct {
+    const char* name;
+    std::string args;
+    const char* input;
+    int status;
+  } cases[] = {
+      {"noDb", "--summary", "", 2},
+      {"listenWithoutPort", "--db x.db --listen 1.2.3.4", "", 2},
+      {"rowsNotPositive", "--db x.db --summary --rows -5", "", 2},
+      {"unknownOption", "--db x.db --bogus 1 --summary", "", 2},
+      {"twoUses", "--db x.db --listen 127.0.0.1:0 --summary", "", 2},
+      // A password is read from standard input, never taken from the command line.
+      {"passwordAsArgument", "--db x.db --set-password RMS1 secret", "", 2},
+      {"knownUser", setPassword + "RMS2", "same words\n", 0},
+      {"lastLineWithoutEnd", setPassword + "RMS1", "same words", 0},
+      {"unknownUser", setPassword + "NOBODY", "pass word\n", 1},
+      {"emptyPassword", setPassword + "DEALER1", "\n", 1},
+      {"nothingOnStandardInput", setPassword + "DEALER1", "", 1},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ(RunRiskd(c.args, c.input).status, c.status << 8) << c.name;
+  riskd::Db db;
+  std::string error;
+  ASSERT_TRUE(db.Open(dir.file("p.db"), &error)) << error;
+  const std::string rms1 = riskd::PasswordHash(db, "RMS1"), rms2 = riskd::PasswordHash(db, "RMS2");
+  EXPECT_TRUE(riskd::VerifyPassword(rms1, "same words"));
+  EXPECT_TRUE(riskd::VerifyPassword(rms2, "same words"));
+  EXPECT_FALSE(riskd::VerifyPassword(riskd::PasswordHash(db, "DEALER1"), ""));
+  // Stored only as salted hashes: the same password differs for each user.
+  EXPECT_EQ(rms1.rfind("$argon2id$", 0), 0u) << rms1;
+  EXPECT_EQ(rms1.find("same"), std::string::npos);
+  EXPECT_NE(rms1, rms2);
 }
 
 TEST(RiskdMain, ServesUntilSigterm) {
