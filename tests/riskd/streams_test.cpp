@@ -1,4 +1,4 @@
-// Streams, bad input and many connections.
+// Answers, streams, bad input and many connections.
 #include <gtest/gtest.h>
 
 #include <thread>
@@ -22,6 +22,81 @@ protected:
   }
 };
 
+// How many records each request gets, from the rows its user may see, and
+// the first record's value of `tag` where one is named. Answers are produced
+// 512 bytes ahead of the reader and still arrive whole; the price and
+// present-value streams tick once only, so what goes out is the answers
+// asked for (ticks inside answers are frames_test's).
+TEST_F(StreamsTest, AnswersCarryTheRowsTheUserMaySee) {
+  options_.maxQueuedBytes = 2048;
+  options_.priceInterval = options_.presentInterval = std::chrono::hours(1);
+  StartServer();
+  const std::string seenByRms2 =
+      " AND client_id IN (SELECT client_id FROM user_client WHERE user_id='RMS2')";
+  const std::string bothLegs =
+      " FROM scrip WHERE nse_token IS NOT NULL AND bse_code IS NOT NULL ORDER BY id LIMIT 1";
+  const std::string ofScrip =
+      "SELECT count(*) FROM holding WHERE scrip_id=(SELECT id" + bothLegs + ")" + seenByRms2;
+  const auto holdings = [](Fields f) { return MakeRequest("display_holding_detail", f); };
+  const auto top = [](const char* exchange, const char* method, const char* user) {
+    return MakeRequest("rs_display_topten_holdings",
+                       {{10101, exchange}, {41232, method}, {31003, user}});
+  };
+  const struct {
+    const char* name;
+    kdl::Message request;
+    std::string count; // "SELECT 0" where nothing may come back
+    uint32_t tag = 0;
+    std::string value = {};
+  } cases[] = {
+      {"listed client", holdings({{54001, "C000001"}, {31003, "RMS2"}}),
+       "SELECT count(*) FROM holding WHERE client_id='C000001'"},
+      {"unknown user", holdings({{54001, "C000001"}, {31003, "NOBODY"}}), "SELECT 0"},
+      {"NSE token",
+       holdings({{63001, "nse_cm"}, {10100, Str("SELECT nse_token" + bothLegs)}, {31003, "RMS2"}}),
+       ofScrip},
+      {"code only in 63003",
+       holdings({{63001, "nse_cm"},
+                 {10100, "NOSUCH-EQ"},
+                 {63003, Str("SELECT bse_code" + bothLegs)},
+                 {31003, "RMS2"}}),
+       ofScrip},
+      {"unknown scrip", holdings({{63001, "nse_cm"}, {10100, "NOSUCH-EQ"}, {31003, "RMS1"}}),
+       "SELECT 0"},
+      {"hot scrip", HotQuery(), kHotCount},
+      {"counterpart of an ISIN",
+       MakeRequest("mrv_cj", {{63003, Str("SELECT isin" + bothLegs)}, {63001, "bse_cm"}}),
+       "SELECT 1", 10100, "SELECT bse_symbol" + bothLegs},
+      {"peer of an unknown user", MakeRequest("om_get_user_peer_data", {{31003, "NOBODY"}}),
+       "SELECT 0"},
+      {"scrip master", MakeRequest("tarn_scrip_master"),
+       "SELECT count(nse_token)+count(bse_code) FROM scrip"},
+      {"top ten", top("NSE", "1", "RMS1"), "SELECT 1"},
+      {"top ten, method 2", top("NSE", "2", "RMS1"), "SELECT 0"},
+      {"top ten, exchange CSE", top("CSE", "1", "RMS1"), "SELECT 0"},
+      {"top ten, unknown user", top("NSE", "1", "NOBODY"), "SELECT 0"},
+      {"lien of the administrator", MakeRequest("om_get_client_reports", {{54247, "RMS1"}}),
+       "SELECT count(*) FROM lien"},
+      {"lien of a desk user",
+       MakeRequest("om_get_client_reports", {{54247, "RMS2"}, {63002, "CASH"}}),
+       "SELECT count(*) FROM lien WHERE segment='CASH'" + seenByRms2},
+      {"lien of an unknown user", MakeRequest("om_get_client_reports", {{54247, "NOBODY"}}),
+       "SELECT 0"},
+  };
+  TestClient client(server_->port());
+  for (const auto& c : cases) {
+    const Stream s = client.Ask(c.request);
+    EXPECT_TRUE(s.ended) << c.name;
+    const int64_t want = Count(c.count);
+    EXPECT_TRUE(want > 0 || c.count == "SELECT 0") << c.name << ": the sample lacks the rows";
+    ASSERT_EQ(int64_t(s.records.size()), want) << c.name;
+    if (c.tag != 0) {
+      EXPECT_EQ(Text(s.records[0], c.tag), Str(c.value)) << c.name;
+    }
+  }
+  EXPECT_FALSE(LogHas("closed"));
+}
+
 // Present values for each scrip of the client's holdings, then prices for
 // those scrips only, then present values again on the timer.
 TEST_F(StreamsTest, HoldingsQueryStartsPricesAndPresentValues) {
@@ -29,14 +104,10 @@ TEST_F(StreamsTest, HoldingsQueryStartsPricesAndPresentValues) {
   const std::string of = " FROM holding WHERE client_id='C000001'";
   TestClient c(server_->port());
   ASSERT_TRUE(c.Ask(MakeRequest("display_holding_detail", {{54001, "C000001"}})).ended);
-  int64_t qty = 0;
   const Stream present = c.Collect("om_get_prsnt_values");
-  for (const auto& r : present.records) {
-    qty += std::stoll(Text(r, 64044));
+  for (const auto& r : present.records)
     EXPECT_EQ(std::stoll(Text(r, 41231)), std::stoll(Text(r, 64044)) * std::stoll(Text(r, 6)));
-  }
   EXPECT_EQ(int64_t(present.records.size()), Count("SELECT count(DISTINCT scrip_id)" + of));
-  EXPECT_EQ(qty, Count("SELECT sum(holdings_qty)" + of));
   const Stream prices = c.Collect("mrv_master");
   ASSERT_FALSE(prices.records.empty());
   for (const auto& r : prices.records) {
@@ -82,22 +153,8 @@ TEST_F(StreamsTest, BadInputCostsOnlyTheRequestOrItsConnection) {
   server_->Stop(); // again: nothing happens
 }
 
-TEST_F(StreamsTest, ConcurrentConnectionsEachGetTheirWholeAnswer) {
-  StartServer();
-  const std::string bytes(HotQuery().Serialise());
-  std::vector<int64_t> got(8, -1);
-  std::vector<std::thread> threads;
-  for (size_t i = 0; i < got.size(); ++i)
-    threads.emplace_back([&, i] {
-      TestClient c(server_->port());
-      const Stream s = c.Ask(*kdl::Message::Parse(bytes), 20000);
-      got[i] = s.ended ? int64_t(s.records.size()) : -1;
-    });
-  for (auto& t : threads)
-    t.join();
-  EXPECT_EQ(got, std::vector<int64_t>(got.size(), Count(kHotCount)));
-}
-
+// A connection that does not read holds up no other, and still gets its
+// answers whole once it reads.
 TEST_F(StreamsTest, ASilentReaderStallsNobody) {
   options_.store.sample.holdings = 60000; // a hot scrip with thousands of holders
   StartServer();
@@ -107,9 +164,8 @@ TEST_F(StreamsTest, ASilentReaderStallsNobody) {
   std::this_thread::sleep_for(std::chrono::milliseconds(300));
   TestClient other(server_->port());
   const auto start = std::chrono::steady_clock::now();
-  ExpectAnswers(other, "while another connection does not read");
+  EXPECT_EQ(int64_t(other.Ask(HotQuery()).records.size()), Count(kHotCount));
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
-  // The silent one still gets both answers whole once it reads.
   for (int answer = 0; answer < 2; ++answer)
     EXPECT_EQ(int64_t(silent.Collect("display_holding_detail", 20000).records.size()),
               Count(kHotCount));
@@ -128,39 +184,8 @@ TEST_F(StreamsTest, AReaderTooFarBehindIsClosed) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
   while (!LogHas("behind; closed") && std::chrono::steady_clock::now() < deadline)
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  EXPECT_TRUE(LogHas("behind; closed"));
   EXPECT_TRUE(slow.WaitClosed());
   ExpectAnswers(other, "the connection that reads");
-}
-
-// Answers produced 512 bytes ahead of the reader still arrive whole. The
-// price and present-value streams tick once only, so that what goes out is
-// the answers asked for and nothing that depends on timing; ticks inside
-// answers are frames_test's.
-TEST_F(StreamsTest, AnswersArriveWholeThroughASmallQueue) {
-  options_.maxQueuedBytes = 2048;
-  options_.priceInterval = options_.presentInterval = std::chrono::hours(1);
-  StartServer();
-  TestClient c(server_->port());
-  const struct {
-    const char* name;
-    kdl::Message request;
-    std::string count;
-  } cases[] = {
-      {"hotScrip", HotQuery(), kHotCount},
-      {"scripMaster", MakeRequest("tarn_scrip_master"),
-       "SELECT count(nse_token)+count(bse_code) FROM scrip"},
-      {"lienReport", MakeRequest("om_get_client_reports", {{54247, "RMS1"}}),
-       "SELECT count(*) FROM lien"},
-      {"topTen", MakeRequest("rs_display_topten_holdings", {{10101, "NSE"}, {41232, "1"}}),
-       "SELECT 1"},
-  };
-  for (const auto& k : cases) {
-    const Stream s = c.Ask(k.request);
-    EXPECT_TRUE(s.ended) << k.name;
-    EXPECT_EQ(int64_t(s.records.size()), Count(k.count)) << k.name;
-  }
-  EXPECT_FALSE(LogHas("closed"));
 }
 
 } // namespace
