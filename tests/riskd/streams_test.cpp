@@ -8,6 +8,13 @@
 namespace riskd_test {
 namespace {
 
+// A request with a field present but empty, as kdl allows.
+kdl::Message WithEmpty(std::string_view name, uint32_t emptyTag, const Fields& fields = {}) {
+  kdl::Message m = MakeRequest(name, fields);
+  m.AddEmpty(emptyTag);
+  return m;
+}
+
 class StreamsTest : public RiskdTest {
 protected:
   void SetUp() override {
@@ -63,10 +70,21 @@ TEST_F(StreamsTest, AnswersCarryTheRowsTheUserMaySee) {
        ofScrip},
       {"unknown scrip", holdings({{63001, "nse_cm"}, {10100, "NOSUCH-EQ"}, {31003, "RMS1"}}),
        "SELECT 0"},
+      {"naming nothing", holdings({}), "SELECT 0"},
+      {"empty client", WithEmpty("display_holding_detail", 54001), "SELECT 0"},
+      {"leg without symbol", holdings({{63001, "nse_cm"}}), "SELECT 0"},
+      {"three legs, long symbol",
+       holdings({{63001, "nse_cm"},
+                 {63001, "bse_cm"},
+                 {63001, "cse_cm"},
+                 {10100, std::string(3000, 'Z')}}),
+       "SELECT 0"},
+      {"quote in client", holdings({{54001, "C' OR '1'='1"}}), "SELECT 0"},
       {"hot scrip", HotQuery(), kHotCount},
       {"counterpart of an ISIN",
        MakeRequest("mrv_cj", {{63003, Str("SELECT isin" + bothLegs)}, {63001, "bse_cm"}}),
        "SELECT 1", 10100, "SELECT bse_symbol" + bothLegs},
+      {"counterpart of nothing", WithEmpty("mrv_cj", 63003), "SELECT 1"},
       {"peer of an unknown user", MakeRequest("om_get_user_peer_data", {{31003, "NOBODY"}}),
        "SELECT 0"},
       {"scrip master", MakeRequest("tarn_scrip_master"),
@@ -75,8 +93,8 @@ TEST_F(StreamsTest, AnswersCarryTheRowsTheUserMaySee) {
       {"top ten, method 2", top("NSE", "2", "RMS1"), "SELECT 0"},
       {"top ten, exchange CSE", top("CSE", "1", "RMS1"), "SELECT 0"},
       {"top ten, unknown user", top("NSE", "1", "NOBODY"), "SELECT 0"},
-      {"lien of the administrator", MakeRequest("om_get_client_reports", {{54247, "RMS1"}}),
-       "SELECT count(*) FROM lien"},
+      {"lien of the administrator, empty segment",
+       WithEmpty("om_get_client_reports", 63002, {{54247, "RMS1"}}), "SELECT count(*) FROM lien"},
       {"lien of a desk user",
        MakeRequest("om_get_client_reports", {{54247, "RMS2"}, {63002, "CASH"}}),
        "SELECT count(*) FROM lien WHERE segment='CASH'" + seenByRms2},
