@@ -35,6 +35,7 @@ TEST_F(RiskdTest, TicksNeverLandInsideAnAnswer) {
                          " SELECT 'C000001',id,'ZZZ',7 FROM scrip",
                          nullptr));
     const int64_t scrips = Count("SELECT count(*) FROM scrip");
+    const int64_t legs = Count("SELECT count(nse_token)+count(bse_code) FROM scrip");
     TestClient client(server_->port());
     ASSERT_TRUE(
         client.Send(MakeRequest("display_holding_detail", {{vh::kTagClientId, "C000001"}})));
@@ -49,13 +50,18 @@ TEST_F(RiskdTest, TicksNeverLandInsideAnAnswer) {
       const std::string name = Text(*msg, vh::kTagAnsweredName);
       if (!msg->Count(vh::kTagStatus)) {
         ++inStream[name];
+        if (name == "om_get_prsnt_values") {
+          EXPECT_EQ(std::stoll(Text(*msg, vh::kTagValue)),
+                    std::stoll(Text(*msg, vh::kTagHoldingsQty)) *
+                        std::stoll(Text(*msg, vh::kTagLastPrice)));
+        }
         continue;
       }
       if (name == "om_get_prsnt_values") {
         EXPECT_EQ(inStream[name], scrips);
         ++presentStreams;
       } else if (name == "mrv_master") {
-        EXPECT_GT(inStream[name], 0);
+        EXPECT_EQ(inStream[name], legs);
         ++priceStreams;
       } else {
         ASSERT_EQ(name, "display_holding_detail");

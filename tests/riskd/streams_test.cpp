@@ -115,30 +115,6 @@ TEST_F(StreamsTest, AnswersCarryTheRowsTheUserMaySee) {
   EXPECT_FALSE(LogHas("closed"));
 }
 
-// Present values for each scrip of the client's holdings, then prices for
-// those scrips only, then present values again on the timer.
-TEST_F(StreamsTest, HoldingsQueryStartsPricesAndPresentValues) {
-  StartServer();
-  const std::string of = " FROM holding WHERE client_id='C000001'";
-  TestClient c(server_->port());
-  ASSERT_TRUE(c.Ask(MakeRequest("display_holding_detail", {{54001, "C000001"}})).ended);
-  const Stream present = c.Collect("om_get_prsnt_values");
-  for (const auto& r : present.records)
-    EXPECT_EQ(std::stoll(Text(r, 41231)), std::stoll(Text(r, 64044)) * std::stoll(Text(r, 6)));
-  EXPECT_EQ(int64_t(present.records.size()), Count("SELECT count(DISTINCT scrip_id)" + of));
-  const Stream prices = c.Collect("mrv_master");
-  ASSERT_FALSE(prices.records.empty());
-  for (const auto& r : prices.records) {
-    const std::string where = Text(r, 32760) == "NSE_LTP"
-                                  ? "nse_symbol||'-'||nse_series='" + Text(r, 63100) + "'"
-                                  : "bse_symbol='" + Text(r, 63100) + "'";
-    EXPECT_EQ(Text(r, 32), Str("SELECT close_paise FROM scrip WHERE " + where +
-                               " AND id IN (SELECT scrip_id" + of + ")"));
-    EXPECT_GT(std::stoll(Text(r, 63179)), 1600000000) << "seconds since 1970";
-  }
-  EXPECT_TRUE(c.Collect("om_get_prsnt_values").ended);
-}
-
 // Each bad input costs only the request, or its own connection; connections
 // beyond the limit are closed, and a stop closes the rest.
 TEST_F(StreamsTest, BadInputCostsOnlyTheRequestOrItsConnection) {
