@@ -87,29 +87,6 @@ TEST_F(TrustTest, LoggedInUserIsAnsweredWhateverTheRequestNames) {
   EXPECT_EQ(Text(peer.records[0], vh::kTagPeerValue), "P002");
 }
 
-TEST_F(TrustTest, WithoutAuthOnlyLoopbackIsServed) {
-  const struct {
-    const char* name;
-    const char* host;
-    bool auth;
-    bool starts;
-  } cases[] = {
-      {"loopback", "127.0.0.1", false, true},
-      {"otherLoopbackAddress", "127.0.0.2", false, true},
-      {"anyAddress", "0.0.0.0", false, false},
-      {"notAnAddress", "localhost", false, false},
-      {"anyAddressWithAuth", "0.0.0.0", true, true},
-  };
-  for (const auto& c : cases) {
-    options_.host = c.host;
-    options_.auth = c.auth;
-    std::string error;
-    auto server = riskd::RiskServer::Start(options_, &error);
-    EXPECT_EQ(server != nullptr, c.starts) << c.name << ": " << error;
-    EXPECT_EQ(error.find("loopback only") != std::string::npos, !c.starts) << c.name;
-  }
-}
-
 // Requests sent in the same write as the login wait for it: they are answered
 // as the user it admits, and not at all (the connection closes) when it
 // admits no one.
