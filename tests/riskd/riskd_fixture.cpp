@@ -2,7 +2,6 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
-#include <poll.h>
 #include <sqlite3.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -59,17 +58,13 @@ bool TestClient::Send(const kdl::Message& msg) {
 }
 
 std::optional<kdl::Message> TestClient::Next(int timeoutMs) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+  const timeval wait{timeoutMs / 1000, timeoutMs % 1000 * 1000};
+  setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &wait, sizeof wait);
   std::string_view payload;
   while (!in_.Next(&payload)) {
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-        deadline - std::chrono::steady_clock::now());
-    pollfd p{fd_, POLLIN, 0};
-    if (closed_ || left.count() <= 0 || poll(&p, 1, static_cast<int>(left.count())) <= 0)
-      return std::nullopt;
     char buf[65536];
-    const ssize_t n = recv(fd_, buf, sizeof buf, 0);
-    if ((closed_ = n <= 0))
+    const ssize_t n = closed_ ? -1 : recv(fd_, buf, sizeof buf, 0);
+    if (n < 0 || (closed_ = n == 0)) // timed out, or the server closed
       return std::nullopt;
     in_.Feed(buf, static_cast<size_t>(n));
   }
@@ -115,17 +110,11 @@ void RiskdTest::SetUp() {
 }
 
 void RiskdTest::StartServer() {
-  if (server_)
-    server_->Stop();
+  server_.reset();
   std::string error;
   server_ = riskd::RiskServer::Start(options_, &error);
   ASSERT_TRUE(server_) << error;
   ASSERT_TRUE(db_.Open(options_.store.dbPath, &error)) << error;
-}
-
-void RiskdTest::TearDown() {
-  if (server_)
-    server_->Stop();
 }
 
 int64_t RiskdTest::Count(const std::string& sql) {
@@ -146,15 +135,13 @@ bool RiskdTest::LogHas(const std::string& text) {
   return false;
 }
 
-std::string RiskdTest::HotScrip() {
-  return Str("SELECT nse_symbol||'-'||nse_series FROM scrip WHERE id=(SELECT scrip_id FROM "
-             "holding GROUP BY 1 ORDER BY count(*) DESC LIMIT 1)");
-}
-
 kdl::Message RiskdTest::HotQuery() {
+  const std::string symbol = Str(std::string("SELECT nse_symbol||'-'||nse_series FROM scrip WHERE "
+                                             "id=(") +
+                                 kHotScripId + ")");
   return MakeRequest(
       "display_holding_detail",
-      {{vh::kTagSegment, "nse_cm"}, {vh::kTagScripCode, HotScrip()}, {vh::kTagUserId, "RMS1"}});
+      {{vh::kTagSegment, "nse_cm"}, {vh::kTagScripCode, symbol}, {vh::kTagUserId, "RMS1"}});
 }
 
 kdl::Message RiskdTest::TransferRequest(const std::string& client, const std::string& scrip,

@@ -26,7 +26,9 @@ namespace riskd_test {
 using vh::test::TempDir;
 using Fields = std::vector<std::pair<uint32_t, std::string>>;
 
-// Holdings of the scrip most clients hold.
+// The scrip most clients hold, and how many holdings it has.
+inline constexpr const char* kHotScripId =
+    "SELECT scrip_id FROM holding GROUP BY 1 ORDER BY count(*) DESC LIMIT 1";
 inline constexpr const char* kHotCount =
     "SELECT count(*) FROM holding GROUP BY scrip_id ORDER BY 1 DESC LIMIT 1";
 
@@ -70,18 +72,19 @@ private:
 };
 
 class RiskdTest : public ::testing::Test {
+  // Declared first, so that they outlive the server that logs to them.
+  std::mutex logMutex_;
+  std::vector<std::string> log_;
+
 protected:
   // Starts the server; tests may change options_ first and call it again.
   void StartServer();
   void SetUp() override;
-  void TearDown() override;
 
   int64_t Count(const std::string& sql); // first column of the first row, 0 if none
   std::string Str(const std::string& sql);
   bool LogHas(const std::string& text);
-  // The NSE trading symbol of the scrip most clients hold, and the
-  // administrator's holdings query for it.
-  std::string HotScrip();
+  // The administrator's holdings query for the NSE leg of the hot scrip.
   kdl::Message HotQuery();
   // A margin transfer of the holding (client, scrip id, product), sent as the
   // plug-in sends it.
@@ -96,10 +99,6 @@ protected:
   riskd::RiskServerOptions options_;
   std::unique_ptr<riskd::RiskServer> server_;
   riskd::Db db_; // the test's own connection
-
-private:
-  std::mutex logMutex_;
-  std::vector<std::string> log_;
 };
 
 } // namespace riskd_test
