@@ -41,9 +41,19 @@ TEST(RiskdMain, SummaryIsTheSameForTheSameSeed) {
   EXPECT_EQ(std::count(first.begin(), first.end(), '\n'), 6 + 10 + 10) << first;
 }
 
-TEST(RiskdMain, ExitCodesAndPasswordsFromStandardInput) {
+TEST(RiskdMain, ExitCodesPasswordsAndImports) {
   TempDir dir;
   const std::string db = "--db " + dir.file("p.db") + " --rows 100 ";
+  // Folders to import: one with a bad line, one that fails on its last
+  // file, one without a known file.
+  const std::string good = dir.file("good"), bad = dir.file("bad"), none = dir.file("none");
+  for (const std::string& folder : {good, bad, none})
+    std::filesystem::create_directories(folder);
+  for (const std::string& folder : {good, bad})
+    vh::test::WriteFile(folder + "/scrips.csv", "isin,name,close,lot_size,nse_symbol,nse_series,"
+                                                "nse_token,bse_code,bse_symbol,bse_group\n"
+                                                "INE000A01011,ALPHA,1,1,ALPHA,EQ,1,,,\nx\n");
+  vh::test::WriteFile(bad + "/lien.csv", "client,segment\n");
   const struct {
     const char* name;
     std::string args;
@@ -63,6 +73,12 @@ TEST(RiskdMain, ExitCodesAndPasswordsFromStandardInput) {
       {"unknownUser", db + "--set-password NOBODY", "pass word\n", 1, "unknown user 'NOBODY'"},
       {"emptyPassword", db + "--set-password DEALER1", "\n", 1, "empty password"},
       {"nothingOnStandardInput", db + "--set-password DEALER1", "", 1, "no password given"},
+      {"importWithProblems", "--db " + dir.file("i.db") + " --summary --import " + good, "", 0,
+       "import: skipped scrips.csv:3: 1 columns"},
+      {"importNothingKnown", "--db " + dir.file("j.db") + " --summary --import " + none, "", 1,
+       "no known CSV file"},
+      {"importBadHeader", "--db " + dir.file("k.db") + " --summary --import " + bad, "", 1,
+       "lien.csv:1: header must be"},
       // Anyone who can reach it could name any user.
       {"anyAddressWithoutAuth", db + "--listen 0.0.0.0:0", "", 1, "listens on loopback only"},
   };
@@ -73,6 +89,9 @@ TEST(RiskdMain, ExitCodesAndPasswordsFromStandardInput) {
   }
   riskd::Db store;
   std::string error;
+  // Nothing of a failed import stays, not even the files before the one that failed.
+  ASSERT_TRUE(store.Open(dir.file("k.db"), &error)) << error;
+  EXPECT_EQ(store.QueryInt("SELECT count(*) FROM scrip", -1), 0);
   ASSERT_TRUE(store.Open(dir.file("p.db"), &error)) << error;
   const std::string rms1 = riskd::PasswordHash(store, "RMS1");
   const std::string rms2 = riskd::PasswordHash(store, "RMS2");
