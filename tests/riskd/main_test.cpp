@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "riskd/passwords.h"
+#include "riskd/store.h"
 #include "tests/riskd/riskd_fixture.h"
 
 namespace riskd_test {
@@ -54,6 +55,20 @@ TEST(RiskdMain, ExitCodesPasswordsAndImports) {
                                                 "nse_token,bse_code,bse_symbol,bse_group\n"
                                                 "INE000A01011,ALPHA,1,1,ALPHA,EQ,1,,,\nx\n");
   vh::test::WriteFile(bad + "/lien.csv", "client,segment\n");
+  // A store as it was before passwords, one newer than this build, and a file
+  // that is no database.
+  for (int version : {1, riskd::kSchemaVersion + 1}) {
+    riskd::Db db;
+    std::string error;
+    ASSERT_TRUE(riskd::OpenStore(dir.file(std::to_string(version) + ".db"), &db, &error));
+    ASSERT_TRUE(db.Exec(
+        "INSERT INTO client VALUES('C1','x'); PRAGMA user_version=" + std::to_string(version) +
+            (version == 1 ? "; DROP TABLE user_password" : ""),
+        &error))
+        << error;
+  }
+  vh::test::WriteFile(dir.file("junk.db"),
+                      "this is not a database, just text that is long enough\n");
   const struct {
     const char* name;
     std::string args;
@@ -79,6 +94,12 @@ TEST(RiskdMain, ExitCodesPasswordsAndImports) {
        "no known CSV file"},
       {"importBadHeader", "--db " + dir.file("k.db") + " --summary --import " + bad, "", 1,
        "lien.csv:1: header must be"},
+      {"olderStore", "--db " + dir.file("1.db") + " --rows 100 --summary", "", 0, "scrips 20"},
+      {"newerStore",
+       "--db " + dir.file(std::to_string(riskd::kSchemaVersion + 1) + ".db") + " --summary", "", 1,
+       "is newer than this tarn-riskd"},
+      {"notADatabase", "--db " + dir.file("junk.db") + " --summary", "", 1,
+       "not a tarn-riskd database"},
       // Anyone who can reach it could name any user.
       {"anyAddressWithoutAuth", db + "--listen 0.0.0.0:0", "", 1, "listens on loopback only"},
   };
@@ -92,6 +113,11 @@ TEST(RiskdMain, ExitCodesPasswordsAndImports) {
   // Nothing of a failed import stays, not even the files before the one that failed.
   ASSERT_TRUE(store.Open(dir.file("k.db"), &error)) << error;
   EXPECT_EQ(store.QueryInt("SELECT count(*) FROM scrip", -1), 0);
+  // The older store gained what it lacked and kept what it had.
+  ASSERT_TRUE(store.Open(dir.file("1.db"), &error)) << error;
+  EXPECT_EQ(store.QueryInt("PRAGMA user_version"), riskd::kSchemaVersion);
+  EXPECT_EQ(store.QueryInt("SELECT count(*) FROM user_password", -1), 0);
+  EXPECT_EQ(store.QueryInt("SELECT count(*) FROM client WHERE id='C1'"), 1);
   ASSERT_TRUE(store.Open(dir.file("p.db"), &error)) << error;
   const std::string rms1 = riskd::PasswordHash(store, "RMS1");
   const std::string rms2 = riskd::PasswordHash(store, "RMS2");

@@ -1,11 +1,11 @@
-// CSV fields and numbers, and the store's schema versions.
+// CSV fields and numbers.
 #include <gtest/gtest.h>
 
-#include <fstream>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "riskd/csv.h"
-#include "riskd/store.h"
-#include "tests/riskd/riskd_fixture.h"
 
 namespace riskd_test {
 namespace {
@@ -46,37 +46,6 @@ TEST(CsvNumbers, HundredthsBothWaysAndWholeNumbers) {
   EXPECT_EQ(riskd::ParseWhole("-7"), -7);
   for (const char* bad : {"", "4 2", "x", "+3", "99999999999999999999"})
     EXPECT_FALSE(riskd::ParseWhole(bad)) << bad;
-}
-
-TEST(Store, UpgradesAnOlderVersionAndRefusesANewerOneOrAFileThatIsNoDatabase) {
-  TempDir dir;
-  const std::string file = dir.file("v.db"), junk = dir.file("j.db");
-  std::string error;
-  for (int open = 0; open < 2; ++open) {
-    riskd::Db db;
-    ASSERT_TRUE(riskd::OpenStore(file, &db, &error)) << error;
-    if (open == 0) {
-      // Left as a store was before passwords.
-      ASSERT_TRUE(db.Exec("INSERT INTO client VALUES('C1','x'); DROP TABLE user_password;"
-                          " PRAGMA user_version=1",
-                          &error))
-          << error;
-      continue;
-    }
-    EXPECT_EQ(db.QueryInt("PRAGMA user_version"), riskd::kSchemaVersion);
-    EXPECT_EQ(db.QueryInt("SELECT count(*) FROM user_password", -1), 0);
-    EXPECT_EQ(db.QueryInt("SELECT count(*) FROM client"), 1);
-    ASSERT_TRUE(
-        db.Exec("PRAGMA user_version=" + std::to_string(riskd::kSchemaVersion + 1), &error));
-  }
-  std::ofstream(junk) << "this is not a database, just text that is long enough\n";
-  for (const std::string& refused : {file, junk}) {
-    riskd::Db db;
-    error.clear();
-    EXPECT_FALSE(riskd::OpenStore(refused, &db, &error)) << refused;
-    EXPECT_NE(error.find(refused == file ? "newer" : "not a tarn-riskd"), std::string::npos)
-        << error;
-  }
 }
 
 } // namespace
