@@ -38,8 +38,9 @@ protected:
   std::string Get() { return Str("SELECT json_array(" + kQuantities + ") FROM holding" + where_); }
   // A transfer as the plug-in builds it, naming both legs unless by ISIN only.
   void Transfer(const std::string& action, const std::string& qty, const std::string& user,
-                bool byIsinOnly = false) {
-    kdl::Message m = TransferRequest(client_, scrip_, product_, qty, action, user);
+                bool byIsinOnly = false, const std::string& product = {}) {
+    kdl::Message m =
+        TransferRequest(client_, scrip_, product.empty() ? product_ : product, qty, action, user);
     if (!byIsinOnly) {
       m.Add(63001, "nse_cm");
       m.Add(10100, Str("SELECT nse_token FROM scrip WHERE id=" + scrip_));
@@ -65,6 +66,7 @@ TEST_F(TransferTest, LimitsAndEffects) {
     const char* user;
     const char* after;  // nullptr: refused, nothing moves
     const char* ledger; // applied, quantity as read (cut to 32 bits) and why not: how it starts
+    const char* product = nullptr; // the holding's when null
   } cases[] = {
       {"markFoAtLimit", "MF", "750", "RMS2", "[250,850,300,750,40,0,50]", "1 750"},
       {"markFoOverLimit", "MF", "751", "RMS2", nullptr, "0 751 quantity 751 exceeds 750"},
@@ -79,10 +81,12 @@ TEST_F(TransferTest, LimitsAndEffects) {
       {"noRight", "MF", "1", "DEALER1", nullptr, "0 1 user 'DEALER1' lacks the right"},
       {"unknownUser", "MF", "1", "NOBODY", nullptr, "0 1 unknown user 'NOBODY'"},
       {"badAction", "XX", "1", "RMS1", nullptr, "0 1 unknown action 'XX'"},
+      {"actionOfOneLetter", "M", "1", "RMS1", nullptr, "0 1 unknown action 'M'"},
+      {"noSuchHolding", "MF", "1", "RMS1", nullptr, "0 1 no holding of this scrip", "XYZ"},
   };
   for (const auto& c : cases) {
     Set(kStart);
-    Transfer(c.action, c.qty, c.user);
+    Transfer(c.action, c.qty, c.user, false, c.product ? c.product : product_);
     EXPECT_EQ(Get(), c.after ? c.after : kStart) << c.name;
     const std::string ledger = std::string(c.action) + " " + client_ + " " + c.ledger;
     EXPECT_EQ(LastLedgerLine().substr(0, ledger.size()), ledger) << c.name;
