@@ -44,8 +44,7 @@ TEST_F(RiskdTest, TicksNeverLandInsideAnAnswer) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(1500);
     while (std::chrono::steady_clock::now() < deadline || presentStreams < 3) {
       auto msg = client.Next(3000);
-      ASSERT_TRUE(msg) << "a frame did not parse or the server closed the connection after "
-                       << presentStreams << " present-value answers"
+      ASSERT_TRUE(msg) << "a frame did not parse, or the server closed the connection"
                        << (LogHas("behind; closed") ? " (the reader fell behind)" : "");
       const std::string name = Text(*msg, vh::kTagAnsweredName);
       if (!msg->Count(vh::kTagStatus)) {
