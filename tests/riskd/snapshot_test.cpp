@@ -1,6 +1,6 @@
 // A streamed answer reads one snapshot of the store: a margin transfer
-// applied while it is part-way out shows in the next answer, never half in
-// this one.
+// applied while it is part-way out shows in the next answer and the next
+// present values, never half in this one.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -15,6 +15,7 @@ TEST_F(RiskdTest, TransferDuringAnAnswerShowsWholeOrNotAtAll) {
   options_.store.sample.holdings = 20000;
   // Produced 16 KiB at a time: the answer takes many turns of the loop.
   options_.maxQueuedBytes = 64 * 1024;
+  options_.presentInterval = std::chrono::milliseconds(100);
   StartServer();
   const std::string scrip = Str(kHotScripId);
   // Client, product and holdings quantity of each row of the scrip, sorted.
@@ -56,6 +57,11 @@ TEST_F(RiskdTest, TransferDuringAnAnswerShowsWholeOrNotAtAll) {
     SendAndWait(writer, MakeRequest("om_get_user_peer_data"));
     const std::string after = Str(rows);
     ASSERT_NE(before, after) << "the transfer was not applied";
+    // The reader's present values show it from the next (one may be on its way).
+    reader.Collect("om_get_prsnt_values");
+    const Stream present = reader.Collect("om_get_prsnt_values");
+    EXPECT_EQ(present.records.empty() ? "" : Text(present.records[0], vh::kTagHoldingsQty),
+              Str("SELECT sum(holdings_qty) FROM holding WHERE scrip_id=" + scrip));
 
     std::vector<std::string> got;
     for (const auto& r : answer.records)
