@@ -40,7 +40,7 @@ TEST_F(RiskdTest, TicksNeverLandInsideAnAnswer) {
     ASSERT_TRUE(
         client.Send(MakeRequest("display_holding_detail", {{vh::kTagClientId, "C000001"}})));
     std::map<std::string, int> inStream; // records since the last status, per name
-    int presentStreams = 0, priceStreams = 0, holdingsRecords = -1;
+    int presentStreams = 0, priceStreams = 0;
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(1500);
     while (std::chrono::steady_clock::now() < deadline || presentStreams < 3) {
       auto msg = client.Next(3000);
@@ -64,11 +64,9 @@ TEST_F(RiskdTest, TicksNeverLandInsideAnAnswer) {
         ++priceStreams;
       } else {
         ASSERT_EQ(name, "display_holding_detail");
-        holdingsRecords = inStream[name];
       }
       inStream[name] = 0;
     }
-    EXPECT_EQ(holdingsRecords, Count("SELECT count(*) FROM holding WHERE client_id='C000001'"));
     EXPECT_GT(priceStreams, 3);
   }
 }

@@ -32,7 +32,6 @@ TEST_F(TrustTest, LoggedInUserIsAnsweredWhateverTheRequestNames) {
   TestClient c(server_->port(), nullptr);
   ASSERT_EQ(c.Ask(MakeRequest(vh::kLoginRequest, kRms2Login)).status, vh::kLoginAccepted);
   const std::string hidden = Str("SELECT client_id FROM holding WHERE NOT " + kSeenByRms2);
-  ASSERT_FALSE(hidden.empty());
   const struct {
     const char* name;
     kdl::Message request;
