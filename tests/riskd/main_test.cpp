@@ -46,14 +46,14 @@ TEST(RiskdMain, ExitCodesPasswordsAndImports) {
   TempDir dir;
   const std::string db = "--db " + dir.file("p.db") + " --rows 100 ";
   // Folders to import: one with a bad line, one that fails on its last
-  // file, one without a known file.
+  // file, and one that is not there.
   const std::string good = dir.file("good"), bad = dir.file("bad"), none = dir.file("none");
-  for (const std::string& folder : {good, bad, none})
+  for (const std::string& folder : {good, bad}) {
     std::filesystem::create_directories(folder);
-  for (const std::string& folder : {good, bad})
     vh::test::WriteFile(folder + "/scrips.csv", "isin,name,close,lot_size,nse_symbol,nse_series,"
                                                 "nse_token,bse_code,bse_symbol,bse_group\n"
                                                 "INE000A01011,ALPHA,1,1,ALPHA,EQ,1,,,\nx\n");
+  }
   vh::test::WriteFile(bad + "/lien.csv", "client,segment\n");
   // A store as it was before passwords, one newer than this build, and a file
   // that is no database.

@@ -136,6 +136,9 @@ TEST_F(RiskdTest, BadInputCostsOnlyTheRequestOrItsConnection) {
   ASSERT_TRUE(c.SendRaw(garbage));
   ASSERT_TRUE(c.Send(MakeRequest("Display_Holding_Detail", {{54001, "C000001"}})));
   ASSERT_TRUE(c.Send(noName));
+  // A transfer that names no scrip, a one-letter action and an unknown user.
+  ASSERT_TRUE(c.Send(MakeRequest("om_stock_margin_transfer",
+                                 {{vh::kTagUserId, "NOBODY"}, {vh::kTagAction, "M"}})));
   EXPECT_TRUE(Answers(c)) << "after malformed and random messages, an unknown name and no name";
   ASSERT_TRUE(c.SendRaw(std::string("\x00\x00\x10\x00", 4) + std::string(64, 'x')));
   EXPECT_TRUE(c.WaitClosed());

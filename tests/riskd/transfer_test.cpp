@@ -86,6 +86,8 @@ TEST_F(TransferTest, LimitsAndEffects) {
       {"markFoOverLimit", "MF", "751", "RMS2", nullptr, "0 751 quantity 751 exceeds 750"},
       {"markLeadingDigits", "MC", "10abc", "RMS2", "[990,100,300,0,50,10,50,1000000,1001000]",
        "1 10"},
+      {"markBlanksThenPlus", "MC", " \t+7", "RMS2", "[993,100,300,0,47,7,50,1000000,1000700]",
+       "1 7"},
       {"markNegative", "MF", "-5", "RMS2", nullptr, "0 -5 quantity '-5' is not positive"},
       {"markPast32Bits", "MF", "99999999999", "RMS2", nullptr,
        "0 2147483647 quantity 2147483647 exceeds 750"},
@@ -96,7 +98,6 @@ TEST_F(TransferTest, LimitsAndEffects) {
       {"noRight", "MF", "1", "DEALER1", nullptr, "0 1 user 'DEALER1' lacks the right"},
       {"unknownUser", "MF", "1", "NOBODY", nullptr, "0 1 unknown user 'NOBODY'"},
       {"badAction", "XX", "1", "RMS1", nullptr, "0 1 unknown action 'XX'"},
-      {"actionOfOneLetter", "M", "1", "RMS1", nullptr, "0 1 unknown action 'M'"},
       {"noSuchHolding", "MF", "1", "RMS1", nullptr, "0 1 no holding of this scrip", "XYZ"},
   };
   for (const auto& c : cases) {
