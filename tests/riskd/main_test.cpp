@@ -60,7 +60,7 @@ TEST(RiskdMain, ExitCodesPasswordsAndImports) {
   for (int version : {1, riskd::kSchemaVersion + 1}) {
     riskd::Db db;
     std::string error;
-    ASSERT_TRUE(riskd::OpenStore(dir.file(std::to_string(version) + ".db"), &db, &error));
+    ASSERT_TRUE(riskd::OpenStore(dir.file(version == 1 ? "old.db" : "new.db"), &db, &error));
     ASSERT_TRUE(db.Exec(
         "INSERT INTO client VALUES('C1','x'); PRAGMA user_version=" + std::to_string(version) +
             (version == 1 ? "; DROP TABLE user_password" : ""),
@@ -94,10 +94,8 @@ TEST(RiskdMain, ExitCodesPasswordsAndImports) {
        "no known CSV file"},
       {"importBadHeader", "--db " + dir.file("k.db") + " --summary --import " + bad, "", 1,
        "lien.csv:1: header must be"},
-      {"olderStore", "--db " + dir.file("1.db") + " --rows 100 --summary", "", 0, "scrips 20"},
-      {"newerStore",
-       "--db " + dir.file(std::to_string(riskd::kSchemaVersion + 1) + ".db") + " --summary", "", 1,
-       "is newer than this tarn-riskd"},
+      {"olderStore", "--db " + dir.file("old.db") + " --rows 100 --summary", "", 0, "scrips 20"},
+      {"newerStore", "--db " + dir.file("new.db") + " --summary", "", 1, "is newer than"},
       {"notADatabase", "--db " + dir.file("junk.db") + " --summary", "", 1,
        "not a tarn-riskd database"},
       // Anyone who can reach it could name any user.
@@ -114,7 +112,7 @@ TEST(RiskdMain, ExitCodesPasswordsAndImports) {
   ASSERT_TRUE(store.Open(dir.file("k.db"), &error)) << error;
   EXPECT_EQ(store.QueryInt("SELECT count(*) FROM scrip", -1), 0);
   // The older store gained what it lacked and kept what it had.
-  ASSERT_TRUE(store.Open(dir.file("1.db"), &error)) << error;
+  ASSERT_TRUE(store.Open(dir.file("old.db"), &error)) << error;
   EXPECT_EQ(store.QueryInt("PRAGMA user_version"), riskd::kSchemaVersion);
   EXPECT_EQ(store.QueryInt("SELECT count(*) FROM user_password", -1), 0);
   EXPECT_EQ(store.QueryInt("SELECT count(*) FROM client WHERE id='C1'"), 1);

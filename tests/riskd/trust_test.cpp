@@ -87,6 +87,7 @@ TEST_F(TrustTest, RequestsWaitForTheLogin) {
   options_.loginTimeout = std::chrono::milliseconds(500);
   options_.maxConnections = 1;
   const Fields rms2 = {{vh::kTagUserId, "RMS2"}};
+  const Fields rms1WithoutPassword = {{vh::kTagUserId, "RMS1"}, {vh::kTagPassword, ""}};
   const struct {
     const char* name;
     bool auth;
@@ -97,10 +98,7 @@ TEST_F(TrustTest, RequestsWaitForTheLogin) {
       {"rightPassword", true, kRms2Login, vh::kLoginAccepted},
       {"noPassword", true, rms2, vh::kPasswordNeeded},
       {"wrongPassword", true, {rms2[0], {vh::kTagPassword, "wrong"}}, vh::kLoginRefused},
-      {"userWithoutPassword",
-       true,
-       {{vh::kTagUserId, "RMS1"}, {vh::kTagPassword, ""}},
-       vh::kLoginRefused},
+      {"userWithoutPassword", true, rms1WithoutPassword, vh::kLoginRefused},
       {"greeting", false, rms2, vh::kLoginAccepted},
   };
   for (const auto& c : cases) {
