@@ -78,7 +78,7 @@ TEST_F(TransferTest, LimitsAndEffects) {
     const char* action;
     const char* qty;
     const char* user;
-    const char* after;  // nullptr: refused, nothing moves
+    const char* after;  // quantities, then FO and CUR liens; nullptr: refused, nothing moves
     const char* ledger; // applied, quantity as read (cut to 32 bits) and why not: how it starts
     const char* product = nullptr; // the holding's when null
   } cases[] = {
