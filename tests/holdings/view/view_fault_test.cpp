@@ -38,7 +38,7 @@ protected:
       return made;
     });
     if constexpr (kClients <= 100000) // a million rows of texts would not fit the machine
-      expected = DatabaseRows(kBigScrip);
+      expected = DatabaseRows(db, kBigScrip);
   }
 
   // A view for user RMS1 with scrip 1 picked, as a user would.
@@ -67,8 +67,7 @@ TEST_F(ViewFaultTest, TheNextRequestWorksAfterTheBackEndStopsMidAnswer) {
   messages.clear();
   ASSERT_TRUE(Click(view.get(), kButtonViewHoldPos));
   ASSERT_TRUE(QTest::qWaitFor([&] { return view->Core().acceptedRecords() > 0; }, 20000));
-  StopBackend();
-  ASSERT_TRUE(Connected(false));
+  ASSERT_TRUE(StopBackend());
   QTest::qWait(1000); // what had arrived is still being shown
   const std::vector<Row> kept = GridRows(*view);
   EXPECT_FALSE(kept.empty());
@@ -81,8 +80,7 @@ TEST_F(ViewFaultTest, TheNextRequestWorksAfterTheBackEndStopsMidAnswer) {
 }
 
 TEST_F(ViewFaultTest, AViewOpenedWhileTheBackEndIsDownWorksOnceItIsUp) {
-  StopBackend();
-  ASSERT_TRUE(Connected(false));
+  ASSERT_TRUE(StopBackend());
   auto view = OpenOnBigScrip();
   ASSERT_TRUE(Click(view.get(), kButtonViewHoldPos));
   std::erase(messages, "File Open Failed"); // a first run without settings
@@ -153,7 +151,7 @@ TEST_F(ViewFloodTest, DISABLED_AMillionRecordsWhileTheUserFiltersAndSorts) {
   engine.SortOnColumn(kQuantity);
   EXPECT_EQ(liveOrder, Column(grid, kQuantity));
   EXPECT_TRUE(live == GridRows(*view));
-  EXPECT_TRUE(live == DatabaseRows("s.id = 1 AND h.client_id LIKE 'B0012%'"))
+  EXPECT_TRUE(live == DatabaseRows(db, "s.id = 1 AND h.client_id LIKE 'B0012%'"))
       << live.size() << " rows";
   EXPECT_EQ(live.size(), 2000u);
 }

@@ -26,7 +26,6 @@ namespace {
 
 struct Suite {
   QTemporaryDir dir;
-  std::string db = dir.filePath("risk.db").toStdString();
   std::unique_ptr<riskd::RiskServer> server;
   uint16_t port = 0; // the first start's, kept for the restarts
   host::BackendControl control;
@@ -128,22 +127,26 @@ bool WaitForAnswers(CViewHold& view) {
 
 void BackendFixture::StartSuite(const std::function<bool(const std::string& db)>& prepare) {
   suite = new Suite;
-  ASSERT_TRUE((!prepare || prepare(suite->db)) && StartBackend());
+  db = suite->dir.filePath("risk.db").toStdString();
+  ASSERT_TRUE((!prepare || prepare(db)) && StartBackend());
   suite->control.Start("127.0.0.1", suite->server->port());
   host::HostContext& h = host::TheHost();
   h.control = &suite->control;
   host::StartupLoader loader(suite->control, "RMS1", h.master, h.user);
   QSignalSpy ready(&loader, &host::StartupLoader::ready_);
   ASSERT_TRUE(ready.wait(60000));
+  busiestClient =
+      DatabaseText(db, "SELECT client_id FROM holding GROUP BY client_id ORDER BY count(*) DESC");
 }
 
-void BackendFixture::StopBackend() {
+bool BackendFixture::StopBackend() {
   suite->server.reset();
+  return Connected(false);
 }
 
 bool BackendFixture::StartBackend() {
   riskd::RiskServerOptions o;
-  o.store.dbPath = suite->db;
+  o.store.dbPath = db;
   o.store.sample.holdings = 4000;
   o.port = suite->port;
   o.log = [](const std::string&) {};
@@ -195,31 +198,19 @@ std::unique_ptr<CViewHold> BackendFixture::MakeView(bool everyOtherClient) {
 }
 
 Scrip BackendFixture::FindScrip(const std::string& condition, int skip) {
-  Scrip s;
-  const std::string from = " FROM scrip s WHERE " + condition +
-                           " AND EXISTS(SELECT 1 FROM holding h WHERE h.scrip_id = s.id)"
-                           " ORDER BY s.id LIMIT 1 OFFSET " +
-                           std::to_string(skip);
-  for (auto [field, column] : {std::pair{&s.id, "id"},
-                               {&s.nseSymbol, "nse_symbol"},
-                               {&s.nseSeries, "nse_series"},
-                               {&s.bseSymbol, "bse_symbol"},
-                               {&s.bseGroup, "bse_group"}})
-    *field = DatabaseText(std::string("SELECT s.") + column + from);
-  EXPECT_FALSE(s.id.empty()) << condition;
-  return s;
-}
-
-std::string BackendFixture::BusiestClient() {
-  return DatabaseText("SELECT client_id FROM holding GROUP BY client_id ORDER BY count(*) DESC");
-}
-
-std::vector<Row> BackendFixture::DatabaseRows(const std::string& where) {
-  return test::DatabaseRows(suite->db, where);
-}
-
-std::string BackendFixture::DatabaseText(const std::string& sql) {
-  return test::DatabaseText(suite->db, sql);
+  riskd::Db opened;
+  riskd::Stmt s = Query(opened, db,
+                        "SELECT id, nse_symbol, nse_series, bse_symbol, bse_group FROM scrip s"
+                        " WHERE " +
+                            condition +
+                            " AND EXISTS(SELECT 1 FROM holding h WHERE h.scrip_id = s.id)"
+                            " ORDER BY id LIMIT 1 OFFSET " +
+                            std::to_string(skip));
+  const bool found = s.ok() && s.Step() == SQLITE_ROW;
+  EXPECT_TRUE(found) << condition;
+  return found ? Scrip{std::string(s.Text(0)), std::string(s.Text(1)), std::string(s.Text(2)),
+                       std::string(s.Text(3)), std::string(s.Text(4))}
+               : Scrip{};
 }
 
 } // namespace vh::test
