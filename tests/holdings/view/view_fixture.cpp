@@ -179,18 +179,9 @@ void BackendFixture::TearDown() {
   SetMessageSink(nullptr);
 }
 
-std::unique_ptr<CViewHold> BackendFixture::MakeView(bool everyOtherClient) {
-  std::vector<std::string>& ids = host::TheHost().user.clientIds;
-  const std::vector<std::string> all = ids;
-  if (everyOtherClient) {
-    ids.clear();
-    for (size_t i = 0; i < all.size(); i += 2)
-      ids.push_back(all[i]);
-  }
-  offered = std::set<std::string>(ids.begin(), ids.end());
+std::unique_ptr<CViewHold> BackendFixture::MakeView() {
   auto view = std::make_unique<CViewHold>();
   view->Initialise("RMS1", 0);
-  ids = all;
   // The peer value's answer comes first, as it does for a user.
   EXPECT_TRUE(QTest::qWaitFor([&] { return view->Core().peerValue() == "P001"; }, 10000));
   messages.clear(); // "File Open Failed" of a first run without settings

@@ -10,7 +10,6 @@
 
 #include <functional>
 #include <memory>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -67,9 +66,8 @@ protected:
   // Waits until the host's connection is up (or down); false on a timeout.
   static bool Connected(bool up);
 
-  // A view initialised as the plug-in does for user RMS1; with
-  // `everyOtherClient` combo 9013 offers every other client only.
-  std::unique_ptr<CViewHold> MakeView(bool everyOtherClient = false);
+  // A view initialised as the plug-in does for user RMS1.
+  std::unique_ptr<CViewHold> MakeView();
   // The `skip`-th scrip with holdings meeting `condition`.
   static Scrip FindScrip(const std::string& condition, int skip = 0);
 
@@ -77,7 +75,6 @@ protected:
   static inline std::string busiestClient; // the client with the most holdings
 
   std::vector<std::string> messages; // message boxes shown, in order
-  std::set<std::string> offered;     // the client ids of the last view's combo
 
 private:
   QTemporaryDir settingsDir_;
