@@ -74,7 +74,6 @@ TEST_F(ViewHoldCoreTest, KeepsOnlyListedClients) {
     kept.emplace_back(r->clientId.View(core.store().texts()));
   EXPECT_EQ(kept, (std::vector<std::string>{"C1", "C2", "c4"}));
   EXPECT_EQ(core.droppedRecords(), 3u);
-  EXPECT_EQ(core.outstandingAnswers(), 0);
 }
 
 // A second query while the first answer streams is the view's end-to-end
@@ -106,11 +105,7 @@ TEST_F(ViewHoldCoreTest, PriceTicksReachEveryRowOfTheSymbol) {
 
 TEST_F(ViewHoldCoreTest, PresentValuesReplacedByKeyAndStaleKeysDropped) {
   int passes = 0;
-  size_t seenAtPass = 0;
-  core.SetAlertPass([&](const PresentValueTable& t, const HoldingsStore&) {
-    ++passes;
-    seenAtPass = t.Size();
-  });
+  core.SetAlertPass([&](const PresentValueTable&, const HoldingsStore&) { ++passes; });
   const auto pv = [&](const char* client, const char* symbol, const char* value) {
     Deliver("om_get_prsnt_values", {{54001, client},
                                     {63001, "nse_cm"},
@@ -124,7 +119,7 @@ TEST_F(ViewHoldCoreTest, PresentValuesReplacedByKeyAndStaleKeysDropped) {
   pv("C1", "XYZ-EQ", "9");
   Deliver("om_get_prsnt_values", {}, "3");
   EXPECT_EQ(passes, 1);
-  EXPECT_EQ(seenAtPass, 2u);
+  EXPECT_EQ(core.presentValues().Size(), 2u);
   const CViewHoldings* r = core.presentValues().Find("C1", "ABCD", "");
   ASSERT_NE(r, nullptr);
   EXPECT_EQ(r->presentValue, 3.5);
