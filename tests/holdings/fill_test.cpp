@@ -105,34 +105,13 @@ TEST(FillHoldingRecord, FromAnswerFields) {
       texts += sums;
     }
     EXPECT_EQ(texts, c.texts);
+    for (int column : {-1, kHoldingsColumnCount})
+      EXPECT_EQ(HoldingCellView(r, store, column, scratch), "") << column;
     EXPECT_EQ(lookups, c.lookups);
     if (c.cse) { // the CSE symbol has its price slot
       store.ApplyPrice(kExchangeCse, "CSESCRIP", 4321, 0, 0);
       EXPECT_EQ(store.Price(r, kExchangeCse), 4321);
     }
-  }
-}
-
-TEST(HoldingCells, ColumnsOutOfRangeAndNoRecordAreEmpty) {
-  HoldingsStore store;
-  CViewHoldings* r = store.NewRecord();
-  kdl::Message m = Answer({{54001, "C9"}, {64435, "4"}});
-  FillHoldingRecord(m.get(), *r, store, {});
-  HoldingsCellSource source(store);
-  const uint64_t item = HoldingsCellSource::ItemData(r);
-  const struct {
-    int column;
-    uint64_t item;
-    const char* text;
-  } cells[] = {{14, item, "4"}, {18, item, ""}, {-1, item, ""}, {0, 0, ""}};
-  for (const auto& c : cells) {
-    std::string owned = "stale";
-    std::string_view view = "stale";
-    CellStyle style;
-    EXPECT_EQ(HoldingsCellSource::CellText(&source, c.item, c.column, owned, style), 1);
-    EXPECT_EQ(HoldingsCellSource::CellView(&source, c.item, c.column, view), 1);
-    EXPECT_EQ(owned, c.text) << c.column;
-    EXPECT_EQ(view, c.text) << c.column;
   }
 }
 

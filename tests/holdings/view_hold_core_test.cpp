@@ -55,7 +55,6 @@ struct ViewHoldCoreTest : ::testing::Test {
   void Holding(const char* client, const char* symbol = "ABCD-EQ", const char* segment = "nse_cm") {
     Deliver("display_holding_detail", {{54001, client}, {63001, segment}, {63100, symbol}});
   }
-  void HoldingsEnd() { Deliver("display_holding_detail", {}, "3"); }
 
   linktest::FakeBackendControl control;
   FakeHost host;
@@ -68,7 +67,7 @@ TEST_F(ViewHoldCoreTest, KeepsOnlyListedClients) {
   ASSERT_EQ(core.ViewHoldPos({true, {}, {}, "", "", "C1", "", 0, ""}), 1);
   for (const char* id : {"C1", "C2", "x", "", "C1 ", "c4"})
     Holding(id);
-  HoldingsEnd();
+  Deliver("display_holding_detail", {}, "3");
   std::vector<std::string> kept;
   for (const CViewHoldings* r : grid.rows)
     kept.emplace_back(r->clientId.View(core.store().texts()));
@@ -83,7 +82,7 @@ TEST_F(ViewHoldCoreTest, PriceTicksReachEveryRowOfTheSymbol) {
   Holding("C2", "ABCD-BE");
   Holding("C3", "ABCD", "bse_cm");
   Holding("C4", "ABCE-EQ");
-  HoldingsEnd();
+  Deliver("display_holding_detail", {}, "3");
   const auto price = [&](const char* sub, const char* symbol, const char* value, const char* t) {
     Deliver("mrv_master", {{kTagSubKind, sub}, {6, value}, {63100, symbol}, {32, "7"}, {63179, t}});
   };
