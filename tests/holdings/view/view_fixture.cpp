@@ -7,7 +7,6 @@
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <cstdio>
 
 #include "common/message.h"
 #include "grid/widgets/filter_list_ctrl.h"
@@ -32,12 +31,6 @@ struct Suite {
 };
 Suite* suite = nullptr;
 
-std::string Hundredths(int64_t v) {
-  char text[64];
-  std::snprintf(text, sizeof text, "%0.2lf", double(v) / 100.0);
-  return text;
-}
-
 riskd::Stmt Query(riskd::Db& db, const std::string& path, const std::string& sql) {
   std::string error;
   EXPECT_TRUE(db.Open(path, &error)) << error;
@@ -54,20 +47,17 @@ std::vector<Row> DatabaseRows(const std::string& path, const std::string& where)
                         "SELECT h.client_id, h.product, s.nse_series, s.nse_symbol, s.bse_code,"
                         " s.bse_symbol, h.holdings_qty, h.holdings_update_qty, h.used_qty,"
                         " h.collateral_qty, h.collateral_update_qty, h.withheld_holding_qty,"
-                        " h.withheld_collateral_qty, h.t1_qty, h.t1_collateral_qty, h.haircut_bp,"
-                        " h.collateral_type, s.close_paise FROM holding h JOIN scrip s"
+                        " h.withheld_collateral_qty, h.t1_qty, h.t1_collateral_qty,"
+                        " printf('%.2f', h.haircut_bp / 100.0),"
+                        " coalesce(substr('CLLTWC', 2 * h.collateral_type + 1, 2), '---'),"
+                        " printf('%.2f', s.close_paise / 100.0) FROM holding h JOIN scrip s"
                         " ON s.id = h.scrip_id WHERE " +
                             where);
-  static const char* const kTypes[] = {"CL", "LT", "WC"};
   std::vector<Row> rows;
   while (s.ok() && s.Step() == SQLITE_ROW) {
-    Row r;
-    for (int c = 0; c < 15; ++c)
-      r.emplace_back(c < 6 ? std::string(s.Text(c)) : std::to_string(s.Int(c)));
-    r.push_back(Hundredths(s.Int(15)));
-    r.push_back(s.IsNull(16) ? "---" : kTypes[s.Int(16)]);
-    r.push_back(Hundredths(s.Int(17)));
-    rows.push_back(std::move(r));
+    rows.emplace_back();
+    for (int c = 0; c < kHoldingsColumnCount; ++c)
+      rows.back().emplace_back(s.Text(c));
   }
   std::sort(rows.begin(), rows.end());
   return rows;
