@@ -14,25 +14,6 @@ using linktest::AnswerFields;
 
 namespace {
 
-// The 18 column texts, then the hidden NSE token, 63003 and scrip detail,
-// joined by "|"; then the sums of the CSE layout, when filled.
-std::string Texts(const CViewHoldings& r, const HoldingsStore& s) {
-  std::string joined, scratch;
-  for (int c = 0; c < kHoldingsColumnCount; ++c)
-    joined += std::string(HoldingCellView(r, s, c, scratch)) + "|";
-  for (TextId id : {r.nseToken, r.value63003})
-    joined += std::string(s.Text(id)) + "|";
-  joined += s.Text(r.scripDetail);
-  if (r.cse) {
-    char sums[128];
-    std::snprintf(sums, sizeof sums, " cse %u %u %.4f %.4f %.4f", r.cse->firstQuantity,
-                  r.cse->secondQuantity, r.cse->firstAverage, r.cse->secondAverage,
-                  r.cse->value64298);
-    joined += sums;
-  }
-  return joined;
-}
-
 const AnswerFields kNseLeg{{63001, "nse_cm"}, {63100, "ABCD-EQ"}, {10100, "22"}};
 const AnswerFields kBseLeg{{63001, "bse_cm"}, {63100, "ABCD"}, {10100, "500001"}};
 
@@ -41,17 +22,6 @@ AnswerFields Join(std::initializer_list<AnswerFields> parts) {
   for (const AnswerFields& p : parts)
     all.insert(all.end(), p.begin(), p.end());
   return all;
-}
-
-// The CSE layout: per value of 64276 the quantity sums and quantity-weighted
-// averages of (64276, 64277) and (64272, 64273).
-AnswerFields Cse(std::vector<const char*> q1, std::vector<const char*> p1,
-                 std::vector<const char*> q2, std::vector<const char*> p2) {
-  AnswerFields f = Join({{{63001, "cse_cm"}, {63100, "CSESCRIP"}, {10100, "777"}}});
-  for (const auto& [tag, values] : {std::pair{64276, q1}, {64277, p1}, {64272, q2}, {64273, p2}})
-    for (const char* v : values)
-      f.push_back({uint32_t(tag), v});
-  return f;
 }
 
 TEST(FillHoldingRecord, FromAnswerFields) {
@@ -65,8 +35,6 @@ TEST(FillHoldingRecord, FromAnswerFields) {
     bool cse = false;
   } cases[] = {
       // clang-format off
-      {"nseLegSplitsAtTheDash", Join({kNseLeg}),
-       "C1||EQ|ABCD||||||||||||---|---|0.00|22||IN:ABCD-EQ", {"nse_cm ABCD-EQ"}},
       {"twoDashesSplitAtTheLast", Join({{{63001, "nse_cm"}, {63100, "AB-CD-BE"}}}),
        "C1||BE|AB-CD||||||||||||---|---|0.00|||IN:AB-CD-BE", {"nse_cm AB-CD-BE"}},
       {"dashOnBseIsBseLegWhole", Join({{{63001, "bse_cm"}, {63100, "AB-CD"}, {10100, "7"}}}),
@@ -76,8 +44,6 @@ TEST(FillHoldingRecord, FromAnswerFields) {
       {"laterLegWinsScripDetail", Join({kNseLeg, kBseLeg}),
        "C1||EQ|ABCD|500001|ABCD||||||||||---|---|0.00|22||IN:ABCD", {"nse_cm ABCD-EQ", "bse_cm ABCD"}},
       {"secondLegEmptySymbolStops", Join({kNseLeg, {{63001, "bse_cm"}, {63100, ""}, {10100, "9"}}}),
-       "C1||EQ|ABCD||||||||||||---|---|0.00|22||IN:ABCD-EQ", {"nse_cm ABCD-EQ"}},
-      {"secondLegWithoutSegmentStops", Join({kNseLeg, {{63100, "XYZ"}}}),
        "C1||EQ|ABCD||||||||||||---|---|0.00|22||IN:ABCD-EQ", {"nse_cm ABCD-EQ"}},
       // The close price wraps on overflow and shows in single precision.
       {"firstLegNeverStops", Join({{{59351, "-2147483648"}}}),
@@ -92,11 +58,12 @@ TEST(FillHoldingRecord, FromAnswerFields) {
       {"refill", {{54001, longId}, {63100, "AB-EQ"}, {59351, "-105"}},
        longId + "||EQ|AB|||5|||||||||---|---|-0.05|||IN:AB-EQ", {"nse_cm AB-EQ"},
        {{54001, "C2"}, {63100, "AB-EQ"}, {64044, "5"}, {64171, "2"}, {59351, "100"}}},
-      {"cseTwoLots", Cse({"10", "30"}, {"1.5", "2.5"}, {"5", "5"}, {"4", "6"}),
-       "C1|||||||||||||||---|---|0.00|||IN:CSESCRIP cse 40 10 2.2500 5.0000 0.0000",
-       {"cse_cm CSESCRIP"}, {}, true},
-      // A failed whole-number read weighs with the number read before it.
-      {"cseMissingSecondQuantity", Cse({"10", "20"}, {"1", "2"}, {"3"}, {"2", "3"}),
+      // Per value of 64276 the quantity sums and quantity-weighted averages of
+      // (64276, 64277) and (64272, 64273); a failed whole-number read weighs
+      // with the number read before it.
+      {"cseMissingSecondQuantity",
+       Join({{{63001, "cse_cm"}, {63100, "CSESCRIP"}, {10100, "777"}, {64276, "10"}, {64276, "20"},
+              {64277, "1"}, {64277, "2"}, {64272, "3"}, {64273, "2"}, {64273, "3"}}}),
        "C1|||||||||||||||---|---|0.00|||IN:CSESCRIP cse 30 23 1.6667 2.8696 0.0000",
        {"cse_cm CSESCRIP"}, {}, true},
       {"cseNoLots", Join({{{63001, "cse_cm"}, {63100, "CSESCRIP"}, {64298, "7.25"}}}),
@@ -122,35 +89,29 @@ TEST(FillHoldingRecord, FromAnswerFields) {
     }
     kdl::Message m = Answer(c.fields);
     EXPECT_EQ(FillHoldingRecord(m.get(), r, store, lookup, c.cse), 1);
-    EXPECT_EQ(Texts(r, store), c.texts);
+    // The 18 column texts, then the hidden NSE token, 63003 and scrip
+    // detail, joined by "|"; then the sums of the CSE layout, when filled.
+    std::string texts, scratch;
+    for (int column = 0; column < kHoldingsColumnCount; ++column)
+      texts += std::string(HoldingCellView(r, store, column, scratch)) + "|";
+    for (TextId id : {r.nseToken, r.value63003})
+      texts += std::string(store.Text(id)) + "|";
+    texts += store.Text(r.scripDetail);
+    if (r.cse) {
+      char sums[128];
+      std::snprintf(sums, sizeof sums, " cse %u %u %.4f %.4f %.4f", r.cse->firstQuantity,
+                    r.cse->secondQuantity, r.cse->firstAverage, r.cse->secondAverage,
+                    r.cse->value64298);
+      texts += sums;
+    }
+    EXPECT_EQ(texts, c.texts);
+    for (int column : {-1, kHoldingsColumnCount})
+      EXPECT_EQ(HoldingCellView(r, store, column, scratch), "") << column;
     EXPECT_EQ(lookups, c.lookups);
     if (c.cse) { // the CSE symbol has its price slot
       store.ApplyPrice(kExchangeCse, "CSESCRIP", 4321, 0, 0);
       EXPECT_EQ(store.Price(r, kExchangeCse), 4321);
     }
-  }
-}
-
-TEST(HoldingCells, ColumnsOutOfRangeAndNoRecordAreEmpty) {
-  HoldingsStore store;
-  CViewHoldings* r = store.NewRecord();
-  kdl::Message m = Answer({{54001, "C9"}, {64435, "4"}});
-  FillHoldingRecord(m.get(), *r, store, {});
-  HoldingsCellSource source(store);
-  const uint64_t item = HoldingsCellSource::ItemData(r);
-  const struct {
-    int column;
-    uint64_t item;
-    const char* text;
-  } cells[] = {{14, item, "4"}, {18, item, ""}, {-1, item, ""}, {0, 0, ""}};
-  for (const auto& c : cells) {
-    std::string owned = "stale";
-    std::string_view view = "stale";
-    CellStyle style;
-    EXPECT_EQ(HoldingsCellSource::CellText(&source, c.item, c.column, owned, style), 1);
-    EXPECT_EQ(HoldingsCellSource::CellView(&source, c.item, c.column, view), 1);
-    EXPECT_EQ(owned, c.text) << c.column;
-    EXPECT_EQ(view, c.text) << c.column;
   }
 }
 

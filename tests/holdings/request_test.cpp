@@ -49,7 +49,6 @@ TEST(HoldingRequest, FieldsInOrderOrTheMessagePerSelection) {
     std::string fields;
     for (const CLinkRequest::Field& f : r.request->fields())
       fields += (fields.empty() ? "" : " ") + std::to_string(f.tag) + "=" + f.text;
-    EXPECT_EQ(r.request->name(), kHoldingRequestName);
     EXPECT_EQ(fields, c.fields);
     // A field that cannot be added is a status text, never a box.
     EXPECT_EQ(r.request->fieldFailure().report, Report::Status);

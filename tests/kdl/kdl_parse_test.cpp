@@ -45,6 +45,13 @@ TEST(KdlParse, MalformedBytesAreRejected) {
       {"length that wraps an offset", U32(1) + U32(1) + U32(2) + U32(0xFFFFFFF0) + Value("a")},
       {"tag in two distant fields",
        U32(3) + FieldBytes(7, {}) + FieldBytes(8, {}) + FieldBytes(7, {})},
+      {"tag repeated among more fields than the table on the stack takes",
+       [] {
+         std::string bytes = U32(65) + FieldBytes(7, {});
+         for (uint32_t tag = 8; tag < 72; ++tag)
+           bytes += FieldBytes(tag == 71 ? 7 : tag, {});
+         return bytes;
+       }()},
   };
   for (const auto& c : cases)
     EXPECT_EQ(ParseCode(c.bytes), KDL_E_FORMAT) << c.name;

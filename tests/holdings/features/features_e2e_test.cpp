@@ -50,14 +50,14 @@ std::string ShownRows(CFilterListCtrl& list, int columns) {
 using FeaturesE2E = BackendFixture;
 
 TEST_F(FeaturesE2E, ARuleSelectsTheDatabasesRowsAndComesBackAfterARestart) {
-  const std::string client = BusiestClient();
+  const std::string client = busiestClient;
   const std::string ofClient = " FROM holding h JOIN scrip s ON s.id=h.scrip_id WHERE "
                                "h.client_id='" +
                                client + "'";
   // The median quantity, so that the rule selects some rows and not others.
   const std::string t =
-      DatabaseText("SELECT h.holdings_qty" + ofClient +
-                   " ORDER BY 1 LIMIT 1 OFFSET (SELECT count(*)/2" + ofClient + ")");
+      DatabaseText(db, "SELECT h.holdings_qty" + ofClient +
+                           " ORDER BY 1 LIMIT 1 OFFSET (SELECT count(*)/2" + ofClient + ")");
   auto view = MakeView();
   EXPECT_FALSE(GetDlgItem(view.get(), kButtonAlertSetting)->isHidden());
   EXPECT_TRUE(view->Tabs()->isHidden());
@@ -117,9 +117,9 @@ TEST_F(FeaturesE2E, ARuleSelectsTheDatabasesRowsAndComesBackAfterARestart) {
   const int repaints = view->Features()->AlertList().Repaints();
   view->Core().OnPresentValuesEnd(); // what the end of a present-values answer runs
   const std::string expected =
-      DatabaseText("SELECT group_concat(r, ' ') FROM (SELECT DISTINCT 'Held|'||h.client_id||'|'"
-                   "||s.isin r" +
-                   ofClient + " AND h.holdings_qty>=" + t + " ORDER BY r)");
+      DatabaseText(db, "SELECT group_concat(r, ' ') FROM (SELECT DISTINCT 'Held|'||h.client_id||'|'"
+                       "||s.isin r" +
+                           ofClient + " AND h.holdings_qty>=" + t + " ORDER BY r)");
   ASSERT_FALSE(expected.empty());
   EXPECT_EQ(ShownRows(*view->AlertGrid(), 3), expected);
   EXPECT_EQ(view->Features()->AlertList().Repaints(), repaints + 1); // once, whatever the hits
@@ -152,7 +152,7 @@ TEST_F(FeaturesE2E, ARuleSelectsTheDatabasesRowsAndComesBackAfterARestart) {
 
 TEST_F(FeaturesE2E, AMarkFromTheRowMenuShowsInTheNextAnswer) {
   auto view = MakeView();
-  ASSERT_TRUE(AskForClient(view.get(), BusiestClient()) && WaitForAnswers(*view));
+  ASSERT_TRUE(AskForClient(view.get(), busiestClient) && WaitForAnswers(*view));
   CFilterListCtrl* grid = view->HoldingsGrid();
   auto cells = [&](int r) { // through "Holdings Update Qty"
     Row out;
@@ -234,12 +234,12 @@ TEST_F(FeaturesE2E, TheReportButtonsAndTheLienReport) {
     EXPECT_EQ(messages, std::vector<std::string>{"Lien Report Download Completed."});
     const std::string where = " FROM lien WHERE " + c.where;
     EXPECT_EQ(std::to_string(lien->List().Engine().DisplayedCount()),
-              DatabaseText("SELECT count(*)" + where));
+              DatabaseText(db, "SELECT count(*)" + where));
     EXPECT_EQ(ShownRows(lien->List(), 5),
-              DatabaseText("SELECT group_concat(r, ' ') FROM (SELECT client_id||'|'||segment||"
-                           "printf('|%.2f|%.2f|%.2f', lien_paise/100.0, payin_paise/100.0,"
-                           " payout_paise/100.0) r" +
-                           where + " ORDER BY r)"));
+              DatabaseText(db, "SELECT group_concat(r, ' ') FROM (SELECT client_id||'|'||segment||"
+                               "printf('|%.2f|%.2f|%.2f', lien_paise/100.0, payin_paise/100.0,"
+                               " payout_paise/100.0) r" +
+                                   where + " ORDER BY r)"));
   }
   // Resizing: the list stretches, "Cancel" keeps to the right edge.
   QWidget* list = GetDlgItem(lien, CLienReport::kIdList);

@@ -7,7 +7,6 @@
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <cstdio>
 
 #include "common/message.h"
 #include "grid/widgets/filter_list_ctrl.h"
@@ -26,18 +25,11 @@ namespace {
 
 struct Suite {
   QTemporaryDir dir;
-  std::string db = dir.filePath("risk.db").toStdString();
   std::unique_ptr<riskd::RiskServer> server;
   uint16_t port = 0; // the first start's, kept for the restarts
   host::BackendControl control;
 };
 Suite* suite = nullptr;
-
-std::string Hundredths(int64_t v) {
-  char text[64];
-  std::snprintf(text, sizeof text, "%0.2lf", double(v) / 100.0);
-  return text;
-}
 
 riskd::Stmt Query(riskd::Db& db, const std::string& path, const std::string& sql) {
   std::string error;
@@ -55,20 +47,17 @@ std::vector<Row> DatabaseRows(const std::string& path, const std::string& where)
                         "SELECT h.client_id, h.product, s.nse_series, s.nse_symbol, s.bse_code,"
                         " s.bse_symbol, h.holdings_qty, h.holdings_update_qty, h.used_qty,"
                         " h.collateral_qty, h.collateral_update_qty, h.withheld_holding_qty,"
-                        " h.withheld_collateral_qty, h.t1_qty, h.t1_collateral_qty, h.haircut_bp,"
-                        " h.collateral_type, s.close_paise FROM holding h JOIN scrip s"
+                        " h.withheld_collateral_qty, h.t1_qty, h.t1_collateral_qty,"
+                        " printf('%.2f', h.haircut_bp / 100.0),"
+                        " coalesce(substr('CLLTWC', 2 * h.collateral_type + 1, 2), '---'),"
+                        " printf('%.2f', s.close_paise / 100.0) FROM holding h JOIN scrip s"
                         " ON s.id = h.scrip_id WHERE " +
                             where);
-  static const char* const kTypes[] = {"CL", "LT", "WC"};
   std::vector<Row> rows;
   while (s.ok() && s.Step() == SQLITE_ROW) {
-    Row r;
-    for (int c = 0; c < 15; ++c)
-      r.emplace_back(c < 6 ? std::string(s.Text(c)) : std::to_string(s.Int(c)));
-    r.push_back(Hundredths(s.Int(15)));
-    r.push_back(s.IsNull(16) ? "---" : kTypes[s.Int(16)]);
-    r.push_back(Hundredths(s.Int(17)));
-    rows.push_back(std::move(r));
+    rows.emplace_back();
+    for (int c = 0; c < kHoldingsColumnCount; ++c)
+      rows.back().emplace_back(s.Text(c));
   }
   std::sort(rows.begin(), rows.end());
   return rows;
@@ -128,22 +117,26 @@ bool WaitForAnswers(CViewHold& view) {
 
 void BackendFixture::StartSuite(const std::function<bool(const std::string& db)>& prepare) {
   suite = new Suite;
-  ASSERT_TRUE((!prepare || prepare(suite->db)) && StartBackend());
+  db = suite->dir.filePath("risk.db").toStdString();
+  ASSERT_TRUE((!prepare || prepare(db)) && StartBackend());
   suite->control.Start("127.0.0.1", suite->server->port());
   host::HostContext& h = host::TheHost();
   h.control = &suite->control;
   host::StartupLoader loader(suite->control, "RMS1", h.master, h.user);
   QSignalSpy ready(&loader, &host::StartupLoader::ready_);
   ASSERT_TRUE(ready.wait(60000));
+  busiestClient =
+      DatabaseText(db, "SELECT client_id FROM holding GROUP BY client_id ORDER BY count(*) DESC");
 }
 
-void BackendFixture::StopBackend() {
+bool BackendFixture::StopBackend() {
   suite->server.reset();
+  return Connected(false);
 }
 
 bool BackendFixture::StartBackend() {
   riskd::RiskServerOptions o;
-  o.store.dbPath = suite->db;
+  o.store.dbPath = db;
   o.store.sample.holdings = 4000;
   o.port = suite->port;
   o.log = [](const std::string&) {};
@@ -176,18 +169,9 @@ void BackendFixture::TearDown() {
   SetMessageSink(nullptr);
 }
 
-std::unique_ptr<CViewHold> BackendFixture::MakeView(bool everyOtherClient) {
-  std::vector<std::string>& ids = host::TheHost().user.clientIds;
-  const std::vector<std::string> all = ids;
-  if (everyOtherClient) {
-    ids.clear();
-    for (size_t i = 0; i < all.size(); i += 2)
-      ids.push_back(all[i]);
-  }
-  offered = std::set<std::string>(ids.begin(), ids.end());
+std::unique_ptr<CViewHold> BackendFixture::MakeView() {
   auto view = std::make_unique<CViewHold>();
   view->Initialise("RMS1", 0);
-  ids = all;
   // The peer value's answer comes first, as it does for a user.
   EXPECT_TRUE(QTest::qWaitFor([&] { return view->Core().peerValue() == "P001"; }, 10000));
   messages.clear(); // "File Open Failed" of a first run without settings
@@ -195,31 +179,19 @@ std::unique_ptr<CViewHold> BackendFixture::MakeView(bool everyOtherClient) {
 }
 
 Scrip BackendFixture::FindScrip(const std::string& condition, int skip) {
-  Scrip s;
-  const std::string from = " FROM scrip s WHERE " + condition +
-                           " AND EXISTS(SELECT 1 FROM holding h WHERE h.scrip_id = s.id)"
-                           " ORDER BY s.id LIMIT 1 OFFSET " +
-                           std::to_string(skip);
-  for (auto [field, column] : {std::pair{&s.id, "id"},
-                               {&s.nseSymbol, "nse_symbol"},
-                               {&s.nseSeries, "nse_series"},
-                               {&s.bseSymbol, "bse_symbol"},
-                               {&s.bseGroup, "bse_group"}})
-    *field = DatabaseText(std::string("SELECT s.") + column + from);
-  EXPECT_FALSE(s.id.empty()) << condition;
-  return s;
-}
-
-std::string BackendFixture::BusiestClient() {
-  return DatabaseText("SELECT client_id FROM holding GROUP BY client_id ORDER BY count(*) DESC");
-}
-
-std::vector<Row> BackendFixture::DatabaseRows(const std::string& where) {
-  return test::DatabaseRows(suite->db, where);
-}
-
-std::string BackendFixture::DatabaseText(const std::string& sql) {
-  return test::DatabaseText(suite->db, sql);
+  riskd::Db opened;
+  riskd::Stmt s = Query(opened, db,
+                        "SELECT id, nse_symbol, nse_series, bse_symbol, bse_group FROM scrip s"
+                        " WHERE " +
+                            condition +
+                            " AND EXISTS(SELECT 1 FROM holding h WHERE h.scrip_id = s.id)"
+                            " ORDER BY id LIMIT 1 OFFSET " +
+                            std::to_string(skip));
+  const bool found = s.ok() && s.Step() == SQLITE_ROW;
+  EXPECT_TRUE(found) << condition;
+  return found ? Scrip{std::string(s.Text(0)), std::string(s.Text(1)), std::string(s.Text(2)),
+                       std::string(s.Text(3)), std::string(s.Text(4))}
+               : Scrip{};
 }
 
 } // namespace vh::test

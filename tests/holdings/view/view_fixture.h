@@ -10,7 +10,6 @@
 
 #include <functional>
 #include <memory>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -26,17 +25,15 @@ namespace vh::test {
 
 using Row = std::vector<std::string>; // the 18 cell texts
 
-// The rows of `db` for `where` (over holding h and scrip s) as the holdings
-// grid must show them, sorted; the first value of `sql` ("" when none).
+// The rows of database `db` for `where` (over holding h and scrip s) as the
+// holdings grid must show them, sorted; the first value of `sql` ("" when
+// none).
 std::vector<Row> DatabaseRows(const std::string& db, const std::string& where);
 std::string DatabaseText(const std::string& db, const std::string& sql);
 
 struct Scrip {
   std::string id, nseSymbol, nseSeries, bseSymbol, bseGroup;
 };
-inline constexpr const char* kBothLegs = "s.nse_symbol IS NOT NULL AND s.bse_symbol IS NOT NULL";
-inline constexpr const char* kNseOnly = "s.bse_symbol IS NULL";
-inline constexpr const char* kBseOnly = "s.nse_symbol IS NULL";
 
 // The grid's displayed rows, sorted.
 std::vector<Row> GridRows(CViewHold& view);
@@ -62,24 +59,22 @@ protected:
 
   // The same over a database `prepare` made first (false: not made).
   static void StartSuite(const std::function<bool(const std::string& db)>& prepare);
-  // Stops the back-end (every connection closed) or starts it again on its
-  // port; StartBackend is false when it does not come up.
-  static void StopBackend();
+  // Stops the back-end (every connection closed; false when the host does not
+  // see it go) or starts it again on its port (false when it does not come up).
+  static bool StopBackend();
   static bool StartBackend();
   // Waits until the host's connection is up (or down); false on a timeout.
   static bool Connected(bool up);
 
-  // A view initialised as the plug-in does for user RMS1; with
-  // `everyOtherClient` combo 9013 offers every other client only.
-  std::unique_ptr<CViewHold> MakeView(bool everyOtherClient = false);
+  // A view initialised as the plug-in does for user RMS1.
+  std::unique_ptr<CViewHold> MakeView();
   // The `skip`-th scrip with holdings meeting `condition`.
   static Scrip FindScrip(const std::string& condition, int skip = 0);
-  static std::string BusiestClient();
-  static std::vector<Row> DatabaseRows(const std::string& where);
-  static std::string DatabaseText(const std::string& sql);
+
+  static inline std::string db;            // the suite's database file
+  static inline std::string busiestClient; // the client with the most holdings
 
   std::vector<std::string> messages; // message boxes shown, in order
-  std::set<std::string> offered;     // the client ids of the last view's combo
 
 private:
   QTemporaryDir settingsDir_;
