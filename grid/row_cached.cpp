@@ -10,6 +10,7 @@
 #include "grid/sort_keys.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace vh {
 
@@ -227,7 +228,11 @@ FilterKeys RowEngine::PrepareFilterKeys(int column, const FilterPattern& pattern
   case ColumnKeys::Kind::kText:
     filter.mode = FilterKeys::Mode::kIds;
     filter.swept = sweepMap && sweep.rows == filter.keys->Slots();
-    filter.verdicts.assign(filter.keys->texts.Size(), 0);
+    // A sweep has already judged every text it numbered.
+    if (filter.swept)
+      filter.verdicts = std::move(sweep.verdicts);
+    else
+      filter.verdicts.assign(filter.keys->texts.Size(), 0);
     break;
   case ColumnKeys::Kind::kNumber:
     if (filter.keys->scanAgrees) {
